@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cppcms/application.h>
+
+#include <string>
+#include <vector>
+
+#include "WebApps/webconfig/data/Base.h"
+#include "WebApps/webconfig/forms/Base.h"
+
+namespace webconfig::apps {
+
+/// Base of the page applications. It keeps nothing between requests: a handler calls Prepare() on its own
+/// record first, then fills in what is the page's own.
+class Base : public cppcms::application {
+  public:
+    /// \a appVolumeName is the last part of the application's plug-in media URL; empty for built-in ones.
+    Base(cppcms::service &service, std::string appVolumeName);
+
+    /// Fills the shared part of a page's record: branding, menus, media URLs, build stamp, reboot alert.
+    virtual void Prepare(data::Base &content);
+    /// Appends the built-in menus. Further ones are appended by handlers after Prepare().
+    virtual void PrepareMenus(std::vector<data::Menu> &menus);
+
+  protected:
+    bool HttpGet();
+    bool HttpPost();
+    bool HttpPut();
+    /// A variable of the query string, or a posted one; empty when absent.
+    std::string HttpGet(std::string const &name);
+    std::string HttpPost(std::string const &name);
+
+    /// Loads the form from the request and validates it. For POST only.
+    bool ValidateForm(forms::Base &form);
+
+    /// Whether the service speaks HTTP itself, for development. Throws where "service.api" is not set.
+    bool UsingInternalServer();
+    /// URL of the JSON-RPC endpoint that the status tabs poll.
+    std::string StatusUrl();
+    std::string GetAppVolumeName() const { return _appVolumeName; }
+
+  private:
+    std::string const _appVolumeName;
+};
+
+}  // namespace webconfig::apps

@@ -1,0 +1,71 @@
+#include "WebApps/webconfig/apps/DevelopmentSite.h"
+
+#include <cppcms/http_response.h>
+#include <cppcms/json.h>
+#include <cppcms/service.h>
+#include <cppcms/url_dispatcher.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+#include "WebApps/webconfig/apps/MediaRoot.h"
+
+namespace webconfig::apps {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct MediaType {
+    std::string_view extension;
+    std::string_view type;
+};
+
+constexpr std::array<MediaType, 6> mediaTypes{{{".css", "text/css"},
+                                               {".js", "text/javascript"},
+                                               {".gif", "image/gif"},
+                                               {".png", "image/png"},
+                                               {".svg", "image/svg+xml"},
+                                               {".ico", "image/x-icon"}}};
+
+std::string_view TypeOf(fs::path const &path) {
+    for (auto const &media : mediaTypes) {
+        if (path.extension() == media.extension)
+            return media.type;
+    }
+    return "application/octet-stream";
+}
+
+}  // namespace
+
+DevelopmentSite::DevelopmentSite(cppcms::service &service)
+    : cppcms::application(service), _mediaDirectory(settings().get("webconfig.media_directory", "")) {
+    dispatcher().assign("/?", &DevelopmentSite::StartPage, this);
+    dispatcher().assign(MediaRoot(settings()) + "(/.*)", &DevelopmentSite::MediaFile, this, 1);
+}
+
+std::string DevelopmentSite::Paths(cppcms::service &service) {
+    return "(/?|" + MediaRoot(service.settings()) + "/.*)";
+}
+
+void DevelopmentSite::StartPage() {
+    response().set_redirect_header('/' + settings().get<std::string>("webconfig.root.sync") + '/');
+}
+
+void DevelopmentSite::MediaFile(std::string path) {
+    std::ifstream file;
+    // No part of the path may lead out of the folder.
+    if (!_mediaDirectory.empty() && path.find("/..") == std::string::npos &&
+        fs::is_regular_file(_mediaDirectory + path))
+        file.open(_mediaDirectory + path, std::ios::binary);
+    if (!file.is_open()) {
+        response().make_error_response(cppcms::http::response::not_found);
+        return;
+    }
+    response().content_type(std::string(TypeOf(path)));
+    response().out() << file.rdbuf();
+}
+
+}  // namespace webconfig::apps

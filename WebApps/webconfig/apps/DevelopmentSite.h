@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cppcms/application.h>
+
+#include <string>
+
+namespace webconfig::apps {
+
+/// What the device's web server does besides passing requests on, for development with the built-in HTTP
+/// server: the site's root leads to the start page, and media files are served from the folder named by
+/// the setting "webconfig.media_directory".
+class DevelopmentSite : public cppcms::application {
+  public:
+    explicit DevelopmentSite(cppcms::service &service);
+
+    /// Expression of the paths that it serves, in whole.
+    static std::string Paths(cppcms::service &service);
+
+    void StartPage();
+    /// \a path is below the media root, with the slash that it begins with.
+    void MediaFile(std::string path);
+
+  private:
+    std::string const _mediaDirectory;
+};
+
+}  // namespace webconfig::apps

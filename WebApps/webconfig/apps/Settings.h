@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "WebApps/webconfig/apps/Base.h"
+#include "WebApps/webconfig/data/About.h"
+
+namespace webconfig::apps {
+
+/// Pages of the device's own settings. The root application also routes the site's start page to General().
+class Settings : public Base {
+  public:
+    explicit Settings(cppcms::service &service);
+
+    void General();
+    void About();
+    /// \a package and \a file come from the URL; the route lets only names through that stay inside the
+    /// licence directory.
+    void About(std::string package, std::string file);
+
+    /// Fills the catalogue with the notices below \a directory; false when there are none.
+    static bool GetOSSFiles(std::string const &directory, data::OSSCatalogue &catalogue);
+
+  private:
+    std::string const _licenceDirectory = "/usr/share/common-licenses";
+};
+
+}  // namespace webconfig::apps

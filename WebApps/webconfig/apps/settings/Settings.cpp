@@ -1,0 +1,24 @@
+#include "WebApps/webconfig/apps/Settings.h"
+
+#include <cppcms/url_dispatcher.h>
+#include <cppcms/url_mapper.h>
+
+namespace webconfig::apps {
+
+Settings::Settings(cppcms::service &service) : Base(service, "") {
+    mapper().assign("/");
+    mapper().assign("general", "/general");
+    mapper().assign("firmware", "/firmware");
+    mapper().assign("firmware_upgrade_status", "/firmware_upgrade_status");
+    mapper().assign("reboot", "/reboot");
+    mapper().assign("advanced", "/advanced");
+    mapper().assign("about", "/about");
+    mapper().assign("about2", "/about/{1}/{2}");
+
+    dispatcher().assign("/about", static_cast<void (Settings::*)()>(&Settings::About), this);
+    dispatcher().assign("/about/([A-Za-z0-9][A-Za-z0-9-\\+\\.]*)/([A-Za-z0-9][A-Za-z0-9-_\\+\\.]*)",
+                        static_cast<void (Settings::*)(std::string, std::string)>(&Settings::About), this, 1,
+                        2);
+}
+
+}  // namespace webconfig::apps

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cppcms/base_content.h>
+
+#include <string>
+#include <vector>
+
+#include "WebApps/webconfig/data/Menu.h"
+#include "WebApps/webconfig/data/Message.h"
+
+namespace webconfig::data {
+
+/// What the page skeleton needs; every page's record derives from it.
+struct Base : public cppcms::base_content {
+    /// Texts and markup of banner and footer, from the settings of the same names below
+    /// "webconfig.branding".
+    struct Branding {
+        std::string window_text;
+        std::string banner_text;
+        std::string footer_left_text;
+        std::string footer_right_text;
+        std::string banner_html;  // replaces the default banner when not empty
+        std::string footer_html;  // replaces the default footer when not empty
+    };
+
+    Branding branding;
+    std::string media_root;         // URL prefix of "/css", "/js" and "/images"
+    std::string plugin_media_root;  // plug-in media URL of the application
+    Message message;
+    bool reboot_required = false;
+    std::vector<Menu> menus;                // top level, in display order
+    std::string revision;                   // build stamp behind "?rev=" of built-in media URLs
+    std::vector<std::string> style_sheets;  // extra URLs, linked after the built-in ones
+    std::vector<std::string> scripts;       // likewise
+    std::string title;
+    bool disable_inputs = false;  // the browser disables every input of the configuration pane
+};
+
+}  // namespace webconfig::data

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "WebApps/webconfig/data/BaseTabbed.h"
+#include "WebApps/webconfig/data/ShellOutput.h"
+#include "WebApps/webconfig/forms/General.h"
+
+namespace webconfig::data {
+
+struct General : public BaseTabbed {
+    std::string assembly_sn;
+    std::string device_id;
+    forms::General form;
+    ShellOutput status;
+    unsigned refresh_interval = 1000;  // milliseconds
+    std::string status_url;
+};
+
+}  // namespace webconfig::data

@@ -1,0 +1,54 @@
+#include "WebApps/webconfig/data/Menu.h"
+
+#include <cppcms/application.h>
+#include <cppcms/filters.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "WebApps/webconfig/util/Log.h"
+
+namespace webconfig::data {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/data/Menu";
+
+}  // namespace
+
+Menu::Menu(std::string text, std::string path, std::string parameter)
+    : _text(std::move(text)), _path(std::move(path)), _parameter(std::move(parameter)) {}
+
+void Menu::SetText(std::string text) {
+    _text = std::move(text);
+}
+
+void Menu::SetPath(std::string path) {
+    _path = std::move(path);
+}
+
+void Menu::SetParameter(std::string parameter) {
+    _parameter = std::move(parameter);
+}
+
+Menu &Menu::operator<<(Menu const &child) {
+    if (&child == this)
+        WEBCONFIG_LOG(error, logTag) << "Cannot add menu to itself!";
+    else
+        _children.push_back(child);
+    return *this;
+}
+
+std::string Menu::Id() const {
+    std::string id = _text;
+    std::replace(id.begin(), id.end(), ' ', '_');
+    return id;
+}
+
+std::string Menu::Url(cppcms::application &app) const {
+    if (_path.empty())
+        return {};
+    return _parameter.empty() ? app.url(_path) : app.url(_path, _parameter);
+}
+
+}  // namespace webconfig::data

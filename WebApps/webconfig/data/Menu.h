@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace cppcms {
+class application;
+}
+
+namespace webconfig::data {
+
+/// A node of the side menu: a label, the URL-mapper path that it leads to, and its sub-menu. Copies are
+/// deep.
+class Menu {
+  public:
+    /// \a path is a mapper path such as "/settings/reboot", empty for a heading without a link;
+    /// \a parameter is the path's one mapper parameter, empty for none.
+    explicit Menu(std::string text, std::string path = {}, std::string parameter = {});
+    Menu(Menu const &) = default;
+    Menu(Menu &&) = default;
+    Menu &operator=(Menu const &) = default;
+    Menu &operator=(Menu &&) = default;
+    virtual ~Menu() = default;
+
+    std::string const &GetText() const { return _text; }
+    void SetText(std::string text);
+    std::string const &GetPath() const { return _path; }
+    void SetPath(std::string path);
+    std::string const &GetParameter() const { return _parameter; }
+    void SetParameter(std::string parameter);
+    std::vector<Menu> const &GetChildren() const { return _children; }
+    std::vector<Menu> &GetChildren() { return _children; }
+
+    /// Appends a copy of \a child. A menu cannot be appended to itself: that is logged and changes nothing.
+    Menu &operator<<(Menu const &child);
+
+    /// The text with underscores for spaces, for element ids.
+    std::string Id() const;
+    /// The link of this entry, empty without a path.
+    std::string Url(cppcms::application &app) const;
+
+  private:
+    std::string _text;
+    std::string _path;
+    std::string _parameter;
+    std::vector<Menu> _children;
+};
+
+}  // namespace webconfig::data

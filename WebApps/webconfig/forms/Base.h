@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cppcms/form.h>
+
+namespace webconfig::forms {
+
+/// Base of all forms: an invalid widget is marked with a style class of its own.
+class Base : public cppcms::form {
+  public:
+    /// Validates every widget, so that all invalid ones are marked in one pass. Forms with rules across
+    /// fields call this first and combine.
+    bool validate() override;
+};
+
+}  // namespace webconfig::forms

@@ -1,0 +1,39 @@
+#include "WebApps/webconfig/forms/Validation.h"
+
+#include <booster/regex.h>
+
+namespace webconfig::util::validation {
+
+void Length(cppcms::widgets::text &widget, unsigned min, unsigned max) {
+    widget.limits(static_cast<int>(min), static_cast<int>(max));
+    widget.error_message("Invalid length; minimum " + std::to_string(min) + ", maximum " +
+                         std::to_string(max));
+}
+
+void Length(cppcms::widgets::file &widget, unsigned min, unsigned max) {
+    widget.limits(static_cast<int>(min), static_cast<int>(max));
+    widget.non_empty();
+    widget.error_message("Invalid file length; minimum " + std::to_string(min) + ", maximum " +
+                         std::to_string(max) + " bytes.");
+}
+
+void MinLength(cppcms::widgets::text &widget, unsigned min) {
+    constexpr int unlimited = -1;
+    widget.limits(static_cast<int>(min), unlimited);
+    widget.error_message("Invalid length; minimum " + std::to_string(min));
+}
+
+void AddClass(cppcms::widgets::base_widget &widget, std::string const &cssClass) {
+    if (cssClass.empty())
+        return;
+    static booster::regex const classAttribute(".*class=['\"](.*)['\"].*");
+    std::string attributes = widget.attributes_string();
+    booster::smatch match;
+    if (booster::regex_match(attributes, match, classAttribute))
+        attributes.replace(match[1].first, match[1].second, match[1].str() + ' ' + cssClass);
+    else
+        attributes = "class='" + cssClass + '\'';
+    widget.attributes_string(attributes);
+}
+
+}  // namespace webconfig::util::validation

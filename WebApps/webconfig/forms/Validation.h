@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cppcms/form.h>
+
+#include <string>
+
+/// Rules that a form sets on its widgets, each with its error message. A widget has one message: a later
+/// rule replaces that of an earlier one.
+namespace webconfig::util::validation {
+
+/// Makes a text, select or numeric widget, or an address, required.
+template <typename Widget>
+void NonEmpty(Widget &widget) {
+    widget.non_empty();
+    widget.error_message("This field is required");
+}
+
+/// Limits a text to \a min to \a max characters.
+void Length(cppcms::widgets::text &widget, unsigned min, unsigned max);
+
+/// Limits a file to \a min to \a max bytes, and makes it required.
+void Length(cppcms::widgets::file &widget, unsigned min, unsigned max);
+
+/// Limits a text to at least \a min characters.
+void MinLength(cppcms::widgets::text &widget, unsigned min);
+
+/// Adds a style class to the widget's attribute string. An attribute string without a class attribute is
+/// replaced: its other attributes are dropped, on purpose.
+void AddClass(cppcms::widgets::base_widget &widget, std::string const &cssClass);
+
+}  // namespace webconfig::util::validation

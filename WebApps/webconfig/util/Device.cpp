@@ -1,0 +1,67 @@
+#include "WebApps/webconfig/util/Device.h"
+
+#include <ifaddrs.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <vnt_util/system.h>
+
+#include <array>
+#include <memory>
+#include <string_view>
+
+namespace webconfig::util {
+
+namespace {
+
+/// In the order of preference.
+constexpr std::array<std::string_view, 3> interfaces{"br1", "eth0", "eth1"};
+
+struct FreeAddresses {
+    void operator()(ifaddrs *list) const { ::freeifaddrs(list); }
+};
+
+std::string AddressText(sockaddr const *address) {
+    std::array<char, NI_MAXHOST> host{};
+    if (::getnameinfo(address, sizeof(sockaddr_in), host.data(), host.size(), nullptr, 0, NI_NUMERICHOST) !=
+        0)
+        return {};
+    return host.data();
+}
+
+}  // namespace
+
+std::string DeviceName() {
+    static std::string const name = "korbex_" + SystemAssemblySN();
+    return name;
+}
+
+std::string SystemAssemblySN() {
+    return vnt_util::system::GetBarcodeASN(nullptr);
+}
+
+std::string SystemDeviceID() {
+    return "(not supported)";
+}
+
+std::string GetCurrentIPAddress() {
+    ifaddrs *first = nullptr;
+    if (::getifaddrs(&first) != 0)
+        return {};
+    std::unique_ptr<ifaddrs, FreeAddresses> const list(first);
+    std::array<std::string, interfaces.size()> addresses;
+    for (ifaddrs const *entry = first; entry; entry = entry->ifa_next) {
+        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
+            continue;
+        for (std::size_t i = 0; i < interfaces.size(); ++i) {
+            if (interfaces[i] == entry->ifa_name)
+                addresses[i] = AddressText(entry->ifa_addr);
+        }
+    }
+    for (auto const &address : addresses) {
+        if (!address.empty())
+            return address;
+    }
+    return {};
+}
+
+}  // namespace webconfig::util

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace webconfig::util {
+
+/// "korbex_" and the assembly serial number, asked for once in the life of the process.
+std::string DeviceName();
+
+/// The assembly serial number; empty where there is none.
+std::string SystemAssemblySN();
+
+std::string SystemDeviceID();
+
+/// The IPv4 address, in dotted form, of the first of br1, eth0 and eth1 that has one; empty where none
+/// has.
+std::string GetCurrentIPAddress();
+
+}  // namespace webconfig::util

@@ -1,0 +1,98 @@
+#include "WebApps/webconfig/util/Files.h"
+#include "WebApps/webconfig/util/Commands.h"
+
+#include <dirent.h>
+#include <regex.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+#include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/Log.h"
+
+namespace webconfig::util {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/util/Files";
+
+/// A compiled POSIX extended expression.
+class Pattern {
+  public:
+    explicit Pattern(std::string const &text)
+        : isValid_(::regcomp(&expression_, text.c_str(), REG_EXTENDED | REG_NOSUB) == 0) {}
+    ~Pattern() {
+        if (isValid_)
+            ::regfree(&expression_);
+    }
+    Pattern(Pattern const &) = delete;
+    Pattern &operator=(Pattern const &) = delete;
+
+    bool IsValid() const { return isValid_; }
+    bool Matches(char const *text) const { return ::regexec(&expression_, text, 0, nullptr, 0) == 0; }
+
+  private:
+    regex_t expression_{};
+    bool isValid_;
+};
+
+struct CloseDirectory {
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+
+/// The type is the one that the directory tells; file systems that tell none have no files and folders
+/// for this purpose.
+bool IsWanted(dirent const &entry, FindFilesType type) {
+    std::string_view const name = entry.d_name;
+    switch (type) {
+        case FindFilesType::Files:
+            return entry.d_type == DT_REG;
+        case FindFilesType::Directories:
+            return entry.d_type == DT_DIR && name != "." && name != "..";
+        default:
+            return true;
+    }
+}
+
+}  // namespace
+
+bool FileExists(std::string const &path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0;
+}
+
+std::uintmax_t FileSize(std::string const &path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 ? static_cast<std::uintmax_t>(info.st_size) : 0;
+}
+
+bool MoveFile(std::string const &source, std::string const &destination) {
+    if (std::rename(source.c_str(), destination.c_str()) == 0)
+        return true;
+    if (errno != EXDEV)
+        return false;
+    return RunCommand("mv \"" + source + "\" \"" + destination + '"') == 0;
+}
+
+std::vector<std::string> FindFiles(std::string const &directory, FindFilesType type,
+                                   std::string const &pattern) {
+    Pattern const expression(pattern);
+    if (!expression.IsValid()) {
+        WEBCONFIG_LOG(error, logTag) << "FindFiles: Bad regex pattern: " << pattern;
+        return {};
+    }
+    std::unique_ptr<DIR, CloseDirectory> const entries(::opendir(directory.c_str()));
+    if (!entries)
+        return {};
+    std::vector<std::string> names;
+    while (dirent const *const entry = ::readdir(entries.get())) {
+        if (expression.Matches(entry->d_name) && IsWanted(*entry, type))
+            names.emplace_back(entry->d_name);
+    }
+    return names;
+}
+
+}  // namespace webconfig::util

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace webconfig::util {
+
+/// Whether \a path leads to anything that can be examined.
+bool FileExists(std::string const &path);
+
+/// Size in bytes; 0 where the file cannot be examined.
+std::uintmax_t FileSize(std::string const &path);
+
+/// Renames \a source to \a destination or, between file systems, runs "mv". True on success. Neither path
+/// may hold a double quote or another character with a meaning inside double quotes of the shell.
+bool MoveFile(std::string const &source, std::string const &destination);
+
+/// Which entries FindFiles() returns.
+enum class FindFilesType { Files = 0, Directories = 1, All = 2 };
+
+/// The names, in the directory's order, of the entries of \a directory that match the extended regular
+/// expression \a pattern anywhere. Files are regular files only, directories come without "." and "..".
+/// Empty where the directory cannot be read or the pattern is malformed (which is logged).
+std::vector<std::string> FindFiles(std::string const &directory, FindFilesType type,
+                                   std::string const &pattern);
+
+}  // namespace webconfig::util

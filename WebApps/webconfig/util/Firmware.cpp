@@ -1,0 +1,103 @@
+#include "WebApps/webconfig/util/Firmware.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vnt_util/GlobalLock.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/Daemon.h"
+#include "WebApps/webconfig/util/Files.h"
+#include "WebApps/webconfig/util/Log.h"
+
+namespace webconfig::util {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/util/Firmware";
+
+constexpr char lockFile[] = "/tmp/fwtool_6v1Znb.lock";
+constexpr char tool[] = "/usr/bin/fwtool";
+
+bool Failed(char const *reason) {
+    WEBCONFIG_LOG(error, logTag) << "FWupgrade: " << reason;
+    return false;
+}
+
+bool BecomeDaemon() {
+    if (::setsid() < 0)
+        return Failed("failed to create a session");
+    if (::chdir("/") != 0)
+        return Failed("failed to change dir");
+    ::umask(0);
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return Failed("failed to get rlimit");
+    if (limit.rlim_max == 0)
+        return Failed("Max number of open file descriptors is 0!!");
+    DetachDescriptors();
+    return true;
+}
+
+/// A script that fails does not stop the upgrade.
+void StopApplications(std::string const &mountDirectory) {
+    for (auto const &name : FindFiles(mountDirectory, FindFilesType::Directories, ".*")) {
+        std::string script = mountDirectory;
+        script.append("/").append(name).append("/etc/init.d/rcS");
+        if (!FileExists(script))
+            continue;
+        int const status = RunCommand(script + " stop");
+        WEBCONFIG_LOG(info, logTag) << '"' << script << " stop\" returned: " << status;
+    }
+}
+
+int RunUpgrade(std::string const &imagePath, std::string const &mountDirectory) {
+    if (!BecomeDaemon())
+        return EXIT_FAILURE;
+    StopApplications(mountDirectory);
+    ::execl(tool, "fwtool", "--upgrade", imagePath.c_str(), "--delete", "--create-ubi-volume",
+            "--unmount-ubi-volume", nullptr);
+    return EXIT_SUCCESS;  // nobody waits for it: the upgrade just never starts
+}
+
+}  // namespace
+
+pid_t ForkFirmwareUpgrade(std::string const &imagePath, std::string const &mountDirectory) {
+    pid_t const pid = ForkDetached([&] { return RunUpgrade(imagePath, mountDirectory); });
+    if (pid < 0)
+        WEBCONFIG_LOG(error, logTag) << "FWupgrade: failed to fork, " << std::strerror(errno);
+    return pid;
+}
+
+bool IsFirmareUpgradeInProgress() {
+    if (::access(lockFile, F_OK) != 0)
+        return false;
+    int const descriptor = ::open(lockFile, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        return true;
+    vnt_util::GlobalLock const closing(descriptor);
+    struct flock wanted {};
+    wanted.l_type = F_WRLCK;
+    wanted.l_whence = SEEK_SET;
+    wanted.l_pid = ::getpid();
+    if (::fcntl(descriptor, F_GETLK, &wanted) != 0)
+        return true;
+    return wanted.l_type != F_UNLCK;
+}
+
+std::string &FirmwareUpgradeFile() {
+    static std::string path;
+    return path;
+}
+
+int &FirmwareUpgradePid() {
+    static int pid = 0;
+    return pid;
+}
+
+}  // namespace webconfig::util

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <functional>
+
+namespace booster {
+
+using std::function;
+
+}  // namespace booster

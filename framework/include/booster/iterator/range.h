@@ -1,0 +1,12 @@
+#pragma once
+
+#include <iterator>
+
+namespace booster {
+
+using std::begin;
+using std::end;
+using std::rbegin;
+using std::rend;
+
+}  // namespace booster

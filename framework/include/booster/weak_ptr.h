@@ -1,0 +1,3 @@
+#pragma once
+
+#include <booster/shared_ptr.h>

@@ -1,0 +1,147 @@
+#pragma once
+
+#include <cppcms/localization.h>
+
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <string>
+
+/// Filters are written to a stream: `out << filters::escape(x)` writes what `out << x` would, changed.
+namespace cppcms::filters {
+
+/// Anything that can be written to a stream. Keeps a pointer: the object must outlive it.
+class streamable {
+  public:
+    template <typename T>
+    streamable(T const &object)
+        : object_(std::addressof(object)), write_(&write_object<T>), read_(&read_object<T>) {}
+    streamable(std::string const &text)
+        : object_(&text), write_(&write_object<std::string>), read_(&read_text) {}
+    streamable(char const *text) : object_(text), write_(&write_c_text), read_(&read_c_text) {}
+
+    void operator()(std::ostream &out) const { write_(out, object_); }
+    /// The text that a stream with the format and locale of \a format would get.
+    std::string get(std::ios &format) const { return read_(format, object_); }
+
+  private:
+    template <typename T>
+    static void write_object(std::ostream &out, void const *object) {
+        out << *static_cast<T const *>(object);
+    }
+    template <typename T>
+    static std::string read_object(std::ios &format, void const *object) {
+        std::ostringstream text;
+        text.copyfmt(format);
+        write_object<T>(text, object);
+        return std::move(text).str();
+    }
+    static std::string read_text(std::ios &, void const *object) {
+        return *static_cast<std::string const *>(object);
+    }
+    static void write_c_text(std::ostream &out, void const *text) { out << static_cast<char const *>(text); }
+    static std::string read_c_text(std::ios &, void const *text) { return static_cast<char const *>(text); }
+
+    void const *object_;
+    void (*write_)(std::ostream &, void const *);
+    std::string (*read_)(std::ios &, void const *);
+};
+
+inline std::ostream &operator<<(std::ostream &out, streamable const &object) {
+    object(out);
+    return out;
+}
+
+namespace details {
+
+/// A filter that writes the text of an object its own way.
+template <void (*Write)(std::ostream &out, std::string const &text)>
+class text_filter {
+  public:
+    text_filter(streamable const &object) : object_(object) {}
+
+    friend std::ostream &operator<<(std::ostream &out, text_filter const &filter) {
+        Write(out, filter.object_.get(out));
+        return out;
+    }
+
+  private:
+    streamable object_;
+};
+
+void write_raw(std::ostream &out, std::string const &text);
+void write_escaped(std::ostream &out, std::string const &text);
+void write_urlencoded(std::ostream &out, std::string const &text);
+void write_jsescaped(std::ostream &out, std::string const &text);
+void write_upper(std::ostream &out, std::string const &text);
+void write_lower(std::ostream &out, std::string const &text);
+void write_title(std::ostream &out, std::string const &text);
+void write_base64_urlencoded(std::ostream &out, std::string const &text);
+
+/// A filter that writes a number of seconds since 1970 as a date or time of the stream's locale.
+class time_filter {
+  public:
+    friend std::ostream &operator<<(std::ostream &out, time_filter const &filter) {
+        return filter.write(out);
+    }
+
+  protected:
+    enum class part { date, time, datetime, formatted };
+    time_filter(streamable const &object, part part, std::string zone, std::string format = {})
+        : object_(object), part_(part), zone_(std::move(zone)), format_(std::move(format)) {}
+
+  private:
+    std::ostream &write(std::ostream &out) const;
+
+    streamable object_;
+    part part_;
+    std::string zone_;
+    std::string format_;
+};
+
+}  // namespace details
+
+/// As it is.
+using raw = details::text_filter<details::write_raw>;
+/// For HTML text and attributes, see util::escape().
+using escape = details::text_filter<details::write_escaped>;
+/// For URLs, see util::urlencode().
+using urlencode = details::text_filter<details::write_urlencoded>;
+/// For strings of either quote in scripts. `<` and `/` pass: a text with `</script>` is not safe.
+using jsescape = details::text_filter<details::write_jsescaped>;
+/// Base64 with the letters of URLs, without padding.
+using base64_urlencode = details::text_filter<details::write_base64_urlencoded>;
+
+// Letter case, by the rules of the stream's locale; std::bad_cast where that was not made by a generator.
+using to_upper = details::text_filter<details::write_upper>;
+using to_lower = details::text_filter<details::write_lower>;
+using to_title = details::text_filter<details::write_title>;
+
+// Seconds since 1970 in a time zone such as "GMT+2", by default the stream's.
+
+class date : public details::time_filter {
+  public:
+    date(streamable const &seconds, std::string const &zone = {}) : time_filter(seconds, part::date, zone) {}
+};
+
+class time : public details::time_filter {
+  public:
+    time(streamable const &seconds, std::string const &zone = {}) : time_filter(seconds, part::time, zone) {}
+};
+
+class datetime : public details::time_filter {
+  public:
+    datetime(streamable const &seconds, std::string const &zone = {})
+        : time_filter(seconds, part::datetime, zone) {}
+};
+
+class strftime : public details::time_filter {
+  public:
+    strftime(streamable const &seconds, std::string const &format, std::string const &zone = {})
+        : time_filter(seconds, part::formatted, zone, format) {}
+};
+
+using locale::format;
+using locale::translate;
+
+}  // namespace cppcms::filters

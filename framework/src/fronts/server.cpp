@@ -1,0 +1,258 @@
+#include "server.h"
+
+#include <booster/log.h>
+#include <booster/system_error.h>
+#include <pthread.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+namespace cppcms::impl {
+
+namespace {
+
+descriptor checked(int fd) {
+    if (fd < 0)
+        throw booster::system::system_error(std::error_code(errno, std::system_category()));
+    return descriptor(fd);
+}
+
+/// Threads that are started meanwhile have all signals blocked.
+class signals_blocked : public booster::noncopyable {
+  public:
+    signals_blocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~signals_blocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+  private:
+    sigset_t before_{};
+};
+
+}  // namespace
+
+server::server(std::vector<listener> listeners, connection_factory make, request_handler handle)
+    : listeners_(std::move(listeners)),
+      make_(std::move(make)),
+      handle_(std::move(handle)),
+      epoll_(checked(::epoll_create1(EPOLL_CLOEXEC))),
+      wake_(checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE))) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.ptr = &wake_;
+    ::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, wake_.get(), &event);
+    for (listener const &l : listeners_)
+        watch(EPOLL_CTL_ADD, l);
+}
+
+server::~server() {
+    stop(clock::now());
+    join();
+}
+
+void server::start(int threads) {
+    signals_blocked const guard;
+    for (int i = 0; i < threads; ++i) {
+        std::lock_guard const lock(guard_);
+        threads_.emplace_back([this] { work(); });
+        ++running_;
+    }
+}
+
+bool server::stop(clock::time_point deadline) {
+    if (!stopping_.exchange(true)) {
+        for (listener &l : listeners_) {
+            ::epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, l.socket, nullptr);
+            // Who waits at a socket of ours would be turned away by its end; an inherited one keeps them.
+            while (l.owned.get() >= 0)
+                if (auto c = accept_one(l))
+                    park(std::move(c));
+                else
+                    l.owned = descriptor();
+        }
+        std::uint64_t const count = std::max<std::size_t>(1, threads_.size());
+        [[maybe_unused]] auto const written = ::write(wake_.get(), &count, sizeof(count));
+    }
+    std::unique_lock lock(guard_);
+    return thread_ended_.wait_until(lock, deadline, [this] { return running_ == 0; });
+}
+
+void server::join() {
+    for (std::thread &thread : threads_)
+        thread.join();
+    threads_.clear();
+    waiting_.clear();
+}
+
+void server::work() {
+    while (work_once(false)) {
+    }
+    while (work_once(true)) {
+    }
+    std::lock_guard const lock(guard_);
+    --running_;
+    thread_ended_.notify_all();
+}
+
+/// Serves one event. False when told to end or, while \a draining, when there is nothing left to do.
+bool server::work_once(bool draining) {
+    // While draining the wake event may be there too, for other threads: room for it and for a client.
+    std::array<epoll_event, 2> events;
+    int const count = ::epoll_wait(epoll_.get(), events.data(), draining ? 2 : 1, draining ? 0 : -1);
+    bool served = count < 0;  // interrupted: as good as any event
+    for (int i = 0; i < count; ++i) {
+        void *const source = events[static_cast<std::size_t>(i)].data.ptr;
+        auto const listening = std::find_if(listeners_.begin(), listeners_.end(),
+                                            [&](listener const &l) { return &l == source; });
+        if (source == &wake_) {
+            std::uint64_t one = 0;
+            if (!draining && ::read(wake_.get(), &one, sizeof(one)) > 0)
+                return false;
+            continue;
+        }
+        served = true;
+        try {
+            if (listening != listeners_.end())
+                accept(*listening);
+            else if (auto c = take(static_cast<connection *>(source)))
+                serve(std::move(c));
+        } catch (std::exception const &e) {
+            BOOSTER_ERROR("cppcms") << "Failed to serve a request: " << e.what();
+        }
+    }
+    return served || !draining;
+}
+
+void server::accept(listener const &from) {
+    // All that have come must be taken, as they are told only once. The first is served here, for the others
+    // other threads wake up.
+    auto first = accept_one(from);
+    if (!first)
+        return;
+    while (auto next = accept_one(from))
+        park(std::move(next));
+    serve(std::move(first));
+}
+
+std::unique_ptr<connection> server::accept_one(listener const &from) {
+    for (;;) {
+        descriptor client(::accept4(from.socket, nullptr, nullptr, SOCK_CLOEXEC));
+        if (client.get() >= 0)
+            return make_(from, std::move(client));
+        switch (errno) {
+            case EAGAIN:
+                return nullptr;
+            case EMFILE:
+            case ENFILE:
+            case ENOBUFS:
+            case ENOMEM:
+                BOOSTER_ERROR("cppcms") << "Failed to accept a client: " << std::strerror(errno);
+                if (drop_oldest())
+                    break;
+                // A request has to end first. The clients at hand will not be told again by themselves.
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                watch(EPOLL_CTL_MOD, from);
+                return nullptr;
+            case EINTR:
+            case ECONNABORTED:
+            case EPROTO:
+                break;
+            default:
+                BOOSTER_ERROR("cppcms") << "Failed to accept a client: " << std::strerror(errno);
+                return nullptr;
+        }
+    }
+}
+
+/// Drops the client that has been waiting longest. False where none is waiting.
+bool server::drop_oldest() {
+    std::unique_ptr<connection> dropped;
+    std::lock_guard const lock(guard_);
+    auto const oldest = std::min_element(waiting_.begin(), waiting_.end(), [](auto const &a, auto const &b) {
+        return a.second.deadline < b.second.deadline;
+    });
+    if (oldest == waiting_.end())
+        return false;
+    dropped = std::move(oldest->second.owned);
+    waiting_.erase(oldest);
+    return true;
+}
+
+void server::watch(int operation, listener const &l) {
+    // Edge-triggered, so that one thread wakes up for a client and not all of them.
+    epoll_event event{};
+    event.events = EPOLLIN | EPOLLET;
+    event.data.ptr = const_cast<listener *>(&l);
+    ::epoll_ctl(epoll_.get(), operation, l.socket, &event);
+}
+
+void server::serve(std::unique_ptr<connection> c) {
+    environment variables;
+    switch (c->read_head(variables)) {
+        case connection::head::complete:
+            handle_(std::move(c), std::move(variables));
+            break;
+        case connection::head::incomplete:
+            park(std::move(c));
+            break;
+        case connection::head::closed:
+            break;
+    }
+}
+
+void server::release(std::unique_ptr<connection> c) {
+    if (c->finish() && (!stopping_ || c->has_input()))
+        park(std::move(c));
+}
+
+void server::park(std::unique_ptr<connection> c) {
+    connection *const key = c.get();
+    int const limit = c->idle_limit();
+    epoll_event event{};
+    // What has been read already makes no event of its own; being writable does.
+    event.events = EPOLLONESHOT | EPOLLIN | (c->has_input() ? EPOLLOUT : 0u);
+    event.data.ptr = key;
+    auto const deadline = limit > 0 ? clock::now() + std::chrono::seconds(limit) : clock::time_point::max();
+
+    // From the moment that the event is set another thread may take the client.
+    std::lock_guard const lock(guard_);
+    waiting_[key] = {std::move(c), deadline};
+    int const fd = key->descriptor();
+    if (::epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, fd, &event) != 0 &&
+        ::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0)
+        waiting_.erase(key);
+}
+
+std::unique_ptr<connection> server::take(connection *c) {
+    std::lock_guard const lock(guard_);
+    auto const found = waiting_.find(c);
+    if (found == waiting_.end())
+        return nullptr;
+    auto result = std::move(found->second.owned);
+    waiting_.erase(found);
+    return result;
+}
+
+void server::drop_silent() {
+    std::vector<std::unique_ptr<connection>> dropped;
+    auto const now = clock::now();
+    std::lock_guard const lock(guard_);
+    for (auto client = waiting_.begin(); client != waiting_.end();) {
+        if (client->second.deadline > now) {
+            ++client;
+            continue;
+        }
+        dropped.push_back(std::move(client->second.owned));
+        client = waiting_.erase(client);
+    }
+}
+
+}  // namespace cppcms::impl

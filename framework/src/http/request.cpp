@@ -1,0 +1,153 @@
+#include <cppcms/http_file.h>
+#include <cppcms/http_request.h>
+#include <fronts/connection.h>
+
+#include <charconv>
+#include <optional>
+
+#include "body_reader.h"
+#include "environment.h"
+#include "form_decoder.h"
+#include "header_text.h"
+
+namespace cppcms::http {
+
+namespace {
+
+/// The decimal number \a text, 0 where it is none.
+template <typename Number>
+Number number(std::string_view text) {
+    Number value = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() ? value : 0;
+}
+
+std::string single_value(request::form_type const &fields, std::string const &name) {
+    auto const [first, last] = fields.equal_range(name);
+    return first != last && std::next(first) == last ? first->second : std::string();
+}
+
+request::cookies_type parse_cookies(std::string_view text) {
+    request::cookies_type cookies;
+    while (!text.empty()) {
+        auto const pair = text.substr(0, text.find_first_of(";,"));
+        text.remove_prefix(std::min(text.size(), pair.size() + 1));
+        auto const equals = pair.find('=');
+        auto const name = impl::trim(pair.substr(0, equals));
+        // Names with a dollar sign are attributes of the cookie before them.
+        if (equals == std::string_view::npos || name.empty() || name.front() == '$')
+            continue;
+        auto const raw = impl::trim(pair.substr(equals + 1));
+        std::string value;
+        if (!impl::header_reader(raw).quoted(value))
+            value = raw;
+        cookies.emplace(name, cookie(std::string(name), value));
+        if (cookies.size() >= impl::max_form_fields)
+            break;
+    }
+    return cookies;
+}
+
+}  // namespace
+
+struct request::data {
+    impl::environment variables;
+    impl::body_limits const &limits;
+    form_type query;
+    impl::body_content body;
+    std::optional<cookies_type> cookies;
+};
+
+request::request(impl::environment &&variables, impl::body_limits const &limits)
+    : d(new data{std::move(variables), limits, {}, {}, {}}) {}
+
+request::~request() = default;
+
+impl::environment &request::variables() {
+    return d->variables;
+}
+
+impl::refusal request::load(impl::connection &from) {
+    switch (impl::decode_form(d->variables.get("QUERY_STRING"), d->query)) {
+        case impl::form_result::complete:
+            break;
+        case impl::form_result::malformed:
+            d->query.clear();
+            break;
+        case impl::form_result::too_many:
+            return {400, "too many fields in the query"};
+    }
+    unsigned long long const length = content_length();
+    return length > 0 ? impl::read_body(from, content_type_parsed(), length, d->limits, d->body)
+                      : impl::refusal();
+}
+
+unsigned long long request::content_length() {
+    return number<unsigned long long>(d->variables.get("CONTENT_LENGTH"));
+}
+
+http::content_type request::content_type_parsed() {
+    return http::content_type(d->variables.get("CONTENT_TYPE"));
+}
+
+unsigned request::server_port() {
+    return number<unsigned>(d->variables.get("SERVER_PORT"));
+}
+
+std::string request::getenv(std::string const &name) {
+    return std::string(d->variables.get(name));
+}
+
+std::string request::getenv(char const *name) {
+    return std::string(d->variables.get(name));
+}
+
+char const *request::cgetenv(char const *name) {
+    return d->variables.get(name).data();
+}
+
+std::map<std::string, std::string> request::getenv() {
+    return d->variables.all();
+}
+
+request::form_type const &request::get() {
+    return d->query;
+}
+
+request::form_type const &request::post() {
+    return d->body.fields;
+}
+
+request::form_type const &request::post_or_get() {
+    return d->variables.get("REQUEST_METHOD") == "POST" ? post() : get();
+}
+
+std::string request::get(std::string const &name) {
+    return single_value(get(), name);
+}
+
+std::string request::post(std::string const &name) {
+    return single_value(post(), name);
+}
+
+request::files_type request::files() {
+    return d->body.files;
+}
+
+std::pair<void *, std::size_t> request::raw_post_data() {
+    return {d->body.raw.data(), d->body.raw.size()};
+}
+
+request::cookies_type const &request::cookies() {
+    if (!d->cookies)
+        d->cookies = parse_cookies(d->variables.get("HTTP_COOKIE"));
+    return *d->cookies;
+}
+
+cookie const &request::cookie_by_name(std::string const &name) {
+    static cookie const none;
+    auto const found = cookies().find(name);
+    return found == cookies().end() ? none : found->second;
+}
+
+}  // namespace cppcms::http

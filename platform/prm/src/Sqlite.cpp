@@ -1,0 +1,111 @@
+#include "Sqlite.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace prm {
+
+namespace {
+
+[[noreturn]] void Throw(sqlite3 *database, int code) {
+    throw SqliteError(code, database ? sqlite3_errmsg(database) : sqlite3_errstr(code));
+}
+
+/// The library creates files readable by everyone, and the store holds passwords. Only a file that this
+/// call creates is opened and closed here: closing another one would drop the library's locks on it.
+void CreatePrivately(std::string const &path) {
+    int const file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file >= 0)
+        ::close(file);
+}
+
+}  // namespace
+
+Statement::Statement(sqlite3 *database, char const *sql) {
+    sqlite3_stmt *statement = nullptr;
+    int const code = sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+    if (code != SQLITE_OK)
+        Throw(database, code);
+    statement_.reset(statement);
+}
+
+Query::~Query() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+Query &Query::Bind(int position, std::string_view text) {
+    Check(sqlite3_bind_text(statement_, position, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
+    return *this;
+}
+
+Query &Query::BindBytes(int position, std::string_view bytes) {
+    // A null pointer would bind NULL instead of no bytes.
+    char const *const data = bytes.empty() ? "" : bytes.data();
+    Check(sqlite3_bind_blob(statement_, position, data, static_cast<int>(bytes.size()), SQLITE_STATIC));
+    return *this;
+}
+
+Query &Query::Bind(int position, int number) {
+    Check(sqlite3_bind_int(statement_, position, number));
+    return *this;
+}
+
+bool Query::Step() {
+    int const code = sqlite3_step(statement_);
+    if (code != SQLITE_ROW && code != SQLITE_DONE)
+        Throw(sqlite3_db_handle(statement_), code);
+    return code == SQLITE_ROW;
+}
+
+std::string_view Query::Bytes(int column) const {
+    auto const *const data = static_cast<char const *>(sqlite3_column_blob(statement_, column));
+    return {data, data ? static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)) : 0};
+}
+
+void Query::Check(int code) const {
+    if (code != SQLITE_OK)
+        Throw(sqlite3_db_handle(statement_), code);
+}
+
+Connection::Connection(std::string const &path, int busyTimeoutMs) {
+    CreatePrivately(path);
+    sqlite3 *handle = nullptr;
+    // Calls are serialised by the owner, so the library need not do it again.
+    constexpr int flags =
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    int const code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
+    handle_.reset(handle);
+    if (code != SQLITE_OK)
+        Throw(handle, code);
+    // What the library takes for speed on a desk is better spent elsewhere on a small device.
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_LOOKASIDE, nullptr, 0, 0);
+    sqlite3_busy_timeout(handle, busyTimeoutMs);
+    // A file without write permission is opened all the same, for reading.
+    if (sqlite3_db_readonly(handle, "main") == 1)
+        throw SqliteError(SQLITE_READONLY, "the file is write-protected");
+}
+
+void Connection::Execute(char const *sql) const {
+    int const code = sqlite3_exec(handle_.get(), sql, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK)
+        Throw(handle_.get(), code);
+}
+
+bool Connection::IsReplaced() const {
+    int moved = 0;
+    sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    return moved != 0;
+}
+
+Transaction::~Transaction() {
+    if (!committed_)
+        sqlite3_exec(connection_, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void Transaction::Commit() {
+    connection_.Execute("COMMIT");
+    committed_ = true;
+}
+
+}  // namespace prm

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace prm {
+
+/// A failure of the database, with its reason.
+class SqliteError : public std::runtime_error {
+  public:
+    SqliteError(int code, std::string const &reason) : std::runtime_error(reason), code_(code) {}
+    /// Whether another process was in the way.
+    bool IsBusy() const { return (code_ & 0xff) == SQLITE_BUSY; }
+
+  private:
+    int code_;
+};
+
+/// A prepared statement, kept for reuse and run through a Query.
+class Statement {
+  public:
+    Statement(sqlite3 *database, char const *sql);
+
+  private:
+    friend class Query;
+    struct Finalize {
+        void operator()(sqlite3_stmt *statement) const { sqlite3_finalize(statement); }
+    };
+    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+};
+
+/// One run of a statement: bind, step, read; the statement is free again at the end of the run.
+/// Bound texts must outlive the run. All operations throw SqliteError.
+class Query {
+  public:
+    explicit Query(Statement const &statement) : statement_(statement.statement_.get()) {}
+    ~Query();
+    Query(Query const &) = delete;
+    Query &operator=(Query const &) = delete;
+
+    Query &Bind(int position, std::string_view text);
+    Query &BindBytes(int position, std::string_view bytes);
+    Query &Bind(int position, int number);
+
+    /// Moves to the next row; false when there is none.
+    bool Step();
+
+    int Number(int column) const { return sqlite3_column_int(statement_, column); }
+    /// Valid until the next Step().
+    std::string_view Bytes(int column) const;
+
+  private:
+    void Check(int code) const;
+
+    sqlite3_stmt *statement_;
+};
+
+/// An open database file.
+class Connection {
+  public:
+    /// Opens, or creates readable by its owner only, the file at \a path.
+    Connection(std::string const &path, int busyTimeoutMs);
+
+    operator sqlite3 *() const { return handle_.get(); }
+    /// Runs statements that take no arguments and give no result.
+    void Execute(char const *sql) const;
+    /// Number of rows the last statement changed.
+    int Changes() const { return sqlite3_changes(handle_.get()); }
+    /// Whether the file is no longer the one at the path it was opened by.
+    bool IsReplaced() const;
+    void ReleaseMemory() const { sqlite3_db_release_memory(handle_.get()); }
+
+  private:
+    struct Close {
+        void operator()(sqlite3 *handle) const { sqlite3_close_v2(handle); }
+    };
+    std::unique_ptr<sqlite3, Close> handle_;
+};
+
+/// A write transaction, rolled back unless committed.
+class Transaction {
+  public:
+    explicit Transaction(Connection const &connection) : connection_(connection) {
+        connection_.Execute("BEGIN IMMEDIATE");
+    }
+    ~Transaction();
+    Transaction(Transaction const &) = delete;
+    Transaction &operator=(Transaction const &) = delete;
+
+    void Commit();
+
+  private:
+    Connection const &connection_;
+    bool committed_ = false;
+};
+
+}  // namespace prm

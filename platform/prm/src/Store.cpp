@@ -1,0 +1,311 @@
+#include "Store.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "Sqlite.h"
+
+namespace prm {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto busyTimeout = 5s;
+constexpr auto reportInterval = 1min;
+
+/// Incremented when the table changes; a file of a newer version is refused.
+constexpr int schemaVersion = 1;
+
+template <typename Number>
+std::string Format(Number number) {
+    std::array<char, 32> text{};
+    auto const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    return std::string(text.data(), end);
+}
+
+template <typename Number>
+bool Parse(std::string_view text, Number &number) {
+    Number parsed{};
+    char const *const end = text.data() + text.size();
+    auto const [stop, error] = std::from_chars(text.data(), end, parsed);
+    if (error != std::errc() || stop != end)
+        return false;
+    number = parsed;
+    return true;
+}
+
+bool IsControl(char c) {
+    auto const byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7f;
+}
+
+/// The one spelling of a key; empty where \a key is not acceptable.
+std::string_view Normal(std::string_view key) {
+    key.remove_prefix(std::min(key.find_first_not_of('/'), key.size()));
+    if (key.size() > Store::maxKeyLength || std::any_of(key.begin(), key.end(), IsControl))
+        return {};
+    return key;
+}
+
+int UserVersion(Connection const &connection) {
+    Statement const statement(connection, "PRAGMA user_version");
+    Query query(statement);
+    return query.Step() ? query.Number(0) : 0;
+}
+
+/// Write-ahead logging lets readers and a writer work at once, and with full synchronisation a committed
+/// write survives a power cut. The sizes keep memory and flash wear small.
+void Prepare(Connection const &connection) {
+    connection.Execute(
+        "PRAGMA journal_mode=WAL;"
+        "PRAGMA synchronous=FULL;"
+        "PRAGMA cache_size=-128;"
+        "PRAGMA wal_autocheckpoint=64;"
+        "PRAGMA journal_size_limit=262144;");
+    int const version = UserVersion(connection);
+    if (version > schemaVersion)
+        throw SqliteError(SQLITE_ERROR, "the file was written by a newer version");
+    if (version == schemaVersion)
+        return;
+    Transaction transaction(connection);
+    connection.Execute(
+        "CREATE TABLE IF NOT EXISTS parameter("
+        "  key TEXT PRIMARY KEY NOT NULL,"
+        "  type INTEGER NOT NULL,"
+        "  value BLOB NOT NULL,"
+        "  mode INTEGER NOT NULL DEFAULT 0);"
+        "PRAGMA user_version=1;");
+    transaction.Commit();
+}
+
+/// Switching a file that another process is opening to write-ahead logging fails at once instead of
+/// waiting, so this waits.
+Connection OpenPrepared(std::string const &path) {
+    auto const deadline = std::chrono::steady_clock::now() + busyTimeout;
+    for (;;) {
+        try {
+            Connection connection(path, static_cast<int>(std::chrono::milliseconds(busyTimeout).count()));
+            Prepare(connection);
+            return connection;
+        } catch (SqliteError const &error) {
+            if (!error.IsBusy() || std::chrono::steady_clock::now() >= deadline)
+                throw;
+        }
+        std::this_thread::sleep_for(10ms);
+    }
+}
+
+void CreateFolderOf(std::string const &path) {
+    std::error_code ignored;  // opening the file tells the reason
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+}
+
+}  // namespace
+
+std::string FormatNumber(int number) {
+    return Format(number);
+}
+
+std::string FormatNumber(float number) {
+    return Format(number);
+}
+
+bool ParseNumber(std::string_view text, int &number) {
+    return Parse(text, number);
+}
+
+bool ParseNumber(std::string_view text, float &number) {
+    return Parse(text, number);
+}
+
+Status ReadFile(std::string const &path, std::string &content) {
+    // Without O_NONBLOCK a named pipe would hang the caller.
+    int const file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return Status::Invalid;
+    struct stat info {};
+    bool complete = ::fstat(file, &info) == 0 && S_ISREG(info.st_mode);
+    std::string read;
+    std::array<char, 16384> chunk{};
+    while (complete) {
+        ssize_t const count = ::read(file, chunk.data(), chunk.size());
+        if (count == 0)
+            break;
+        complete = count > 0 && read.size() + static_cast<std::size_t>(count) <= maxFileSize;
+        if (complete)
+            read.append(chunk.data(), static_cast<std::size_t>(count));
+    }
+    ::close(file);
+    if (!complete)
+        return Status::Invalid;
+    content = std::move(read);
+    return Status::Ok;
+}
+
+struct Store::Database {
+    explicit Database(std::string const &path) : connection(OpenPrepared(path)) {}
+
+    Connection const connection;
+    Statement const read{connection, "SELECT value, type, mode FROM parameter WHERE key = ?1"};
+    Statement const write{connection,
+                          "REPLACE INTO parameter(key, value, type, mode) VALUES(?1, ?2, ?3, ?4)"};
+    Statement const remove{connection, "DELETE FROM parameter WHERE key = ?1"};
+    // '0' is the character after '/'.
+    Statement const removeTree{
+        connection, "DELETE FROM parameter WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')"};
+    Statement const find{connection, "SELECT key FROM parameter WHERE key >= ?1 ORDER BY key LIMIT 1"};
+
+    void Write(std::string_view key, Value const &value) const {
+        Query(write)
+            .Bind(1, key)
+            .BindBytes(2, value.text)
+            .Bind(3, static_cast<int>(value.type))
+            .Bind(4, static_cast<int>(value.mode))
+            .Step();
+    }
+
+    Status Remove(Statement const &statement, std::string_view key) const {
+        Query(statement).Bind(1, key).Step();
+        return connection.Changes() > 0 ? Status::Ok : Status::NotFound;
+    }
+};
+
+Store::Store(std::string path, Report report) : path_(std::move(path)), report_(std::move(report)) {}
+
+Store::~Store() = default;
+
+std::string Store::DefaultPath() {
+    char const *const path = std::getenv("PRM_STORE");
+    return path && *path ? path : "/var/lib/prm/prm.db";
+}
+
+bool Store::IsKey(std::string_view key) {
+    return !Normal(key).empty();
+}
+
+Store::Database &Store::Open() {
+    if (database_ && database_->connection.IsReplaced())
+        database_.reset();
+    if (!database_) {
+        CreateFolderOf(path_);
+        database_ = std::make_unique<Database>(path_);
+    }
+    return *database_;
+}
+
+template <typename Action>
+Status Store::Guarded(Action action) {
+    std::lock_guard const lock(mutex_);
+    try {
+        return action(Open());
+    } catch (std::exception const &error) {
+        database_.reset();
+        Failed(error.what());
+        return Status::Unavailable;
+    }
+}
+
+void Store::Failed(std::string const &reason) {
+    auto const now = std::chrono::steady_clock::now();
+    if (reason == reported_ && now - reportedAt_ < reportInterval)
+        return;
+    reported_ = reason;
+    reportedAt_ = now;
+    report_("parameter store " + path_ + " cannot be used: " + reason);
+}
+
+Status Store::Read(std::string_view key, Value &value) {
+    key = Normal(key);
+    if (key.empty())
+        return Status::Invalid;
+    return Guarded([&](Database &database) {
+        Query query(database.read);
+        if (!query.Bind(1, key).Step())
+            return Status::NotFound;
+        value.text = query.Bytes(0);
+        value.type = static_cast<Type>(query.Number(1));
+        value.mode = static_cast<unsigned>(query.Number(2));
+        return Status::Ok;
+    });
+}
+
+Status Store::Write(std::string_view key, Value const &value) {
+    key = Normal(key);
+    if (key.empty())
+        return Status::Invalid;
+    return Guarded([&](Database &database) {
+        database.Write(key, value);
+        return Status::Ok;
+    });
+}
+
+Status Store::Write(std::vector<Parameter> const &parameters) {
+    for (auto const &parameter : parameters) {
+        if (!IsKey(parameter.key))
+            return Status::Invalid;
+    }
+    return Guarded([&](Database &database) {
+        Transaction transaction(database.connection);
+        for (auto const &parameter : parameters)
+            database.Write(Normal(parameter.key), parameter.value);
+        transaction.Commit();
+        return Status::Ok;
+    });
+}
+
+Status Store::Remove(std::string_view key) {
+    key = Normal(key);
+    if (key.empty())
+        return Status::Invalid;
+    return Guarded([&](Database &database) { return database.Remove(database.remove, key); });
+}
+
+Status Store::RemoveTree(std::string_view key) {
+    key = Normal(key);
+    if (!key.empty())
+        key = key.substr(0, key.find_last_not_of('/') + 1);
+    if (key.empty())
+        return Status::Invalid;
+    return Guarded([&](Database &database) { return database.Remove(database.removeTree, key); });
+}
+
+Status Store::Find(std::string_view prefix, std::string_view from, std::string &key) {
+    prefix.remove_prefix(std::min(prefix.find_first_not_of('/'), prefix.size()));
+    return Guarded([&](Database &database) {
+        Query query(database.find);
+        if (!query.Bind(1, std::max(prefix, from)).Step() || !query.Bytes(0).starts_with(prefix))
+            return Status::NotFound;
+        key = query.Bytes(0);
+        return Status::Ok;
+    });
+}
+
+Status Store::ForEach(std::string_view prefix, std::function<Status(std::string const &)> const &visit) {
+    std::string key;
+    std::string from;
+    for (;;) {
+        Status status = Find(prefix, from, key);
+        if (status == Status::Ok)
+            status = visit(key);
+        if (status != Status::Ok)
+            return status == Status::NotFound ? Status::Ok : status;
+        from = key + '\0';  // the smallest text that comes after the key
+    }
+}
+
+void Store::ReleaseMemory() {
+    std::lock_guard const lock(mutex_);
+    if (database_)
+        database_->connection.ReleaseMemory();
+}
+
+}  // namespace prm

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace prm {
+
+/// Result of an operation; the values are what cPrmLib returns.
+enum class Status : int { Ok = 0, NotFound = 1, Invalid = 2, Unavailable = 3 };
+
+/// Type codes as in PRM_PAR_T.
+enum class Type : int { Integer = 0, Float = 1, String = 2, File = 4 };
+
+/// A typed value. The text form is the one that is stored.
+struct Value {
+    std::string text;
+    Type type = Type::String;
+    unsigned mode = 0;  ///< permission bits of a file parameter
+};
+
+struct Parameter {
+    std::string key;
+    Value value;
+};
+
+/// Text forms of numbers: the shortest that reads back as the same number.
+std::string FormatNumber(int number);
+std::string FormatNumber(float number);
+/// Reads a number that is the whole of \a text; false, with \a number unchanged, where it is none.
+bool ParseNumber(std::string_view text, int &number);
+bool ParseNumber(std::string_view text, float &number);
+
+/// Largest file that ReadFile() takes, in bytes.
+constexpr std::size_t maxFileSize = std::size_t{4} << 20;
+/// Fills \a content with the regular file at \a path. Invalid where it is none or too large.
+Status ReadFile(std::string const &path, std::string &content);
+
+/// The keys and values of the device in one SQLite file, safe between threads and processes.
+///
+/// Operations report failure by their status and never throw. The file is opened by the first operation
+/// and again after a failure or when another file has taken its place.
+class Store {
+  public:
+    /// Receives the reason when the store cannot be used.
+    using Report = std::function<void(std::string const &)>;
+
+    Store(std::string path, Report report);
+    ~Store();
+
+    /// PRM_STORE, or /var/lib/prm/prm.db.
+    static std::string DefaultPath();
+    static constexpr std::size_t maxKeyLength = 1023;
+    /// Whether \a key is acceptable as a key.
+    static bool IsKey(std::string_view key);
+
+    std::string const &Path() const { return path_; }
+
+    Status Read(std::string_view key, Value &value);
+    Status Write(std::string_view key, Value const &value);
+    /// Writes all or, on a failure, none.
+    Status Write(std::vector<Parameter> const &parameters);
+    /// Removes the key alone.
+    Status Remove(std::string_view key);
+    /// Removes the key and all keys below it ("x" and "x/...").
+    Status RemoveTree(std::string_view key);
+    /// Finds the first key, in byte order, that begins with \a prefix and is not less than \a from.
+    Status Find(std::string_view prefix, std::string_view from, std::string &key);
+    /// Calls \a visit with each key that begins with \a prefix, in byte order; it may use the store.
+    Status ForEach(std::string_view prefix, std::function<Status(std::string const &key)> const &visit);
+    /// Gives back the memory of cached pages.
+    void ReleaseMemory();
+
+  private:
+    struct Database;
+
+    Database &Open();
+    template <typename Action>
+    Status Guarded(Action action);
+    void Failed(std::string const &reason);
+
+    std::string const path_;
+    Report const report_;
+    std::mutex mutex_;
+    std::unique_ptr<Database> database_;
+    std::string reported_;
+    std::chrono::steady_clock::time_point reportedAt_;
+};
+
+}  // namespace prm

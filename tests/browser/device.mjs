@@ -1,0 +1,102 @@
+// The device under test and the browser that looks at it, for all browser tests.
+//
+// WEBCONFIG_URL    where the pages are, such as http://127.0.0.1:8080/
+// WEBCONFIG_ENTER  command that runs its arguments inside the device, such as "device/enter --name test";
+//                  started at the root of the checkout
+// WEBCONFIG_LOGIN  "user:password" where the site asks for a log-in
+
+import { execFileSync } from "node:child_process";
+import { fileURLToPath } from "node:url";
+import { after, before } from "node:test";
+import { chromium } from "playwright-core";
+
+const checkout = fileURLToPath(new URL("../..", import.meta.url));
+
+export const site = new URL(required("WEBCONFIG_URL"));
+const enter = required("WEBCONFIG_ENTER").split(" ");
+const [username, password] = (process.env.WEBCONFIG_LOGIN ?? "").split(":");
+
+export const desktop = { viewport: { width: 1280, height: 800 }, colorScheme: "light" };
+export const phone = { viewport: { width: 360, height: 740 }, colorScheme: "dark" };
+
+function required(name) {
+    const value = process.env[name];
+    if (!value) {
+        throw new Error(`${name} is not set`);
+    }
+    return value;
+}
+
+/** Runs a program inside the device and returns what it prints, without the last line's end. */
+export function inDevice(...command) {
+    return execFileSync(enter[0], [...enter.slice(1), ...command], { cwd: checkout, encoding: "utf8" }).trimEnd();
+}
+
+let browser;
+
+before(async () => {
+    browser = await chromium.launch({
+        executablePath: "/usr/bin/chromium",
+        args: [
+            "--no-sandbox",
+            "--disable-gpu",
+            "--disable-quic",
+            "--no-first-run",
+            "--disable-background-networking",
+            "--disable-component-update",
+            "--disable-sync",
+        ],
+    });
+});
+
+after(() => browser?.close());
+
+/** Opens a page of the site (a path, with the site's address in front), hands it to `use`, and closes it.
+ *  Fails when the page logged an error, asked another host for anything, or got an error answer.
+ *  @param options of the browser context, with `faulty: true` when the test provokes failures itself. */
+export async function withPage(path, { faulty = false, prepare, ...options }, use) {
+    const context = await browser.newContext({
+        ...options,
+        ...(username && { httpCredentials: { username, password } }),
+    });
+    try {
+        const page = await context.newPage();
+        const problems = collectProblems(page);
+        await prepare?.(page);
+        await page.goto(new URL(path, site).href);
+        await use(page);
+        if (!faulty && problems.length) {
+            throw new Error(`${path}: ${problems.join("; ")}`);
+        }
+    } finally {
+        await context.close();
+    }
+}
+
+/** Lists, as they happen, a page's script errors, refused and failed requests, requests to other hosts. */
+function collectProblems(page) {
+    const problems = [];
+    page.on("pageerror", (error) => problems.push(`script error: ${error.message}`));
+    page.on("console", (message) => {
+        if (["error", "warning"].includes(message.type())) {
+            problems.push(`console: ${message.text()}`);
+        }
+    });
+    page.on("response", (response) => {
+        if (response.status() >= 400) {
+            problems.push(`${response.status()} for ${response.url()}`);
+        }
+    });
+    page.on("request", (request) => {
+        if (!request.url().startsWith("data:") && new URL(request.url()).host !== site.host) {
+            problems.push(`request to another host: ${request.url()}`);
+        }
+    });
+    page.on("requestfailed", (request) => {
+        // Leaving a page cuts its status call short.
+        if (request.failure()?.errorText !== "net::ERR_ABORTED") {
+            problems.push(`failed request: ${request.url()}`);
+        }
+    });
+    return problems;
+}

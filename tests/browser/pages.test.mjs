@@ -1,0 +1,184 @@
+// What holds for every page: no errors, readable and usable in both colour schemes, on a phone and with
+// the keyboard; and what the frame around the pages does.
+
+import assert from "node:assert/strict";
+import { describe, test } from "node:test";
+import { desktop, inDevice, phone, withPage } from "./device.mjs";
+
+const pages = ["/", "/config/settings/about"];
+const rebootFlag = "/tmp/webconfig_reboot_flag";
+
+/** In the page: the texts in sight whose contrast with their background is below 4.5 to 1. */
+function faintTexts() {
+    const parse = (colour) => colour.match(/[\d.]+/g).map(Number);
+    const luminance = (rgb) => {
+        const [r, g, b] = rgb.map((v) => (v /= 255) <= 0.03928 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4);
+        return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+    };
+    const background = (element) => {
+        for (let at = element; at; at = at.parentElement) {
+            const [r, g, b, alpha = 1] = parse(getComputedStyle(at).backgroundColor);
+            if (alpha === 1) {
+                return [r, g, b];
+            }
+        }
+        return [255, 255, 255];
+    };
+    const ownText = (element) =>
+        element.matches("input:not([type='hidden']), select")
+            ? element.value
+            : [...element.childNodes].map((node) => (node.nodeType === Node.TEXT_NODE ? node.data : "")).join("");
+    return [...document.body.querySelectorAll("*")]
+        .filter((element) => element.checkVisibility() && !element.disabled && ownText(element).trim())
+        .map((element) => {
+            const [text, ground] = [parse(getComputedStyle(element).color).slice(0, 3), background(element)];
+            const [dark, light] = [luminance(text), luminance(ground)].sort((a, b) => a - b);
+            return { what: `${element.tagName} "${ownText(element).trim()}"`, contrast: (light + 0.05) / (dark + 0.05) };
+        })
+        .filter(({ contrast }) => contrast < 4.5);
+}
+
+async function tabs(page) {
+    return page.$$eval("#tabcontainer > ul a", (links) => links.map((link) => link.getAttribute("href")));
+}
+
+describe("every page", () => {
+    for (const path of pages) {
+        for (const [kind, options] of Object.entries({ "bright desktop": desktop, "dark phone": phone })) {
+            test(`${path} is clean and readable on a ${kind}`, async () => {
+                await withPage(path, { ...options, reducedMotion: "reduce" }, async (page) => {
+                    for (const tab of [null, ...(await tabs(page))]) {
+                        if (tab) {
+                            await page.click(`#tabcontainer > ul a[href='${tab}']`);
+                            await page.waitForSelector(tab);
+                        }
+                        const width = await page.evaluate(() => document.documentElement.scrollWidth);
+                        assert.equal(width, options.viewport.width, `width of ${tab ?? "the page"}`);
+                        assert.deepEqual(await page.evaluate(faintTexts), []);
+                    }
+                    const ground = await page.evaluate(() => getComputedStyle(document.body).backgroundColor);
+                    const bright = Number(ground.match(/\d+/)[0]) > 128;
+                    assert.equal(bright, options.colorScheme === "light", `background ${ground}`);
+                });
+            });
+        }
+
+        test(`${path} shows where the keyboard is`, async () => {
+            await withPage(path, desktop, async (page) => {
+                const stops = [];
+                for (let i = 0; i < 30; i++) {
+                    await page.keyboard.press("Tab");
+                    const stop = await page.evaluate(() => {
+                        const element = document.activeElement;
+                        const { outlineStyle, outlineWidth } = getComputedStyle(element);
+                        return element === document.body
+                            ? null
+                            : { what: element.outerHTML.slice(0, 80), outlineStyle, outlineWidth };
+                    });
+                    if (!stop) {
+                        break;
+                    }
+                    stops.push(stop);
+                }
+                assert.ok(stops.length >= 3, "the keyboard reaches links and inputs");
+                const unseen = stops.filter((s) => s.outlineStyle === "none" || parseFloat(s.outlineWidth) < 2);
+                assert.deepEqual(unseen, []);
+            });
+        });
+    }
+});
+
+describe("page frame", () => {
+    test("the icon is there", async () => {
+        await withPage("/", desktop, async (page) => {
+            const icon = await page.getAttribute("link[rel='shortcut icon']", "href");
+            const answer = await page.request.get(new URL(icon, page.url()).href);
+            assert.equal(answer.status(), 200);
+            assert.equal((await answer.body()).readUInt16LE(2), 1, "an icon file");
+        });
+    });
+
+    test("on a phone the menu opens with its button", async () => {
+        await withPage("/", phone, async (page) => {
+            assert.ok(!(await page.isVisible("#nav")));
+            await page.getByRole("button", { name: "Menu" }).click();
+            assert.ok(await page.isVisible("#nav"));
+            assert.equal(await page.getAttribute("#nav_toggle", "aria-expanded"), "true");
+        });
+    });
+
+    test("the reboot alert shows above the banner and links the Reboot page", async () => {
+        inDevice("touch", rebootFlag);
+        try {
+            for (const options of [desktop, phone]) {
+                await withPage("/", options, async (page) => {
+                    const alert = page.locator("#alertsBox");
+                    assert.match(await alert.textContent(), /require a\s+Reboot/);
+                    assert.match(await alert.locator("a").getAttribute("href"), /\/settings\/reboot$/);
+                    const [box, banner] = [await alert.boundingBox(), await page.locator("#banner").boundingBox()];
+                    assert.ok(box.height > 0 && box.y + box.height <= banner.y + 1, "not over the banner");
+                });
+            }
+        } finally {
+            inDevice("rm", "-f", rebootFlag);
+        }
+        await withPage("/", desktop, async (page) => {
+            assert.equal(await page.locator("#alertsBox").count(), 0);
+        });
+    });
+
+    test("messages from scripts are text, and static ones outlive clearing", async () => {
+        await withPage("/", desktop, async (page) => {
+            const shown = await page.evaluate(() => {
+                const boxes = () =>
+                    [...document.querySelectorAll(".form_result_msg")].map((box) => [
+                        box.textContent,
+                        box.children.length,
+                        box.checkVisibility(),
+                    ]);
+                ShowStaticFormResultMsg("<b>wait</b>", "note");
+                ClearFormResultMsg();
+                const afterStatic = boxes();
+                ShowFormResultMsg("done", "success");
+                ClearFormResultMsg();
+                return [afterStatic, boxes()];
+            });
+            assert.deepEqual(shown, [[["<b>wait</b>", 0, true]], [["done", 0, false]]]);
+        });
+    });
+
+    test("a sub-menu opens and closes with its parent", async () => {
+        const prepare = (page) =>
+            page.route("**/", async (route) => {
+                const answer = await route.fetch();
+                const menu =
+                    `<li class=" parentSideMenu parentSubMenu "><a id="menu_More_pages" href=""> More pages</a></li>` +
+                    `<li class=" childSideMenu subMenu hiddenOnLoad menu_More_pages"><a href="/one"> One</a></li>`;
+                const body = (await answer.text()).replace(/(<ul class="nav2">)/, `$1${menu}`);
+                await route.fulfill({ response: answer, body });
+            });
+        await withPage("/", { ...desktop, prepare }, async (page) => {
+            const entry = page.locator("li.menu_More_pages");
+            for (const open of [false, true, false]) {
+                assert.equal(await entry.isVisible(), open);
+                assert.equal(await page.getAttribute("#menu_More_pages", "aria-expanded"), String(open));
+                await page.click("#menu_More_pages");
+            }
+        });
+    });
+});
+
+describe("About page", () => {
+    test("shows a notice on request", async () => {
+        await withPage("/config/settings/about", desktop, async (page) => {
+            assert.equal(await page.locator("#config_pane pre").count(), 0);
+            const link = page.locator("a.ossnav").first();
+            const target = await link.getAttribute("href");
+            await link.click();
+            const notice = await page.locator("#config_pane pre").textContent();
+            const [name, file] = target.split("/").slice(-2);
+            const content = inDevice("cat", `/usr/share/common-licenses/${name}/${file}`);
+            assert.equal(notice.trim(), content.trim());
+        });
+    });
+});

@@ -1,0 +1,240 @@
+#!/usr/bin/python3 -B
+"""The virtual device from the outside: that it starts, can be joined, stays apart from the host, and leaves nothing.
+
+WEBCONFIG_BUILD names the build folder (build/dev).
+"""
+
+import os
+import signal
+import socket
+import subprocess
+import sys
+import time
+import unittest
+import urllib.error
+import urllib.request
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(PROJECT / "device"))
+import common  # noqa: E402
+
+BUILD = os.path.abspath(os.environ.get("WEBCONFIG_BUILD", PROJECT / "build/dev"))
+AS_NOBODY = ["setpriv", "--reuid", "nobody", "--regid", "nogroup", "--clear-groups"]
+
+
+class NoRedirect(urllib.request.HTTPRedirectHandler):
+    def redirect_request(self, *_):
+        return None
+
+
+def get(url):
+    """Status and Location of a page."""
+    opener = urllib.request.build_opener(urllib.request.ProxyHandler({}), NoRedirect)
+    try:
+        with opener.open(url, timeout=10) as answer:
+            return answer.status, None
+    except urllib.error.HTTPError as error:
+        with error:
+            return error.code, error.headers["Location"]
+
+
+def eventually(condition, seconds=15):
+    deadline = time.monotonic() + seconds
+    while not condition():
+        if time.monotonic() > deadline:
+            return False
+        time.sleep(0.05)
+    return True
+
+
+def host_traces():
+    """What a device could leave on the host: mounts, network devices, scratch folders."""
+    mounts = Path("/proc/self/mountinfo").read_text(encoding="utf-8").splitlines()
+    return {*mounts, *os.listdir("/sys/class/net"), *Path("/tmp").glob("webconfig-device.*")}
+
+
+class Device:
+    """A device that device/boot runs in the foreground."""
+
+    def __init__(self, name, *options, prefix=()):
+        self.name = f"test{os.getpid()}-{name}"
+        self.prefix = list(prefix)
+        self.launcher = subprocess.Popen(
+            [*self.prefix, PROJECT / "device/boot", "--name", self.name, "--port", "0", "--build", BUILD, *options],
+            cwd="/", stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.url = self.launcher.stdout.readline().strip()
+        if not self.url:
+            raise AssertionError(self.launcher.communicate()[1])
+        self.init = common.init_pid(self.name)
+
+    def enter(self, *command, **options):
+        return subprocess.run([*self.prefix, PROJECT / "device/enter", "--name", self.name, *command], cwd="/",
+                              capture_output=True, text=True, timeout=30, check=False, **options)
+
+    def output(self, *command):
+        done = self.enter(*command)
+        assert done.returncode == 0, (command, done)
+        return done.stdout.strip()
+
+    def ended(self):
+        """Waits for the end; returns the launcher's exit status and what it said."""
+        said = self.launcher.communicate(timeout=20)[1]
+        return self.launcher.returncode, said
+
+    def end(self):
+        self.launcher.terminate()
+        return self.ended()
+
+
+class RunningDevice(unittest.TestCase):
+    options = ()
+    prefix = ()
+
+    @classmethod
+    def setUpClass(cls):
+        cls.device = Device("one", *cls.options, prefix=cls.prefix)
+        cls.addClassCleanup(cls.device.end)
+
+    def test_site_root_leads_to_the_start_page(self):
+        self.assertEqual((302, "/config/"), get(self.device.url))
+        self.assertEqual(200, get(self.device.url + "config/")[0])
+        self.assertEqual(200, get(self.device.url + "media/css/screen.css")[0])
+
+    def test_enter_passes_input_output_and_status(self):
+        cases = (("true", 0), ("exit 3", 3), ("kill -TERM $$", -signal.SIGTERM), ("no-such-program", 127))
+        for script, status in cases:
+            self.assertEqual(status, self.device.enter("sh", "-c", script).returncode, script)
+        self.assertEqual("two words\n", self.device.enter("cat", input="two words\n").stdout)
+        self.assertEqual("a  b", self.device.output("printf", "%s", "a  b"))
+
+    def test_network_has_the_device_interfaces(self):
+        interfaces = {line.split("@")[0].split()[0] for line in self.device.output("ip", "-br", "link").splitlines()}
+        self.assertEqual({"lo", "eth0", "eth1", "br1"}, interfaces)
+        lan = self.device.output("prm", "get", "net/lan_ipaddr")
+        self.assertIn(f" {lan}/24 ", self.device.output("ip", "-br", "address", "show", "br1") + " ")
+        # The cables lead somewhere: the LAN host reaches the device's web server.
+        self.device.output("nsenter", "--net=/run/netns/lan", "curl", "-sf", f"http://{lan}/media/css/screen.css")
+
+    def test_device_and_host_share_nothing_that_changes(self):
+        self.assertEqual(self.device.output("prm", "get", "net/hostname"), self.device.output("hostname"))
+        self.assertNotEqual(self.device.output("hostname"), socket.gethostname())
+        for folder in ("/tmp", "/etc", "/usr/bin", "/var/log", "/run", "/root"):
+            trace = f"{folder}/{self.device.name}"
+            self.device.output("touch", trace)
+            self.assertFalse(os.path.exists(trace), trace)
+        self.assertNotEqual(0, self.device.enter("touch", str(PROJECT / "device/trace")).returncode)
+        self.assertEqual("1", self.device.output("sh", "-c", "ps -eo pid=,args= | awk '/device.init/ {print $1; exit}'"))
+
+    def test_second_device_runs_beside_the_first(self):
+        second = Device("two", *self.options, prefix=self.prefix)
+        try:
+            self.device.output("touch", "/tmp/first")
+            self.assertNotEqual(0, second.enter("test", "-e", "/tmp/first").returncode)
+            self.assertEqual(302, get(second.url)[0])
+            with self.assertRaisesRegex(AssertionError, f"'{second.name}' runs already"):
+                Device("two", *self.options, prefix=self.prefix)
+        finally:
+            second.end()
+        self.assertEqual(302, get(self.device.url)[0])
+
+    def test_reboot_starts_over_with_the_stored_settings(self):
+        self.device.output("touch", "/tmp/before")
+        self.device.output("prm", "set", "net/hostname", "renamed")
+        self.device.enter("/sbin/reboot", "-d", "0")
+        self.assertTrue(eventually(lambda: self.device.enter("test", "-e", "/tmp/before").returncode == 1))
+        self.assertTrue(eventually(lambda: get(self.device.url)[0] == 302))
+        self.assertEqual("renamed", self.device.output("hostname"))
+        self.assertEqual("/sbin/reboot -d 0", self.device.output("tail", "-n1", "/var/log/device-commands"))
+
+    def test_enter_without_a_device_says_which_run(self):
+        done = subprocess.run([*self.prefix, PROJECT / "device/enter", "--name", "none-such", "true"], cwd="/",
+                              capture_output=True, text=True, check=False)
+        self.assertEqual(1, done.returncode)
+        self.assertIn(self.device.name, done.stderr)
+
+
+@unittest.skipUnless(os.geteuid() == 0, "the other tests run as an ordinary user already")
+class OrdinaryUser(RunningDevice):
+    prefix = AS_NOBODY
+
+    @classmethod
+    def setUpClass(cls):
+        readable = subprocess.run([*AS_NOBODY, "test", "-r", f"{BUILD}/platform/prm/prm"], cwd="/", check=False)
+        if readable.returncode != 0:
+            raise unittest.SkipTest("the checkout is closed to other users")
+        super().setUpClass()
+
+
+class SpawnedBackend(unittest.TestCase):
+    def test_web_server_starts_the_backend_and_brings_it_back(self):
+        device = Device("spawn", "--spawn")
+        self.addCleanup(device.end)
+        page = device.url + "config/"
+        self.assertEqual(200, get(page)[0])
+        first = device.output("pgrep", "-x", "webconfig")
+        device.output("kill", "-KILL", first)
+        self.assertTrue(eventually(lambda: get(page)[0] == 200))
+        self.assertNotEqual(first, device.output("pgrep", "-x", "webconfig"))
+
+
+class BuiltInServer(unittest.TestCase):
+    def test_host_port_reaches_the_built_in_server(self):
+        device = Device("http", "--http")
+        self.addCleanup(device.end)
+        self.assertEqual(200, get(device.url + "config/")[0])
+        self.assertEqual(200, get(device.url + "media/css/screen.css")[0])
+
+
+class Ending(unittest.TestCase):
+    """Every way a device can end leaves the host as it was."""
+
+    def check(self, end, status, said=""):
+        before = host_traces()
+        device = Device("ending")
+        pids = {device.launcher.pid, device.init}
+        port = int(device.url.rstrip("/").rsplit(":", 1)[1])
+        end(device)
+        exit_status, text = device.ended()
+        self.assertEqual(status, exit_status, text)
+        self.assertIn(said, text)
+        self.assertTrue(eventually(lambda: not any(os.path.exists(f"/proc/{pid}") for pid in pids)))
+        self.assertTrue(eventually(lambda: device.name not in common.running()))
+        self.assertTrue(eventually(lambda: host_traces() <= before), host_traces() - before)
+        with socket.socket() as again:  # the port is free
+            again.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            again.bind(("127.0.0.1", port))
+
+    def test_signals_to_the_launcher(self):
+        for number, status in ((signal.SIGINT, 0), (signal.SIGTERM, 0), (signal.SIGKILL, -signal.SIGKILL)):
+            with self.subTest(number.name):
+                self.check(lambda device, number=number: device.launcher.send_signal(number), status)
+
+    def test_detached_device_outlives_its_starter_and_a_reboot(self):
+        name = f"test{os.getpid()}-detached"
+        started = subprocess.run([PROJECT / "device/boot", "--detach", "--name", name, "--port", "0", "--build", BUILD],
+                                 capture_output=True, text=True, timeout=40, check=True)
+        init = common.init_pid(name)
+        enter = [PROJECT / "device/enter", "--name", name]
+        self.addCleanup(subprocess.run, [*enter, "poweroff"], check=False)
+        subprocess.run([*enter, "sh", "-c", "touch /tmp/before; reboot"], check=False)
+        self.assertTrue(eventually(
+            lambda: subprocess.run([*enter, "test", "-e", "/tmp/before"], check=False).returncode == 1))
+        self.assertTrue(eventually(lambda: get(started.stdout.strip())[0] == 302))
+        self.assertEqual(init, common.init_pid(name))
+
+    def test_poweroff_from_inside(self):
+        self.check(lambda device: device.enter("poweroff"), 0)
+
+    def test_death_of_a_service(self):
+        for service in ("webconfig", "lighttpd"):
+            with self.subTest(service):
+                self.check(lambda device, name=service: device.enter("kill", "-KILL", device.output("pgrep", "-x", name)), 1,
+                           f"{service} ended on signal 9")
+
+    def test_death_of_init(self):
+        self.check(lambda device: os.kill(device.init, signal.SIGKILL), 1)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/pages/support/Browser.h"
+#include "tests/pages/support/Device.h"
+#include "tests/pages/support/Html.h"
+
+namespace pages {
+
+namespace {
+
+constexpr char licences[] = "/usr/share/common-licenses";
+
+class AboutTest : public testing::Test {
+  protected:
+    AboutTest() {
+        device::Shell(std::string("mkdir -p ") + folder + "/inner " + licences + "/test-empty");
+        for (char const *name : {"C", "b", "A", ".hidden"})
+            device::WriteFile(folder + '/' + name, std::string("notice <") + name + ">\n");
+        device::Shell("ln -sf A " + folder + "/link; ln -sf /nowhere " + folder + "/broken");
+    }
+    ~AboutTest() override { device::Shell("rm -rf " + folder + ' ' + licences + "/test-empty"); }
+
+    std::string const folder = std::string(licences) + "/test-package";
+    Browser browser{device::address};
+};
+
+std::string Row(std::string const &below) {
+    return "//tr[@id='test-package']" + below;
+}
+
+}  // namespace
+
+TEST_F(AboutTest, ListsTheNoticesOfEachPackage) {
+    Html const page(browser.Get("/config/settings/about").body);
+    EXPECT_EQ(page.One("//h2[@id='config_page_title']"), " Open Source Software  Notices ");
+    EXPECT_EQ(page.All(Row("//li/a[@class='ossnav']")),
+              (std::vector<std::string>{"A", "b", "broken", "C", "link"}));
+    EXPECT_EQ(page.All(Row("//li/a/@href"))[0], "/config/settings/about/test-package/A");
+    EXPECT_EQ(page.Count("//tr[@id='test-empty']"), 0U);
+    EXPECT_EQ(page.Count(Row("//pre")), 0U);
+    auto const packages = page.All("//table[not(@id)]//tr/@id");
+    EXPECT_GT(packages.size(), 1U);
+    EXPECT_TRUE(std::is_sorted(packages.begin(), packages.end()));
+}
+
+TEST_F(AboutTest, ShowsTheTextOfOneNotice) {
+    Html const page(browser.Get("/config/settings/about/test-package/C").body);
+    EXPECT_EQ(page.One("//pre"), "notice <C>\n");
+    Html const broken(browser.Get("/config/settings/about/test-package/broken").body);
+    EXPECT_EQ(broken.One("//pre"), "Failed to access \"" + folder + "/broken\"");
+}
+
+TEST_F(AboutTest, OnlyListedNoticesAreShown) {
+    for (char const *path : {"/test-package/none", "/none/A", "/test-package/inner", "/test-package/c%20"}) {
+        Answer const answer = browser.Get(std::string("/config/settings/about") + path);
+        EXPECT_EQ(Html(answer.body).Count("//pre"), 0U) << path;
+    }
+    for (char const *path :
+         {"/test-package/.hidden", "/test-package/..", "/../about", "/test-package/%2e%2e"})
+        EXPECT_EQ(Html(browser.Get(std::string("/config/settings/about") + path).body).Count("//pre"), 0U)
+            << path;
+}
+
+}  // namespace pages

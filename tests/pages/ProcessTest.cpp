@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <filesystem>
+
+#include "tests/pages/support/Browser.h"
+#include "tests/pages/support/Device.h"
+
+namespace pages {
+
+namespace {
+
+constexpr int port = 9102;
+constexpr char address[] = "http://127.0.0.1:9102";
+constexpr int failure = 1;
+
+std::size_t Entries(std::string const &folder) {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
+}
+
+std::size_t Count(std::string const &text, std::string const &part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
+}  // namespace
+
+TEST(ProcessTest, AMissingRootKeyIsFatal) {
+    for (char const *key : {"sync", "async", "rpc"}) {
+        device::Process process(device::Configuration(port, key));
+        EXPECT_EQ(process.Wait(), failure) << key;
+    }
+    device::Process garbage("{ not json");
+    EXPECT_EQ(garbage.Wait(), failure);
+}
+
+TEST(ProcessTest, SignalsEndItWithStatusZero) {
+    for (int signal : {SIGTERM, SIGINT}) {
+        device::Process process(device::Configuration(port));
+        ASSERT_TRUE(Browser(address).WaitUntilUp());
+        process.Signal(signal);
+        EXPECT_EQ(process.Wait(), 0);
+        EXPECT_NE(process.Log().find("webconfig exit"), std::string::npos);
+    }
+}
+
+TEST(ProcessTest, ReloadsLeakNothingAndLogOnce) {
+    device::Process process(device::Configuration(port));
+    Browser browser(address);
+    ASSERT_TRUE(browser.WaitUntilUp());
+    std::string const proc = "/proc/" + std::to_string(process.Pid());
+    browser.Call("reload");
+    ASSERT_TRUE(process.WaitForLog("forced reload"));
+    ASSERT_TRUE(browser.WaitUntilUp());
+    std::size_t const descriptors = Entries(proc + "/fd");
+    std::size_t const threads = Entries(proc + "/task");
+    for (int i = 0; i < 20; ++i) {
+        browser.Call("reload");
+        ASSERT_TRUE(browser.WaitUntilUp());
+    }
+    EXPECT_EQ(Entries(proc + "/fd"), descriptors);
+    EXPECT_EQ(Entries(proc + "/task"), threads);
+    EXPECT_EQ(Count(process.Log(), "webconfig ** forced reload **"), 21U);
+}
+
+TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {
+    std::filesystem::create_directories("/tmp/volumes/app/etc/init.d");
+    std::filesystem::create_directories("/tmp/volumes/without-script");
+    device::WriteFile("/tmp/volumes/app/etc/init.d/rcS", "#!/bin/sh\necho \"$@\" >>/tmp/volumes/stopped\n");
+    device::Shell("chmod +x /tmp/volumes/app/etc/init.d/rcS; touch /tmp/webconfig_fwsugd_flag");
+
+    device::Process process(device::Configuration(port), {"MOUNT_DIR=/tmp/volumes"});
+    ASSERT_TRUE(device::WaitForText("/tmp/volumes/stopped", "stop\n"));
+    EXPECT_FALSE(std::filesystem::exists("/tmp/webconfig_fwsugd_flag"));
+    Browser browser(address);
+    ASSERT_TRUE(browser.WaitUntilUp());
+    browser.Call("reload");
+    ASSERT_TRUE(process.WaitForLog("forced reload"));
+    ASSERT_TRUE(browser.WaitUntilUp());
+    EXPECT_EQ(device::ReadFile("/tmp/volumes/stopped"), "stop\n");
+    std::filesystem::remove_all("/tmp/volumes");
+}
+
+}  // namespace pages

@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/pages/support/Browser.h"
+#include "tests/pages/support/Device.h"
+
+namespace pages {
+
+namespace {
+
+constexpr char firmwareStatus[] = "/tmp/fwtool_status.txt";
+constexpr char firmwareLock[] = "/tmp/fwtool_6v1Znb.lock";
+constexpr char failed[] = R"({"id":1,"error":null,"result":"{ 'state' : 'failed' }"})";
+
+std::string Result(std::string const &json) {
+    return R"({"id":1,"error":null,"result":)" + json + '}';
+}
+
+std::string Error(std::string const &text) {
+    return R"({"id":1,"error":")" + text + R"(","result":null})";
+}
+
+}  // namespace
+
+TEST(StatusTest, GeneralStatusHasItsFiveTexts) {
+    Browser browser(device::address);
+    Answer const answer = browser.Call("general_dynamic_status");
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.contentType, "application/json; charset=utf-8");
+    EXPECT_EQ(answer.body.substr(0, 27), R"({"id":1,"error":null,"resul)");
+    for (char const *text : {R"("boardTemp":"unknown")", R"("date":")", R"("uptime":")", "load average",
+                             R"("top":"top - )", R"("processStatus":"UID )"})
+        EXPECT_NE(answer.body.find(text), std::string::npos) << text;
+}
+
+TEST(StatusTest, WrongCallsGetTheirErrors) {
+    Browser browser(device::address);
+    for (char const *method :
+         {"general_dynamic_status", "fw_upgrade_status", "prepare_fw_upgrade", "reload"}) {
+        for (char const *parameters : {R"(["x"])", "[1,2]", "[null]"})
+            EXPECT_EQ(browser.Call(method, parameters).body, Error("Invalid parametres number")) << method;
+    }
+    EXPECT_EQ(browser.Call("no_such_method").body, Error("Method not found"));
+
+    struct {
+        char const *body;
+        char const *type;
+        char const *answer;
+    } const cases[] = {
+        {R"({"method":"general_dynamic_status","params":[],"id":null})", "application/json", ""},
+        {"{", "application/json", "Invalid JSON\n"},
+        {R"({"method":"general_dynamic_status","params":[]})", "application/json", "Invalid JSON-RPC\n"},
+        {R"({"method":"general_dynamic_status","params":{},"id":1})", "application/json",
+         "Invalid JSON-RPC\n"},
+        {"[]", "application/json", "Invalid JSON-RPC\n"},
+        {"{}", "text/plain", "Invalid content type\n"},
+    };
+    for (auto const &c : cases) {
+        Answer const answer = browser.Post("/status/rpc", c.body, c.type);
+        EXPECT_EQ(answer.status, 200) << c.body;
+        EXPECT_EQ(answer.body, c.answer) << c.body;
+    }
+}
+
+TEST(StatusTest, FirmwareUpgradeStatus) {
+    Browser browser(device::address);
+    auto const status = [&] { return browser.Call("fw_upgrade_status").body; };
+    struct {
+        char const *line;      // null: no status file
+        char const *finished;  // answer while no upgrade runs
+        char const *running;   // answer while one does
+    } const cases[] = {
+        {nullptr, failed, R"("")"},
+        {"", R"("")", R"("")"},
+        {"done\n", R"("done\n")", R"("done\n")"},
+        {"{ 'state' : 'writing' }\nsecond line\n", failed, R"("{ 'state' : 'writing' }\n")"},
+        {"{ 'state' : 'done' }", R"("{ 'state' : 'done' }")", R"("{ 'state' : 'done' }")"},
+    };
+    for (auto const &c : cases) {
+        device::Shell(std::string("rm -f ") + firmwareStatus + ' ' + firmwareLock);
+        if (c.line)
+            device::WriteFile(firmwareStatus, c.line);
+        EXPECT_EQ(status(), c.finished == failed ? failed : Result(c.finished));
+
+        device::HeldLock const upgrade(firmwareLock);
+        EXPECT_EQ(status(), Result(c.running));
+    }
+    device::Shell(std::string("rm -f ") + firmwareStatus + ' ' + firmwareLock);
+    device::WriteFile(firmwareStatus, std::string(300, 'x'));
+    device::HeldLock const upgrade(firmwareLock);
+    EXPECT_EQ(status(), Result('"' + std::string(99, 'x') + '"'));
+    device::Shell(std::string("rm -f ") + firmwareStatus);
+}
+
+TEST(StatusTest, WhileAnUpgradeRunsNoPageShowsItsNormalContent) {
+    Browser browser(device::address);
+    device::HeldLock const upgrade(firmwareLock);
+    for (char const *path : {"/config/", "/config/settings/about"}) {
+        std::string const body = browser.Get(path).body;
+        EXPECT_EQ(body.find("general_config"), std::string::npos) << path;
+        EXPECT_EQ(body.find("ossnav"), std::string::npos) << path;
+    }
+}
+
+TEST(StatusTest, PreparingAnUpgradeAnswersTheRawStatusOfTheCommand) {
+    Browser browser(device::address);
+    std::string const supvis = "/usr/local/bin/supvis";
+    ASSERT_EQ(device::Shell("command -v supvis"), "") << "the test puts a stand-in of its own there";
+    EXPECT_EQ(browser.Call("prepare_fw_upgrade").body, Result("32512"));
+    device::TemporaryFile const program(supvis, "#!/bin/sh\necho \"$@\" >/tmp/supvis.arguments\nexit 3\n");
+    device::Shell("chmod +x " + supvis);
+    EXPECT_EQ(browser.Call("prepare_fw_upgrade").body, Result("768"));
+    EXPECT_EQ(device::Shell("cat /tmp/supvis.arguments; rm /tmp/supvis.arguments"), "--suspend deployer\n");
+}
+
+TEST(StatusTest, ReloadsWhileABrowserPolls) {
+    std::atomic<bool> stop = false;
+    std::atomic<int> polls = 0;
+    std::thread poller([&] {
+        Browser other(device::address);
+        while (!stop) {
+            // An answer or a closed connection: never a hang, and never an error of the service.
+            Answer const answer = other.Get("/config/");
+            EXPECT_TRUE(answer.status == 200 || answer.status == 503 || answer.status == 0) << answer.status;
+            ++polls;
+        }
+    });
+    Browser browser(device::address);
+    std::string const pid = device::Shell("pidof webconfig");
+    for (int i = 0; i < 10; ++i) {
+        browser.Call("reload");
+        EXPECT_TRUE(browser.WaitUntilUp());
+    }
+    stop = true;
+    poller.join();
+    EXPECT_GE(polls, 10);
+    EXPECT_EQ(device::Shell("pidof webconfig"), pid) << "the service is rebuilt in the same process";
+    EXPECT_EQ(device::Shell("test -e /tmp/webconfig_freload_flag && echo set"), "");
+}
+
+}  // namespace pages

@@ -1,0 +1,89 @@
+#include "tests/pages/support/Browser.h"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace pages {
+
+namespace {
+
+constexpr long timeoutSeconds = 20;
+
+std::size_t Append(char *data, std::size_t size, std::size_t count, void *body) {
+    static_cast<std::string *>(body)->append(data, size * count);
+    return size * count;
+}
+
+std::string Encoded(CURL *curl, std::string const &text) {
+    char *encoded = curl_easy_escape(curl, text.data(), static_cast<int>(text.size()));
+    std::string result = encoded;
+    curl_free(encoded);
+    return result;
+}
+
+std::string TextOf(CURL *curl, CURLINFO info) {
+    char const *text = nullptr;
+    curl_easy_getinfo(curl, info, &text);
+    return text ? text : "";
+}
+
+}  // namespace
+
+Browser::Browser(std::string address)
+    : _address(std::move(address)), _curl(curl_easy_init(), &curl_easy_cleanup) {}
+
+Answer Browser::Get(std::string const &path) {
+    curl_easy_reset(_curl.get());
+    return Perform(path);
+}
+
+Answer Browser::Post(std::string const &path, Fields const &fields) {
+    std::string body;
+    for (auto const &[name, value] : fields)
+        body += (body.empty() ? "" : "&") + Encoded(_curl.get(), name) + '=' + Encoded(_curl.get(), value);
+    return Post(path, body, "application/x-www-form-urlencoded");
+}
+
+Answer Browser::Post(std::string const &path, std::string const &body, std::string const &contentType) {
+    curl_easy_reset(_curl.get());
+    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> headers(
+        curl_slist_append(nullptr, ("Content-Type: " + contentType).c_str()), &curl_slist_free_all);
+    curl_easy_setopt(_curl.get(), CURLOPT_HTTPHEADER, headers.get());
+    curl_easy_setopt(_curl.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+    curl_easy_setopt(_curl.get(), CURLOPT_COPYPOSTFIELDS, body.c_str());
+    return Perform(path);
+}
+
+Answer Browser::Call(std::string const &method, std::string const &parameters) {
+    return Post("/status/rpc", R"({"method":")" + method + R"(","params":)" + parameters + R"(,"id":1})",
+                "application/json");
+}
+
+bool Browser::WaitUntilUp(int seconds) {
+    using namespace std::chrono_literals;
+    for (int tries = seconds * 20; tries > 0; --tries) {
+        if (Get("/config/").status == 200)
+            return true;
+        std::this_thread::sleep_for(50ms);
+    }
+    return false;
+}
+
+Answer Browser::Perform(std::string const &path) {
+    Answer answer;
+    curl_easy_setopt(_curl.get(), CURLOPT_URL, (_address + path).c_str());
+    curl_easy_setopt(_curl.get(), CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(_curl.get(), CURLOPT_TIMEOUT, timeoutSeconds);
+    curl_easy_setopt(_curl.get(), CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(_curl.get(), CURLOPT_WRITEFUNCTION, &Append);
+    curl_easy_setopt(_curl.get(), CURLOPT_WRITEDATA, &answer.body);
+    if (curl_easy_perform(_curl.get()) != CURLE_OK)
+        return {};
+    curl_easy_getinfo(_curl.get(), CURLINFO_RESPONSE_CODE, &answer.status);
+    answer.contentType = TextOf(_curl.get(), CURLINFO_CONTENT_TYPE);
+    answer.location = TextOf(_curl.get(), CURLINFO_REDIRECT_URL);
+    return answer;
+}
+
+}  // namespace pages

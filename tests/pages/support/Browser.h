@@ -1,0 +1,43 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace pages {
+
+struct Answer {
+    long status = 0;  // 0: no answer
+    std::string contentType;
+    std::string location;
+    std::string body;
+};
+
+using Fields = std::vector<std::pair<std::string, std::string>>;
+
+/// An HTTP client of one server.
+class Browser {
+  public:
+    /// \a address such as "http://127.0.0.1:80".
+    explicit Browser(std::string address);
+
+    Answer Get(std::string const &path);
+    Answer Post(std::string const &path, Fields const &fields);
+    Answer Post(std::string const &path, std::string const &body, std::string const &contentType);
+    /// Calls a status method; \a parameters is the text of a JSON array.
+    Answer Call(std::string const &method, std::string const &parameters = "[]");
+
+    /// Waits up to \a seconds until the server answers; false where it does not.
+    bool WaitUntilUp(int seconds = 10);
+
+  private:
+    Answer Perform(std::string const &path);
+
+    std::string _address;
+    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> _curl;
+};
+
+}  // namespace pages

@@ -1,0 +1,156 @@
+#include "tests/pages/support/Device.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <thread>
+#include <utility>
+
+namespace pages::device {
+
+namespace {
+
+constexpr char webconfig[] = "/usr/sbin/webconfig";
+
+bool WaitUntil(int seconds, std::function<bool()> const &condition) {
+    using namespace std::chrono_literals;
+    for (int tries = seconds * 50; tries > 0; --tries) {
+        if (condition())
+            return true;
+        std::this_thread::sleep_for(20ms);
+    }
+    return condition();
+}
+
+}  // namespace
+
+std::string Shell(std::string const &command) {
+    std::string output;
+    FILE *pipe = popen(command.c_str(), "r");
+    for (int c; (c = std::fgetc(pipe)) != EOF;)
+        output += static_cast<char>(c);
+    pclose(pipe);
+    return output;
+}
+
+void WriteFile(std::string const &path, std::string const &text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string ReadFile(std::string const &path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool WaitForText(std::string const &path, std::string const &text, int seconds) {
+    return WaitUntil(seconds, [&] { return ReadFile(path).find(text) != std::string::npos; });
+}
+
+TemporaryFile::TemporaryFile(std::string path, std::string const &text) : _path(std::move(path)) {
+    WriteFile(_path, text);
+}
+
+TemporaryFile::~TemporaryFile() {
+    std::filesystem::remove(_path);
+}
+
+HeldLock::HeldLock(std::string const &path) {
+    int ready[2];
+    if (pipe(ready) != 0)
+        return;
+    _holder = fork();
+    if (_holder == 0) {
+        int const file = open(path.c_str(), O_RDWR | O_CREAT, 0666);
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        if (fcntl(file, F_SETLK, &lock) != 0 || write(ready[1], "", 1) != 1)
+            _exit(1);
+        for (;;)
+            pause();
+    }
+    close(ready[1]);
+    char locked = 0;
+    EXPECT_EQ(read(ready[0], &locked, 1), 1) << "cannot lock " << path;
+    close(ready[0]);
+}
+
+void HeldLock::Release() {
+    if (_holder <= 0)
+        return;
+    kill(_holder, SIGKILL);
+    waitpid(_holder, nullptr, 0);
+    _holder = -1;
+}
+
+Process::Process(std::string const &configuration, std::vector<std::string> const &environment) {
+    char folder[] = "/tmp/webconfig-test-XXXXXX";
+    _folder = mkdtemp(folder);
+    WriteFile(_folder + "/webconfig.json", configuration);
+    std::string const file = _folder + "/webconfig.json";
+    std::string const log = _folder + "/log";
+    _pid = fork();
+    if (_pid == 0) {
+        for (auto const &setting : environment)
+            putenv(const_cast<char *>(setting.c_str()));
+        int const output = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+        dup2(output, STDERR_FILENO);
+        execl(webconfig, webconfig, "-c", file.c_str(), nullptr);
+        _exit(127);
+    }
+}
+
+Process::~Process() {
+    if (Wait(0) == -1) {
+        kill(_pid, SIGKILL);
+        Wait();
+    }
+    std::filesystem::remove_all(_folder);
+}
+
+void Process::Signal(int number) {
+    kill(_pid, number);
+}
+
+int Process::Wait(int seconds) {
+    WaitUntil(seconds, [this] {
+        int status = 0;
+        if (_status == -1 && waitpid(_pid, &status, WNOHANG) == _pid)
+            _status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+        return _status != -1;
+    });
+    return _status;
+}
+
+std::string Process::Log() const {
+    return ReadFile(_folder + "/log");
+}
+
+bool Process::WaitForLog(std::string const &text, int seconds) const {
+    return WaitForText(_folder + "/log", text, seconds);
+}
+
+std::string Configuration(int port, std::string const &without) {
+    std::string roots;
+    for (auto const &[key, value] : {std::pair{"sync", "config"}, {"async", "status"}, {"rpc", "rpc"}}) {
+        if (key != without)
+            roots += std::string(roots.empty() ? "" : ",") + '"' + key + "\":\"" + value + '"';
+    }
+    return R"({"service":{"api":"http","ip":"127.0.0.1","port":)" + std::to_string(port) +
+           R"(,"worker_threads":3},"localization":{"locales":["C.UTF-8"]},)"
+           R"("logging":{"level":"debug","stderr":true},"views":{"default_skin":"webconfig"},)"
+           R"("webconfig":{"root":{)" +
+           roots + R"(},"media_root":"media","media_directory":"/var/www/webconfig/media"}})";
+}
+
+}  // namespace pages::device

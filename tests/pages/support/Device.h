@@ -1,0 +1,78 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/pages/support/Browser.h"
+
+/// The device that the tests run in. They are started inside it, so that files, programs and the
+/// parameter store are the device's own.
+namespace pages::device {
+
+/// Address of the web server as seen from inside.
+inline constexpr char address[] = "http://127.0.0.1";
+
+/// Standard output of a shell command.
+std::string Shell(std::string const &command);
+
+void WriteFile(std::string const &path, std::string const &text);
+std::string ReadFile(std::string const &path);
+/// Waits until \a path contains \a text, up to \a seconds.
+bool WaitForText(std::string const &path, std::string const &text, int seconds = 10);
+
+/// A file that is there as long as the object.
+class TemporaryFile {
+  public:
+    TemporaryFile(std::string path, std::string const &text = "");
+    ~TemporaryFile();
+    TemporaryFile(TemporaryFile const &) = delete;
+    TemporaryFile &operator=(TemporaryFile const &) = delete;
+
+  private:
+    std::string _path;
+};
+
+/// A write lock on a file, held by a process of its own, as the firmware tool holds its lock.
+class HeldLock {
+  public:
+    explicit HeldLock(std::string const &path);
+    ~HeldLock() { Release(); }
+    HeldLock(HeldLock const &) = delete;
+    HeldLock &operator=(HeldLock const &) = delete;
+
+    void Release();
+
+  private:
+    pid_t _holder = -1;
+};
+
+/// A webconfig process of the test's own, beside the device's, with the built-in HTTP server.
+class Process {
+  public:
+    /// \a configuration is the text of its configuration file; \a environment are NAME=VALUE settings.
+    explicit Process(std::string const &configuration, std::vector<std::string> const &environment = {});
+    ~Process();
+    Process(Process const &) = delete;
+    Process &operator=(Process const &) = delete;
+
+    void Signal(int number);
+    /// Waits up to \a seconds for the end; the exit status, or -1 while it runs, or 1000 + signal number.
+    int Wait(int seconds = 15);
+    pid_t Pid() const { return _pid; }
+    /// What it has written to standard error, where its configuration sends the log.
+    std::string Log() const;
+    bool WaitForLog(std::string const &text, int seconds = 10) const;
+
+  private:
+    std::string _folder;
+    pid_t _pid = -1;
+    int _status = -1;
+};
+
+/// A configuration with the built-in server on \a port and the log at level debug on standard error.
+/// \a without names one "webconfig.root" key to leave out.
+std::string Configuration(int port, std::string const &without = "");
+
+}  // namespace pages::device

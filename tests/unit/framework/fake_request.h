@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cppcms/http_context.h>
+#include <cppcms/http_response.h>
+#include <cppcms/service.h>
+#include <fcntl.h>
+
+#include <memory>
+#include <string>
+
+#include "fronts/connection.h"
+#include "http/body_reader.h"
+#include "http/environment.h"
+
+/// What a test's client sends.
+struct FakeInput {
+    std::string method = "POST";
+    std::string query = {};
+    std::string content_type = "application/x-www-form-urlencoded";
+    std::string body = {};
+};
+
+/// A request without a client, and the response that was written to it.
+class FakeRequest {
+  public:
+    FakeRequest(cppcms::service &service, FakeInput const &input) : answer_(std::make_shared<std::string>()) {
+        cppcms::impl::environment variables;
+        variables.add("REQUEST_METHOD", input.method);
+        variables.add("QUERY_STRING", input.query);
+        variables.add("CONTENT_TYPE", input.content_type);
+        variables.add("CONTENT_LENGTH", std::to_string(input.body.size()));
+        auto connection = std::make_unique<Connection>(input.body, answer_);
+        context_ =
+            std::make_shared<cppcms::http::context>(service, std::move(connection), std::move(variables));
+        context_->load();
+    }
+
+    cppcms::http::context &context() { return *context_; }
+    std::shared_ptr<cppcms::http::context> shared_context() { return context_; }
+
+    /// What was sent so far.
+    std::string const &Sent() const { return *answer_; }
+
+    /// Ends the response; the header lines, an empty line and the body.
+    std::string Answer() {
+        context_->response().finalize();
+        return *answer_;
+    }
+
+  private:
+    class Connection : public cppcms::impl::connection {
+      public:
+        Connection(std::string const &body, std::shared_ptr<std::string> const &answer)
+            : connection(open("/dev/null", O_RDWR | O_CLOEXEC), Registry()), body_(body), answer_(answer) {}
+
+        head read_head(cppcms::impl::environment &) override { return head::closed; }
+        std::size_t read(char *buffer, std::size_t size) override {
+            auto const count = body_.copy(buffer, size);
+            body_.erase(0, count);
+            return count;
+        }
+        bool write(std::string_view first, std::string_view second, chunk) override {
+            answer_->append(first).append(second);
+            return true;
+        }
+        bool finish() override { return false; }
+        int idle_limit() const override { return 0; }
+
+      private:
+        static cppcms::impl::connection_registry &Registry() {
+            static cppcms::impl::connection_registry registry;
+            return registry;
+        }
+
+        std::string body_;
+        std::shared_ptr<std::string> answer_;
+    };
+
+    std::shared_ptr<std::string> answer_;
+    std::shared_ptr<cppcms::http::context> context_;
+};

@@ -1,0 +1,240 @@
+#include <booster/log.h>
+#include <cppcms/application.h>
+#include <cppcms/cppcms_error.h>
+#include <cppcms/json.h>
+#include <cppcms/service.h>
+#include <cppcms/url_dispatcher.h>
+#include <cppcms/url_mapper.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+constexpr char invalidUrl[] = "/this_is_an_invalid_url_generated_by_url_mapper";
+
+cppcms::json::value Settings(bool throws) {
+    cppcms::json::value settings;
+    settings["misc"]["invalid_url_throws"] = throws;
+    return settings;
+}
+
+/// Records what its dispatcher calls.
+class Recorder : public cppcms::application {
+  public:
+    using application::application;
+
+    void Handler() { calls += "handler "; }
+    void One(std::string text) { calls += "one(" + text + ") "; }
+    void Two(std::string a, std::string b) { calls += "two(" + a + ',' + b + ") "; }
+    void Throwing() { throw std::runtime_error("handler failed"); }
+    void init() override { calls += "init "; }
+    void clear() override { calls += "clear "; }
+
+    std::string calls;
+};
+
+/// An application that is reached by mount: it records the URL that it is given.
+class Mounted : public cppcms::application {
+  public:
+    using application::application;
+    void main(std::string url) override { url_ = "[" + url + "]"; }
+    std::string Taken() { return std::exchange(url_, ""); }
+
+  private:
+    std::string url_;
+};
+
+class UrlTest : public testing::Test {
+  protected:
+    std::string Mapped(cppcms::application &app, std::string const &key) {
+        std::ostringstream out;
+        app.mapper().map(out, key);
+        return out.str();
+    }
+
+    cppcms::service service{Settings(true)};
+};
+
+TEST_F(UrlTest, FirstRuleThatMatchesTheWholeUrlWins) {
+    Recorder app(service);
+    app.dispatcher().assign("/?", &Recorder::Handler, &app);
+    app.dispatcher().assign("/(a|ab)(c)?", &Recorder::Two, &app, 1, 2);
+    app.dispatcher().assign("/a.*", &Recorder::One, &app, 0);
+    app.dispatcher().assign("", &Recorder::Handler, &app);
+
+    struct {
+        char const *url;
+        char const *calls;
+    } const cases[] = {
+        {"", "init handler clear "},
+        {"/", "init handler clear "},
+        {"//", ""},
+        {"/ab", "init two(ab,) clear "},
+        {"/ac", "init two(a,c) clear "},
+        {"/abcd", "init one(/abcd) clear "},
+        {"x/a", ""},
+        {"/a\n", ""},
+    };
+    for (auto const &c : cases) {
+        app.calls.clear();
+        EXPECT_EQ(app.dispatcher().dispatch(c.url), *c.calls != '\0') << c.url;
+        EXPECT_EQ(app.calls, c.calls) << c.url;
+    }
+}
+
+TEST_F(UrlTest, ClearRunsAfterAHandlerThatThrows) {
+    Recorder app(service);
+    app.dispatcher().assign("/x", &Recorder::Throwing, &app);
+    EXPECT_THROW(app.dispatcher().dispatch("/x"), std::runtime_error);
+    EXPECT_EQ(app.calls, "init clear ");
+}
+
+/// The page applications' rules: settings end after three segments, networks after one.
+TEST_F(UrlTest, MountedApplicationsGetTheirPartOfTheUrl) {
+    cppcms::application root(service);
+    auto *settings = new Mounted(service);
+    auto *network = new Mounted(service);
+    auto *serviceApp = new Mounted(service);
+    root.attach(settings, "settings", "/settings{1}", "/settings((?:/[^/]*){0,3}$)", 1);
+    root.attach(network, "network", "/network{1}", "/network(/[^/]*$)?", 1);
+    root.attach(serviceApp, "service", "/service{1}", "/service(/(.*))?", 1);
+
+    struct {
+        char const *url;
+        Mounted *app;  // null: no rule matches
+        char const *part;
+    } const cases[] = {
+        {"/settings", settings, "[]"},
+        {"/settings/", settings, "[/]"},
+        {"/settings/reboot", settings, "[/reboot]"},
+        {"/settings/a/b/c", settings, "[/a/b/c]"},
+        {"/settings/a/b/c/d", nullptr, ""},
+        {"/settingsX", nullptr, ""},
+        {"/network", network, "[]"},
+        {"/network/", network, "[/]"},
+        {"/network/ntp", network, "[/ntp]"},
+        {"/network/a/b", nullptr, ""},
+        {"/service/a/b/c/d/e", serviceApp, "[/a/b/c/d/e]"},
+        {"//", nullptr, ""},
+    };
+    for (auto const &c : cases) {
+        EXPECT_EQ(root.dispatcher().dispatch(c.url), c.app != nullptr) << c.url;
+        if (c.app)
+            EXPECT_EQ(c.app->Taken(), c.part) << c.url;
+    }
+}
+
+TEST_F(UrlTest, KeysAreLookedUpFromTheTopFromHereAndFromTheParent) {
+    cppcms::application root(service);
+    root.mapper().root("/config");
+    auto *settings = new cppcms::application(service);
+    auto *network = new cppcms::application(service);
+    root.attach(settings, "settings", "/settings{1}");
+    root.attach(network, "network", "/network{1}");
+    settings->mapper().assign("");
+    settings->mapper().assign("general", "/general");
+    settings->mapper().assign("about", "/about");
+    settings->mapper().assign("about", "/about/{1}/{2}");
+    settings->mapper().assign("lang", "/{language}/{1}");
+    settings->mapper().assign("one", "/one/{1}");
+    network->mapper().assign("general", "/general");
+
+    struct {
+        cppcms::application *app;
+        char const *key;
+        char const *url;
+    } const found[] = {
+        {&root, "/settings/general", "/config/settings/general"},
+        {settings, "/settings/general", "/config/settings/general"},
+        {&root, "settings/general", "/config/settings/general"},
+        {settings, "general", "/config/settings/general"},
+        {settings, "./general", "/config/settings/general"},
+        {&root, "/settings", "/config/settings"},
+        {&root, "/settings/", "/config/settings"},
+        {settings, "", "/config/settings"},
+        {settings, ".", "/config/settings"},
+        {settings, "../settings", "/config/settings"},
+        {settings, "../network/general", "/config/network/general"},
+    };
+    for (auto const &c : found)
+        EXPECT_EQ(Mapped(*c.app, c.key), c.url) << c.key;
+
+    struct {
+        char const *key;
+        char const *error;
+    } const failing[] = {
+        {"", "url_mapper: key `' not found for url `/'"},
+        {"/", "url_mapper: key `' not found for url `/'"},
+        {".", "url_mapper: key `' not found for url `/'"},
+        {"..", "url_mapper: no parent found"},
+        {"/nokey", "url_mapper: key `nokey' not found for url `/nokey'"},
+        {"/nochild/x", "url_mapper: key `nochild' not found for url `/nochild/x'"},
+        {"/settings/one", "url_mapper: invalid number of parameters for onein url `/settings/one'"},
+        {"/settings/general/x",
+         "url_mapper: invalid number of parameters for generalin url `/settings/general/x'"},
+    };
+    for (auto const &c : failing) {
+        try {
+            Mapped(root, c.key);
+            ADD_FAILURE() << c.key << " was mapped";
+        } catch (cppcms::cppcms_error const &error) {
+            EXPECT_STREQ(error.what(), c.error) << c.key;
+        }
+    }
+
+    std::ostringstream out;
+    root.mapper().map(out, "/settings/about", "a b", 7);
+    root.mapper().set_value("language", "de");
+    root.mapper().map(out, "/settings/lang", "x");
+    root.mapper().map(out, "/settings/lang;language", "fr", "y");
+    EXPECT_EQ(out.str(), "/config/settings/about/a b/7/config/settings/de/x/config/settings/fr/y");
+}
+
+TEST_F(UrlTest, MistakesInAMapThrow) {
+    cppcms::application app(service);
+    app.mapper().assign("used", "/used");
+    for (char const *key : {"", ".", "..", "a/b", "a;b", "a,b"})
+        EXPECT_THROW(app.mapper().assign(key, "/x"), cppcms::cppcms_error) << key;
+    for (char const *url : {"/{1", "/1}", "/{}", "/{0}", "/{99999999999999999999}"})
+        EXPECT_THROW(app.mapper().assign("key", url), cppcms::cppcms_error) << url;
+    cppcms::application child(service);
+    EXPECT_THROW(app.mapper().mount("child", "/x", child), cppcms::cppcms_error);
+    EXPECT_THROW(app.mapper().mount("child", "/x{2}", child), cppcms::cppcms_error);
+    EXPECT_THROW(app.mapper().mount("used", "/x{1}", child), cppcms::cppcms_error);
+}
+
+TEST(UrlErrorTest, FailedMappingIsLoggedAndGivesTheInvalidUrl) {
+    cppcms::service service(Settings(false));
+    booster::log::logger::instance().remove_all_sinks();
+    std::ostringstream log;
+    booster::log::logger::instance().add_sink(std::make_shared<booster::log::sinks::stream>(log));
+
+    cppcms::application app(service);
+    std::ostringstream out;
+    app.mapper().map(out, "/nokey");
+    EXPECT_EQ(out.str(), invalidUrl);
+    EXPECT_NE(log.str().find("cppcms, error: url_mapper: key `nokey' not found"), std::string::npos)
+        << log.str();
+    booster::log::logger::instance().remove_all_sinks();
+}
+
+TEST(IntrusiveTest, TheLastReferenceDeletesTheTreeAndReferencesCountAtTheRoot) {
+    struct Counted : public cppcms::application {
+        Counted(cppcms::service &s, int &gone) : application(s), gone_(gone) {}
+        ~Counted() override { ++gone_; }
+        int &gone_;
+    };
+    cppcms::service service(Settings(true));
+    int gone = 0;
+    booster::intrusive_ptr<cppcms::application> root(new Counted(service, gone));
+    auto *child = new Counted(service, gone);
+    root->attach(child);
+    booster::intrusive_ptr<cppcms::application> childReference(child);
+    root = nullptr;
+    EXPECT_EQ(gone, 0);
+    childReference = nullptr;
+    EXPECT_EQ(gone, 2);
+}
+
+}  // namespace

@@ -1,0 +1,147 @@
+#include <gtest/gtest.h>
+#include <prm/prmlib.h>
+#include <sys/stat.h>
+#include <vnt_util/system.h>
+
+#include "tests/unit/platform/TemporaryFolder.h"
+
+namespace {
+
+struct Outcome {
+    int code;
+    std::string output;  // standard output, then standard error
+};
+
+/// Runs the tool, whose path the build gives, on a store of its own.
+class PrmTool : public testing::Test {
+  public:
+    PrmTool() { UseStore("prm.db"); }
+    ~PrmTool() override { ::unsetenv("PRM_STORE"); }
+
+  protected:
+    void UseStore(std::string const &name) { ::setenv("PRM_STORE", (folder / name).c_str(), 1); }
+
+    Outcome Run(std::string const &arguments) {
+        std::string output;
+        int const code = vnt_util::system::exec(PRM_TOOL " 2>&1 " + arguments, output);
+        return {code, output};
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(PrmTool, CommandsAnswerAsDocumented) {
+    folder.File("ca.pem", "secret");
+    std::string const file = folder / "ca.pem";
+    // In this order: each line works on what the ones before have left.
+    struct {
+        std::string arguments;
+        int code;
+        std::string output;
+    } const cases[] = {
+        {"set /net/hostname 'field box'", 0, ""},
+        {"get net/hostname", 0, "field box\n"},
+        {"get net/none", 1, "prm: net/none: no such parameter\n"},
+        {"set -t int net/mtu 0150", 0, ""},
+        {"set net/mtu 1400x", 1,
+         "prm: net/mtu: '1400x' is not an int, the type of this parameter (-t changes it)\n"},
+        {"set net/mtu -5", 0, ""},
+        {"set -t float gain 0.50", 0, ""},
+        {"set -t int gain 1.5", 1, "prm: gain: '1.5' is not an int\n"},
+        {"addfile net/ca " + file + " 0640", 0, ""},
+        {"addfile net/ca " + file + " 99", 2,
+         "prm: the mode is an octal number such as 0644\nTry 'prm --help'.\n"},
+        {"addfile net/ca /none", 1, "prm: /none: not a readable file of at most 4 MiB\n"},
+        {"list", 0, "gain\nnet/ca\nnet/hostname\nnet/mtu\n"},
+        {"export net/", 0,
+         "\"net/ca\",\"secret\", file 0640\n\"net/hostname\",\"field box\", s\n\"net/mtu\",\"-5\", i\n"},
+        {"del /net", 0, ""},
+        {"del /net", 1, "prm: /net: no such parameter\n"},
+        {"export", 0, "\"gain\",\"0.5\", f\n"},
+        {"get ''", 1, "prm: '' is not a key\n"},
+        {"get", 2, "prm: wrong number of arguments for get\nTry 'prm --help'.\n"},
+        {"set -t text a b", 2, "prm: the type is int, float or string\nTry 'prm --help'.\n"},
+        {"frob", 2, "prm: there is no command 'frob'\nTry 'prm --help'.\n"},
+        {"", 2, "prm: which command?\nTry 'prm --help'.\n"},
+        {"list > /dev/full", 1, "prm: cannot write the output\n"},
+    };
+    for (auto const &expected : cases) {
+        Outcome const outcome = Run(expected.arguments);
+        EXPECT_EQ(outcome.code, expected.code) << expected.arguments;
+        EXPECT_EQ(outcome.output, expected.output) << expected.arguments;
+    }
+    EXPECT_EQ(Run("--help").code, 0);
+}
+
+TEST_F(PrmTool, ExportAndImportKeepEveryByteTypeAndMode) {
+    std::string bytes;
+    for (int byte = 0; byte < 256; ++byte)
+        bytes += static_cast<char>(byte);
+    bytes += "\"\\\\n\", s\n# no comment\n";
+    {
+        cPrmLib client(static_cast<PRM_CLIENT_ID_T>(1));
+        client.setPar("all \"bytes\\", bytes);
+        client.setPar("int", -1);
+        client.setPar("float", 1e-30f);
+        client.setPar("empty", "");
+        client.addFile("file", folder.File("binary", bytes).c_str(), 0604);
+    }
+    std::string const dump = folder / "dump";
+    ASSERT_EQ(Run("export > " + dump).code, 0);
+    UseStore("copy.db");
+    ASSERT_EQ(Run("import " + dump).code, 0);
+    EXPECT_EQ(Run("export").output, ContentOf(dump));
+
+    std::string const written = folder / "written";
+    ASSERT_EQ(Run("getfile file " + written).code, 0);
+    EXPECT_EQ(ContentOf(written), bytes);
+    struct stat info {};
+    ASSERT_EQ(::stat(written.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0604u);
+}
+
+TEST_F(PrmTool, ImportTakesAllLinesOrNone) {
+    EXPECT_EQ(
+        Run("import < " + folder.File("good", "# comment\r\n\n  \"a\" , \"1\",i\r\n\"b\",\"\\x41\", s")).code,
+        0);
+    EXPECT_EQ(Run("export").output, "\"a\",\"1\", i\n\"b\",\"A\", s\n");
+    struct {
+        std::string line;
+        std::string reason;
+    } const cases[] = {
+        {"\"k\",\"v\", x", "expected the type: i, f, s or file MODE"},
+        {"\"k\",\"v\"", "expected ,"},
+        {"k,\"v\", s", "expected the key in double quotes"},
+        {"\"k\",v, s", "expected the value in double quotes"},
+        {"\"k\",\"v, s", "the closing quote is missing"},
+        {"\"k\",\"\\q\", s", "unknown escape after \\"},
+        {"\"k\",\"\\x4\", s", "unknown escape after \\"},
+        {"\"k\",\"\\x-1\", s", "unknown escape after \\"},
+        {"\"k\",\"v\", i", "'v' is not a value of its type"},
+        {"\"k\",\"v\", file 9", "the file mode is no octal number up to 7777"},
+        {"\"k\",\"v\", file 10000", "the file mode is no octal number up to 7777"},
+        {"\"/\",\"v\", s", "'/' is not a key"},
+    };
+    for (auto const &bad : cases) {
+        std::string const file = folder.File("bad", "\"new\",\"1\", s\n" + bad.line + '\n');
+        Outcome const outcome = Run("import " + file);
+        EXPECT_EQ(outcome.code, 1);
+        EXPECT_EQ(outcome.output, "prm: " + file + ": line 2: " + bad.reason + '\n');
+    }
+    EXPECT_EQ(Run("get new").code, 1);
+    EXPECT_EQ(Run("import " + (folder / "none")).code, 1);
+    EXPECT_EQ(Run("import " + (folder / ".")).code, 1);
+}
+
+TEST_F(PrmTool, AnUnusableStoreIsTold) {
+    ::setenv("PRM_STORE", "/proc/none/prm.db", 1);
+    for (char const *arguments : {"get k", "set k v", "del k", "list", "export"}) {
+        Outcome const outcome = Run(arguments);
+        EXPECT_EQ(outcome.code, 1) << arguments;
+        EXPECT_EQ(outcome.output,
+                  "prm: parameter store /proc/none/prm.db cannot be used: unable to open database file\n")
+            << arguments;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,365 @@
+#include <gtest/gtest.h>
+#include <prm/prmlib.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <climits>
+#include <cmath>
+#include <csignal>
+#include <thread>
+#include <vector>
+
+#include "Store.h"
+#include "tests/unit/platform/TemporaryFolder.h"
+
+namespace {
+
+constexpr auto webClient = static_cast<PRM_CLIENT_ID_T>(3);
+constexpr auto otherClient = static_cast<PRM_CLIENT_ID_T>(24);
+
+enum Code { Ok = 0, NotFound = 1, Invalid = 2, Unavailable = 3 };
+
+class PrmLib : public testing::Test {
+  public:
+    ~PrmLib() override { ::unsetenv("PRM_STORE"); }
+
+  protected:
+    std::string Text(char const *key) {
+        std::string value = "(none)";
+        client.getPar(key, value);
+        return value;
+    }
+
+    std::vector<std::string> List(char const *prefix) {
+        std::vector<std::string> names;
+        std::array<char, 128> name{};
+        client.getList(prefix, 0);
+        while (client.getNext(name.data(), 0) == Ok)
+            names.emplace_back(name.data());
+        return names;
+    }
+
+    TemporaryFolder folder;
+    std::string path = folder / "folder/prm.db";
+    int const named = ::setenv("PRM_STORE", path.c_str(), 1);  // before the client asks for it
+    cPrmLib client{webClient};
+};
+
+TEST_F(PrmLib, ValuesKeepTypeAndTextOfWhatWasSet) {
+    EXPECT_EQ(client.setPar("i", INT_MIN), Ok);
+    EXPECT_EQ(client.setPar("f", 0.1f), Ok);
+    EXPECT_EQ(client.setPar("s", std::string("a\0\"\n\xff", 5)), Ok);
+    EXPECT_EQ(client.setPar("c", "text"), Ok);
+    EXPECT_EQ(client.setPar("e", std::string()), Ok);
+
+    struct {
+        char const *key;
+        std::string text;
+        int type;
+    } const cases[] = {{"i", "-2147483648", 0},
+                       {"f", "0.1", 1},
+                       {"s", std::string("a\0\"\n\xff", 5), 2},
+                       {"c", "text", 2},
+                       {"e", "", 2}};
+    for (auto const &expected : cases) {
+        std::string text = "(none)";
+        auto type = static_cast<PRM_PAR_T>(3);
+        EXPECT_EQ(client.getPar(expected.key, text, &type), Ok) << expected.key;
+        EXPECT_EQ(text, expected.text);
+        EXPECT_EQ(static_cast<int>(type), expected.type) << expected.key;
+    }
+}
+
+TEST_F(PrmLib, NumbersAreReadFromAnyValueThatIsOne) {
+    struct {
+        char const *stored;
+        int code;
+        int number;
+    } const cases[] = {{"42", Ok, 42},
+                       {"-7.9", Ok, -7},
+                       {"1e3", Ok, 1000},
+                       {"2147483648", Invalid, 5},
+                       {"-2147483648", Ok, INT_MIN},
+                       {"nan", Invalid, 5},
+                       {"4 2", Invalid, 5},
+                       {"", Invalid, 5}};
+    for (auto const &expected : cases) {
+        client.setPar("n", expected.stored);
+        int number = 5;
+        EXPECT_EQ(client.getPar("n", &number), expected.code) << expected.stored;
+        EXPECT_EQ(number, expected.number) << expected.stored;
+    }
+    float real = 0;
+    client.setPar("n", 0.3f);
+    EXPECT_EQ(client.getPar("n", &real), Ok);
+    EXPECT_EQ(real, 0.3f);
+    client.setPar("n", 7);
+    EXPECT_EQ(client.getPar("n", &real), Ok);
+    EXPECT_EQ(real, 7.0f);
+}
+
+TEST_F(PrmLib, KeysAreNormalizedAndChecked) {
+    EXPECT_EQ(client.setPar("//net/hostname", "box"), Ok);
+    EXPECT_EQ(Text("net/hostname"), "box");
+    EXPECT_EQ(Text("/net/hostname"), "box");
+    EXPECT_EQ(client.delPar("/net/hostname"), Ok);
+    EXPECT_EQ(client.delPar("net/hostname"), NotFound);
+
+    std::string value = "kept";
+    EXPECT_EQ(client.getPar("net/hostname", value), NotFound);
+    for (std::string const &key :
+         {std::string(), std::string("/"), std::string("a\nb"), std::string(1024, 'k')})
+        EXPECT_EQ(client.setPar(key.c_str(), 1), Invalid) << key;
+    EXPECT_EQ(client.getPar(nullptr, value), Invalid);
+    EXPECT_EQ(value, "kept");
+}
+
+TEST_F(PrmLib, TextGoesIntoACallersBuffer) {
+    std::array<char, 8> buffer{"?"};
+    EXPECT_EQ(client.getPar("k", buffer.data()), NotFound);
+    EXPECT_STREQ(buffer.data(), "?");
+    client.setPar("k", "1234567");
+    EXPECT_EQ(client.getPar("k", buffer.data()), Ok);
+    EXPECT_STREQ(buffer.data(), "1234567");
+}
+
+TEST_F(PrmLib, DeletingAKeyLeavesTheKeysBelowIt) {
+    client.setPar("a", 1);
+    client.setPar("a/b", 2);
+    EXPECT_EQ(client.delPar("a"), Ok);
+    EXPECT_EQ(List(""), std::vector<std::string>({"a/b"}));
+}
+
+TEST_F(PrmLib, FilesAreStoredByContent) {
+    std::string const content("client\0\n", 8);
+    std::string const file = folder.File("client.ovpn", content);
+    EXPECT_EQ(client.addFile("f", file.c_str(), 0666), Ok);
+    std::filesystem::remove(file);
+    std::string text;
+    auto type = static_cast<PRM_PAR_T>(3);
+    EXPECT_EQ(client.getPar("f", text, &type), Ok);
+    EXPECT_EQ(text, content);
+    EXPECT_EQ(type, PRM_PAR_FILE);
+
+    std::string const pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::string const large = folder.File("large", std::string(prm::maxFileSize + 1, 'x'));
+    for (std::string const &bad : {file, pipe, large, folder / "."})
+        EXPECT_EQ(client.addFile("f", bad.c_str(), 0666), Invalid) << bad;
+    EXPECT_EQ(Text("f"), content);
+}
+
+TEST_F(PrmLib, ListComesInByteOrderWithoutNamesThatDoNotFit) {
+    std::string const fits = "p/" + std::string(125, 'x');
+    for (std::string const &key : {std::string("p/b"), std::string("p/B"), std::string("p"), fits, fits + 'x',
+                                   std::string("p/\xff"), std::string("q"), std::string("o")})
+        client.setPar(key.c_str(), 1);
+    EXPECT_EQ(List("p/"), std::vector<std::string>({"p/B", "p/b", fits, "p/\xff"}));
+    EXPECT_EQ(List("/p/b"), std::vector<std::string>({"p/b"}));
+    EXPECT_EQ(List("").size(), 7u);
+    EXPECT_TRUE(List("none").empty());
+}
+
+TEST_F(PrmLib, ListSurvivesChangesWhileItRuns) {
+    for (char const *key : {"a", "b", "c"})
+        client.setPar(key, 1);
+    std::array<char, 128> name{};
+    client.getList("", 0);
+    client.getNext(name.data(), 0);
+    client.delPar("a");
+    client.delPar("b");
+    EXPECT_EQ(client.getNext(name.data(), 0), Ok);
+    EXPECT_STREQ(name.data(), "c");
+    EXPECT_NE(client.getNext(name.data(), 0), Ok);
+}
+
+TEST_F(PrmLib, WritesOfAnotherClientAreSeenAfterAFlush) {
+    client.setPar("k", "old");
+    EXPECT_EQ(Text("k"), "old");
+    cPrmLib other(otherClient);
+    other.setPar("k", "new");
+    client.FlushReadCache();
+    EXPECT_EQ(Text("k"), "new");
+}
+
+TEST_F(PrmLib, StoreIsReadableByItsOwnerOnly) {
+    client.setPar("k", "secret");
+    for (auto const &entry : std::filesystem::directory_iterator(std::filesystem::path(path).parent_path())) {
+        struct stat info {};
+        ASSERT_EQ(::stat(entry.path().c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 0777, 0600u) << entry.path();
+    }
+}
+
+TEST_F(PrmLib, ThreadsMayShareAClient) {
+    std::vector<std::thread> threads;
+    threads.reserve(4);
+    for (int n = 0; n < 4; ++n) {
+        threads.emplace_back([this, n] {
+            std::string const key = "t/" + std::to_string(n);
+            for (int i = 0; i < 25; ++i) {
+                int value = -1;
+                EXPECT_EQ(client.setPar(key.c_str(), i), Ok);
+                EXPECT_EQ(client.getPar(key.c_str(), &value), Ok);
+                EXPECT_EQ(value, i);
+            }
+        });
+    }
+    for (auto &thread : threads)
+        thread.join();
+}
+
+/// Runs \a work in a process of its own, which exits with what it returns.
+template <typename Work>
+pid_t Start(Work work) {
+    pid_t const pid = ::fork();
+    if (pid == 0)
+        ::_exit(work());
+    return pid;
+}
+
+int ExitCode(pid_t pid) {
+    int status = -1;
+    ::waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(PrmLib, ProcessesThatStartTogetherLoseNoWrite) {
+    constexpr int processes = 4;
+    constexpr int writes = 20;
+    std::vector<pid_t> children;
+    children.reserve(processes);
+    for (int n = 0; n < processes; ++n) {
+        children.push_back(Start([n] {
+            cPrmLib own(otherClient);
+            int failures = 0;
+            for (int i = 0; i < writes; ++i)
+                failures += own.setPar(("p/" + std::to_string(n) + '/' + std::to_string(i)).c_str(), i) != Ok;
+            return failures;
+        }));
+    }
+    for (pid_t const child : children)
+        EXPECT_EQ(ExitCode(child), 0);
+    EXPECT_EQ(List("p/").size(), static_cast<std::size_t>(processes * writes));
+}
+
+TEST_F(PrmLib, AKilledWriterLeavesTheLastAcknowledgedValue) {
+    void *const shared =
+        ::mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(shared, MAP_FAILED);
+    auto *const acknowledged = static_cast<int volatile *>(shared);
+    for (int round = 0; round < 10; ++round) {
+        *acknowledged = 0;
+        pid_t const writer = Start([acknowledged] {
+            cPrmLib own(otherClient);
+            for (int i = 1;; ++i) {
+                if (own.setPar("k", i) == Ok)
+                    *acknowledged = i;
+            }
+            return 0;
+        });
+        while (*acknowledged < 5)
+            std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::microseconds(700 * round));
+        ::kill(writer, SIGKILL);
+        ExitCode(writer);
+        int value = 0;
+        ASSERT_EQ(client.getPar("k", &value), Ok);
+        EXPECT_GE(value, *acknowledged);
+        EXPECT_LE(value, *acknowledged + 1);
+        EXPECT_EQ(client.setPar("after", round), Ok);
+    }
+    ::munmap(shared, sizeof(int));
+}
+
+TEST_F(PrmLib, AnUnusableStoreFailsEachCallAndIsPickedUpWhenRepaired) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path) << std::string(8192, 'x');
+    std::string value = "kept";
+    int number = 5;
+    std::array<char, 128> name{"kept"};
+    std::string const file = folder.File("f", "content");
+    EXPECT_EQ(client.getPar("k", value), Unavailable);
+    EXPECT_EQ(client.getPar("k", &number), Unavailable);
+    EXPECT_EQ(client.setPar("k", 1), Unavailable);
+    EXPECT_EQ(client.delPar("k"), Unavailable);
+    EXPECT_EQ(client.addFile("k", file.c_str(), 0644), Unavailable);
+    EXPECT_EQ(client.getList("", 0), Unavailable);
+    EXPECT_EQ(client.getNext(name.data(), 0), Unavailable);
+    client.FlushReadCache();
+    EXPECT_EQ(value, "kept");
+    EXPECT_EQ(number, 5);
+    EXPECT_STREQ(name.data(), "kept");
+
+    std::filesystem::remove(path);
+    EXPECT_EQ(client.setPar("k", 1), Ok);
+    EXPECT_EQ(Text("k"), "1");
+}
+
+TEST_F(PrmLib, AStoreThatWasReplacedIsNotWrittenToInVain) {
+    client.setPar("k", "old");
+    std::filesystem::remove_all(std::filesystem::path(path).parent_path());
+    EXPECT_EQ(client.setPar("k", "new"), Ok);
+    cPrmLib other(otherClient);
+    std::string value;
+    EXPECT_EQ(other.getPar("k", value), Ok);
+    EXPECT_EQ(value, "new");
+}
+
+/// Damage in the middle of a good file is met only by the reads that get there.
+TEST_F(PrmLib, ADamagedPageFailsWithoutHarm) {
+    {
+        std::vector<prm::Parameter> many(400);
+        for (std::size_t i = 0; i < many.size(); ++i)
+            many[i] = {"k" + std::to_string(i), {std::string(200, 'v')}};
+        prm::Store writer(path, [](std::string const &reason) { ADD_FAILURE() << reason; });
+        ASSERT_EQ(writer.Write(many), prm::Status::Ok);
+    }
+    {
+        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+        for (int page = 1; page < 20; ++page) {
+            file.seekp(std::streamoff{page} * 4096);
+            file << std::string(64, '\xff');
+        }
+    }
+    int failures = 0;
+    for (int i = 0; i < 400; ++i) {
+        std::string value;
+        int const code = client.getPar(("k" + std::to_string(i)).c_str(), value);
+        EXPECT_TRUE(code == Unavailable || code == NotFound || value == std::string(200, 'v')) << code;
+        failures += code != Ok;
+    }
+    EXPECT_GT(failures, 0);
+}
+
+TEST(PrmStore, TellsAReasonOnceNotPerCall) {
+    TemporaryFolder const folder;
+    std::vector<std::string> lines;
+    prm::Store store(folder.File("prm.db", std::string(4096, 'x')),
+                     [&](std::string const &reason) { lines.push_back(reason); });
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(store.Write("k", {"v"}), prm::Status::Unavailable);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find(store.Path()), std::string::npos);
+    EXPECT_NE(lines[0].find("not a database"), std::string::npos) << lines[0];
+}
+
+TEST(PrmStore, RemovesATreeAndNothingBesideIt) {
+    TemporaryFolder const folder;
+    prm::Store store(folder / "prm.db", [](std::string const &reason) { ADD_FAILURE() << reason; });
+    for (char const *key : {"x", "x/a", "x/a/b", "x.y", "x0", "xy/a", "y"})
+        store.Write(key, {"v"});
+    EXPECT_EQ(store.RemoveTree("/x/"), prm::Status::Ok);
+    EXPECT_EQ(store.RemoveTree("x"), prm::Status::NotFound);
+    EXPECT_EQ(store.RemoveTree("/"), prm::Status::Invalid);
+    std::string left;
+    store.ForEach("", [&](std::string const &key) {
+        left += key + ' ';
+        return prm::Status::Ok;
+    });
+    EXPECT_EQ(left, "x.y x0 xy/a y ");
+}
+
+}  // namespace

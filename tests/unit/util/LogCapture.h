@@ -1,0 +1,46 @@
+#pragma once
+
+#include <booster/log.h>
+#include <booster/shared_ptr.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Collects the log lines that are written while it lives, as "level: text (source)".
+class LogCapture {
+  public:
+    explicit LogCapture(booster::log::level_type level) : lines_(std::make_shared<Lines>()) {
+        logger().set_log_level(level, "webconfig");
+        logger().add_sink(lines_);
+    }
+    ~LogCapture() {
+        logger().remove_sink(lines_);
+        logger().reset_log_level("webconfig");
+    }
+    LogCapture(LogCapture const &) = delete;
+    LogCapture &operator=(LogCapture const &) = delete;
+
+    /// The lines since the last call.
+    std::vector<std::string> Take() {
+        std::lock_guard const lock(lines_->guard);
+        return std::exchange(lines_->texts, {});
+    }
+
+  private:
+    struct Lines : booster::log::sink {
+        void log(booster::log::message const &message) override {
+            std::lock_guard const lock(guard);
+            texts.push_back(booster::log::logger::level_to_string(message.level()) +
+                            (": " + message.log_message() + " (" + message.file_name() + ')'));
+        }
+        std::mutex guard;
+        std::vector<std::string> texts;
+    };
+
+    static booster::log::logger &logger() { return booster::log::logger::instance(); }
+
+    booster::shared_ptr<Lines> lines_;
+};

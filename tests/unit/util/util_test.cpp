@@ -1,0 +1,307 @@
+#include "WebApps/webconfig/util/Util.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "tests/unit/platform/SignalDisposition.h"
+#include "tests/unit/util/LogCapture.h"
+
+namespace {
+
+using namespace webconfig::util;
+namespace fs = std::filesystem;
+
+TEST(Commands, OutputIsCutAtTheMaximum) {
+    struct {
+        int printed;
+        unsigned maximum;
+        std::string output;
+    } const cases[] = {
+        {0, 10, ""},
+        {10, 10, std::string(10, 'x')},
+        {11, 10, std::string(7, 'x') + "..."},
+        {5000, 4096, std::string(4093, 'x') + "..."},
+        {4096, 4096, std::string(4096, 'x')},
+        {5000, 513, std::string(510, 'x') + "..."},
+        {10, 4, "x..."},
+        {10, 3, "xxx"},
+        {10, 0, ""},
+    };
+    for (auto const &expected : cases) {
+        std::string const command = "head -c " + std::to_string(expected.printed) + " /dev/zero | tr '\\0' x";
+        EXPECT_EQ(ShellCommand(command, expected.maximum), expected.output)
+            << expected.printed << " of " << expected.maximum;
+    }
+    EXPECT_EQ(ShellCommand("yes", 5), "y\n...");
+}
+
+TEST(Commands, StatusAndOutputComeTogether) {
+    std::string output = "old";
+    EXPECT_EQ(ShellCommand("echo out; echo err >&2; exit 4", output), 4);
+    EXPECT_EQ(output, "out\n");
+}
+
+TEST(Settings, EnvironmentWinsOverSettingsOfTheRightType) {
+    cppcms::json::value settings;
+    settings["a"]["text"] = "from settings";
+    settings["a"]["number"] = 7;
+    struct {
+        char const *environment;  // nullptr: not set
+        char const *path;
+        char const *value;
+    } const cases[] = {
+        {"from environment", "a.text", "from environment"},
+        {"", "a.text", "from settings"},
+        {nullptr, "a.text", "from settings"},
+        {nullptr, "a.number", ""},
+        {nullptr, "a", ""},
+        {nullptr, "a.none", ""},
+        {nullptr, "a.text.none", ""},
+    };
+    for (auto const &expected : cases) {
+        ::unsetenv("UTIL_TEST");
+        if (expected.environment)
+            ::setenv("UTIL_TEST", expected.environment, 1);
+        EXPECT_EQ(EnvOrSettings("UTIL_TEST", expected.path, settings), expected.value) << expected.path;
+    }
+}
+
+TEST(Strings, StripCharsKeepsTheOrderOfTheRest) {
+    EXPECT_EQ(StripChars("00:1a-2B:-", "-:"), "001a2B");
+    EXPECT_EQ(StripChars("a-b", ""), "a-b");
+    EXPECT_EQ(StripChars(std::string("a\0b", 3), std::string(1, '\0')), "ab");
+}
+
+class Files : public testing::Test {
+  public:
+    Files() {
+        for (auto const &folder : {folder_, other_}) {
+            fs::remove_all(folder);
+            fs::create_directories(folder);
+        }
+    }
+    ~Files() override {
+        fs::remove_all(folder_);
+        fs::remove_all(other_);
+    }
+
+  protected:
+    static std::string Make(fs::path const &path, std::string const &content) {
+        std::ofstream(path) << content;
+        return path;
+    }
+
+    fs::path const folder_ = "/tmp/webconfig-util-test";
+    fs::path const other_ = "/dev/shm/webconfig-util-test." + std::to_string(::getpid());
+};
+
+TEST_F(Files, MoveReplacesAlsoBetweenFileSystems) {
+    for (fs::path const &target : {folder_ / "to here", other_ / "to here"}) {
+        std::string const source = Make(folder_ / "from", "new");
+        Make(target, "old");
+        EXPECT_TRUE(MoveFile(source, target)) << target;
+        EXPECT_FALSE(FileExists(source));
+        EXPECT_EQ(FileSize(target), 3u);
+    }
+    std::string const source = Make(folder_ / "from", "kept");
+    EXPECT_FALSE(MoveFile(source, folder_ / "none/to"));
+    fs::create_directories(other_ / "taken/from");
+    EXPECT_FALSE(MoveFile(source, other_ / "taken"));  // mv would have to replace a folder
+    EXPECT_EQ(FileSize(source), 4u);
+    EXPECT_FALSE(MoveFile(folder_ / "none", folder_ / "to"));
+    EXPECT_EQ(FileSize(folder_ / "none"), 0u);
+}
+
+TEST_F(Files, MoveBetweenFileSystemsWorksWhileChildrenAreIgnored) {
+    SignalDisposition const ignored(SIGCHLD, SIG_IGN);
+    EXPECT_TRUE(MoveFile(Make(folder_ / "from", "new"), other_ / "to"));
+    EXPECT_EQ(FileSize(other_ / "to"), 3u);
+}
+
+TEST_F(Files, FindSelectsByTypeAndPattern) {
+    for (char const *name : {"a.so", "b.so", "b.txt"})
+        Make(folder_ / name, "");
+    fs::create_directory(folder_ / "d.so");
+    fs::create_symlink("a.so", folder_ / "l.so");
+    struct {
+        FindFilesType type;
+        char const *pattern;
+        std::vector<std::string> names;
+    } const cases[] = {
+        {FindFilesType::Files, "so", {"a.so", "b.so"}},
+        {FindFilesType::Files, "^(a|b)\\.so$", {"a.so", "b.so"}},
+        {FindFilesType::Directories, ".*", {"d.so"}},
+        {FindFilesType::All, "", {".", "..", "a.so", "b.so", "b.txt", "d.so", "l.so"}},
+        {FindFilesType::All, "SO", {}},
+    };
+    for (auto const &expected : cases) {
+        auto names = FindFiles(folder_, expected.type, expected.pattern);
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, expected.names) << expected.pattern;
+    }
+    EXPECT_TRUE(FindFiles(folder_ / "none", FindFilesType::All, ".*").empty());
+    LogCapture log(booster::log::error);
+    EXPECT_TRUE(FindFiles(folder_, FindFilesType::All, "[").empty());
+    EXPECT_EQ(log.Take(), std::vector<std::string>({"error: FindFiles: Bad regex pattern: [ (Files)"}));
+}
+
+TEST(Device, NameIsFixedForTheLifeOfTheProcess) {
+    ::setenv("BARCODE_ASN_FILE", "/tmp/util-test-asn", 1);
+    std::ofstream("/tmp/util-test-asn") << "1234\n";
+    EXPECT_EQ(SystemAssemblySN(), "1234");
+    EXPECT_EQ(DeviceName(), "korbex_1234");
+    std::ofstream("/tmp/util-test-asn") << "5678\n";
+    EXPECT_EQ(SystemAssemblySN(), "5678");
+    EXPECT_EQ(DeviceName(), "korbex_1234");
+    fs::remove("/tmp/util-test-asn");
+    ::unsetenv("BARCODE_ASN_FILE");
+}
+
+/// Removes the flag and firmware files before and after each test.
+class Flags : public testing::Test {
+  public:
+    Flags() { Clear(); }
+    ~Flags() override { Clear(); }
+
+  protected:
+    static void Clear() {
+        for (char const *path :
+             {"/tmp/webconfig_reboot_flag", "/tmp/webconfig_freload_flag", "/tmp/webconfig_fwsugd_flag",
+              "/tmp/fwtool_status.txt", "/tmp/fwtool_6v1Znb.lock"})
+            ::unlink(path);
+    }
+};
+
+TEST_F(Flags, AreFilesThatComeAndGo) {
+    EXPECT_FALSE(IsForceReloadFlagged());
+    MarkForceReload(true);
+    EXPECT_TRUE(FileExists("/tmp/webconfig_freload_flag"));
+    EXPECT_TRUE(IsForceReloadFlagged());
+    EXPECT_FALSE(IsFirmwareUpgradeFlagged());
+    MarkForceReload(false);
+    EXPECT_FALSE(IsForceReloadFlagged());
+
+    MarkFirmwareUpgrade(true);
+    EXPECT_TRUE(FileExists("/tmp/webconfig_fwsugd_flag"));
+    EXPECT_TRUE(IsFirmwareUpgradeFlagged());
+    EXPECT_FALSE(IsForceReloadFlagged());
+    MarkFirmwareUpgrade(false);
+    EXPECT_FALSE(IsFirmwareUpgradeFlagged());
+
+    EXPECT_FALSE(IsRebootRequired());
+    MarkRebootRequired();
+    EXPECT_TRUE(FileExists("/tmp/webconfig_reboot_flag"));
+    EXPECT_TRUE(IsRebootRequired());
+}
+
+TEST_F(Flags, AFinishedUpgradeNeedsAReboot) {
+    struct {
+        char const *status;
+        bool required;
+    } const cases[] = {
+        {"", false},      {"state: 'done'", true},        {"x'done'y\nwriting", true}, {"done", false},
+        {"'done", false}, {"'writing'\n'done'\n", false}, {"\n'done'", false},
+    };
+    for (auto const &expected : cases) {
+        std::ofstream("/tmp/fwtool_status.txt") << expected.status;
+        EXPECT_EQ(IsRebootRequired(), expected.required) << expected.status;
+    }
+}
+
+constexpr char lockFile[] = "/tmp/fwtool_6v1Znb.lock";
+
+/// A process that holds a lock of \a type (F_RDLCK or F_WRLCK) on the lock file while the object lives.
+class LockHolder {
+  public:
+    explicit LockHolder(short type) {
+        int ready[2];
+        EXPECT_EQ(::pipe(ready), 0);
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            struct flock lock {};
+            lock.l_type = type;
+            bool const locked = ::fcntl(::open(lockFile, O_RDWR), F_SETLK, &lock) == 0;
+            if (!locked || ::write(ready[1], "x", 1) != 1)
+                ::_exit(EXIT_FAILURE);
+            ::pause();
+        }
+        char byte = 0;
+        ::close(ready[1]);
+        EXPECT_EQ(::read(ready[0], &byte, 1), 1) << "the lock was not given";
+        ::close(ready[0]);
+    }
+    ~LockHolder() {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+
+  private:
+    pid_t pid_ = -1;
+};
+
+TEST_F(Flags, UpgradeIsInProgressWhileItsLockIsHeld) {
+    EXPECT_FALSE(IsFirmareUpgradeInProgress());
+    EXPECT_FALSE(FileExists(lockFile));
+    std::ofstream(lockFile) << "";
+    EXPECT_FALSE(IsFirmareUpgradeInProgress());
+    for (short const type : {F_RDLCK, F_WRLCK}) {
+        LockHolder const holder(type);
+        EXPECT_TRUE(IsFirmareUpgradeInProgress());
+    }
+    EXPECT_FALSE(IsFirmareUpgradeInProgress());
+    ::unlink(lockFile);
+    fs::create_directory(lockFile);  // cannot be opened for writing, by nobody
+    EXPECT_TRUE(IsFirmareUpgradeInProgress());
+    fs::remove(lockFile);
+}
+
+std::string WaitForContent(fs::path const &path) {
+    for (int i = 0; i < 100; ++i) {
+        std::ifstream file(path);
+        std::string content{std::istreambuf_iterator<char>(file), {}};
+        if (content.ends_with("end\n"))
+            return content;
+        ::usleep(20000);
+    }
+    return "(nothing)";
+}
+
+/// Without a firmware tool in this place the child ends after the scripts.
+TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
+    fs::path const report = folder_ / "report";
+    fs::create_directories(folder_ / "mnt/without");
+    fs::create_directories(folder_ / "mnt/app/etc/init.d");
+    fs::path const script = folder_ / "mnt/app/etc/init.d/rcS";
+    Make(script,
+         "#!/bin/sh\n{ echo \"$*\"; pwd; umask; readlink /proc/self/fd/0 /proc/$PPID/fd/2; ls /proc/$PPID/fd;"
+         " grep SigBlk /proc/self/status; echo end; } > " +
+             report.string() + "\nexit 3\n");
+    fs::permissions(script, fs::perms::owner_all);
+
+    int const inheritable = ::dup(STDERR_FILENO);
+    SignalDisposition const restored(SIGCHLD, SIG_DFL);
+    pid_t pid = -1;
+    {
+        BlockedSignals const blocked;
+        pid = ForkFirmwareUpgrade("/tmp/image", folder_ / "mnt");
+    }
+    EXPECT_GT(pid, 0);
+    EXPECT_EQ(WaitForContent(report),
+              "stop\n/\n0000\n/dev/null\n/dev/null\n0\n1\n2\nSigBlk:\t0000000000000000\nend\n");
+
+    // The child is gone without having been waited for, and stays so.
+    struct sigaction disposition {};
+    ::sigaction(SIGCHLD, nullptr, &disposition);
+    EXPECT_EQ(disposition.sa_handler, SIG_IGN);
+    EXPECT_EQ(::waitpid(pid, nullptr, 0), -1);
+    ::close(inheritable);
+}
+
+}  // namespace
