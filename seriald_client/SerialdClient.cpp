@@ -134,10 +134,7 @@ bool cSerialdClient::GpsSendComplete() {
 }
 
 int cSerialdClient::Read(char *buffer, std::size_t size) {
-    sockaddr_un from{};
-    socklen_t length = sizeof from;
-    auto const count = static_cast<int>(
-        ::recvfrom(socket_, buffer, size, MSG_DONTWAIT, reinterpret_cast<sockaddr *>(&from), &length));
+    auto const count = static_cast<int>(::recv(socket_, buffer, size, MSG_DONTWAIT));
     if (count != 0)
         connected_ = count > 0;
     return count;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -17,6 +18,8 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
     auto settingsPages = std::make_unique<Settings>(service);
     dispatcher().assign("/?", &Settings::General, settingsPages.get());
     attach(settingsPages.release(), "settings", "/settings{1}", "/settings((?:/[^/]*){0,3}$)", 1);
+    // Networks accept one segment at most.
+    attach(new Network(service), "network", "/network{1}", "/network(/[^/]*$)?", 1);
 
     mapper().root('/' + settings().get<std::string>("webconfig.root.sync"));
 }

@@ -1,0 +1,15 @@
+#include "WebApps/webconfig/apps/Network.h"
+
+#include <cppcms/url_dispatcher.h>
+#include <cppcms/url_mapper.h>
+
+namespace webconfig::apps {
+
+Network::Network(cppcms::service &service) : Base(service, "") {}
+
+void Network::_Page(std::string const &name, void (Network::*handler)()) {
+    mapper().assign(name, '/' + name);
+    dispatcher().assign('/' + name, handler, this);
+}
+
+}  // namespace webconfig::apps
