@@ -1,7 +1,6 @@
 #include "seriald_client/SerialdClient.h"
 
 #include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,13 +31,6 @@ std::uint32_t NextBaud(std::uint32_t baud) {
     return found == std::end(baudRing) - 1 ? baudRing[0] : found[1];
 }
 
-/// Writes an abstract name and returns the length of the address.
-socklen_t SetAddress(sockaddr_un &address, std::string_view name) {
-    address.sun_family = AF_UNIX;
-    name.copy(address.sun_path, sizeof address.sun_path);
-    return offsetof(sockaddr_un, sun_path) + name.size();
-}
-
 std::string UniqueName() {
     auto const number = static_cast<int>(std::random_device{}() >> 1);
     return std::string(SerialdMsg::clientAddressPrefix) + std::to_string(::getpid()) + '/' +
@@ -65,7 +57,7 @@ bool cSerialdClient::Connect() {
         if (!Open())
             std::this_thread::sleep_for(pauseAfterFailure);
     }
-    serverLength_ = SetAddress(server_, SerialdMsg::serverAddress);
+    server_ = AbstractAddress(SerialdMsg::serverAddress);
     return true;
 }
 
@@ -75,9 +67,8 @@ bool cSerialdClient::Open() {
         std::perror("cSerialdClient: socket");
         return false;
     }
-    sockaddr_un own{};
-    socklen_t const length = SetAddress(own, UniqueName());
-    if (::bind(socket_, reinterpret_cast<sockaddr *>(&own), length) == 0)
+    AbstractAddress own(UniqueName());
+    if (::bind(socket_, own.get(), own.length) == 0)
         return true;
     std::perror("cSerialdClient: bind");
     ::close(socket_);
@@ -151,8 +142,8 @@ int cSerialdClient::WaitRead(char *buffer, std::size_t size) {
 bool cSerialdClient::Send(void const *datagram, std::size_t size) {
     if (!Connect())
         return false;
-    bool const sent = ::sendto(socket_, datagram, size, 0, reinterpret_cast<sockaddr *>(&server_),
-                               serverLength_) == static_cast<ssize_t>(size);
+    bool const sent =
+        ::sendto(socket_, datagram, size, 0, server_.get(), server_.length) == static_cast<ssize_t>(size);
     if (!sent)
         connected_ = false;
     return sent;

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <sys/un.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "seriald_client/AbstractAddress.h"
 #include "seriald_client/SerialdMsg.h"
 
 /// One conversation with the serial daemon. A client belongs to one thread at a time; any number of clients
@@ -58,8 +57,7 @@ class cSerialdClient {
 
     std::uint32_t clientId_;
     int socket_ = -1;
-    sockaddr_un server_{};
-    socklen_t serverLength_ = 0;
+    AbstractAddress server_;
     SerialdMsg::Settings lastSettings_;
     bool connected_ = false;
 };

@@ -12,18 +12,17 @@ namespace {
 constexpr std::uint32_t maxDelay = 60000;
 constexpr std::size_t headerSize = 4;  // the type, of whatever kind of datagram
 
-void Wait(Report &report, std::string const &key) {
+void Wait(Report &report) {
     std::uint32_t milliseconds = 0;
-    report.Get(key, milliseconds);
+    report.Get("delay", milliseconds);
     std::this_thread::sleep_for(std::chrono::milliseconds(std::min(milliseconds, maxDelay)));
 }
 
 }  // namespace
 
-std::optional<std::string> Behave(Report &report, std::string const &prefix, std::string datagram) {
-    Wait(report, prefix + "delay");
-    std::string const key = prefix + "answer";
-    std::string const manner = report.Text(key, "normal");
+std::optional<std::string> Behave(Report &report, std::string datagram) {
+    Wait(report);
+    std::string const manner = report.Text("answer", "normal");
     if (manner == "silent")
         return std::nullopt;
     if (manner == "short")
@@ -35,7 +34,7 @@ std::optional<std::string> Behave(Report &report, std::string const &prefix, std
     else if (manner == "garbage")
         std::fill(datagram.begin() + headerSize, datagram.end(), '\xff');
     else if (manner != "normal")
-        report.Complain(key, "'" + manner + "' is none of normal, silent, short, long, noise, garbage");
+        report.Complain("answer", "'" + manner + "' is none of normal, silent, short, long, noise, garbage");
     return datagram;
 }
 

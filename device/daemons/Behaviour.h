@@ -7,8 +7,8 @@
 
 namespace daemons {
 
-/// Does to a datagram what the report says, under its keys \a prefix "answer" and \a prefix "delay": waits,
-/// spoils it, or keeps it back (then nothing is returned).
-std::optional<std::string> Behave(Report &report, std::string const &prefix, std::string datagram);
+/// Does to a datagram what the report says under its keys "answer" and "delay": waits, spoils it, or
+/// keeps it back (then nothing is returned).
+std::optional<std::string> Behave(Report &report, std::string datagram);
 
 }  // namespace daemons

@@ -28,10 +28,7 @@ std::string Packed(cVexaMsg const &message) {
 
 MessageServer::MessageServer(char const *name, std::string reportFile, std::uint32_t request,
                              MakeAnswer *makeAnswer)
-    : endpoint_(name, this),
-      reportFile_(std::move(reportFile)),
-      request_(request),
-      makeAnswer_(makeAnswer) {
+    : endpoint_(name, this), reportFile_(std::move(reportFile)), request_(request), makeAnswer_(makeAnswer) {
     if (endpoint_.Listen() < 0)
         Fail(std::string(name) + " cannot take its name on the message service");
 }
@@ -41,7 +38,7 @@ bool MessageServer::HandleMessage(cVexaMsg *message, char const *sender, cVexa &
         return false;
     Report report(reportFile_);
     std::string answer = Packed(*makeAnswer_(report));
-    if (auto const datagram = Behave(report, "", std::move(answer))) {
+    if (auto const datagram = Behave(report, std::move(answer))) {
         // A client that has gone meanwhile is no failure.
         RawMessage const raw(*datagram);
         client.Send(sender, &raw);

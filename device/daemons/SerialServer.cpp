@@ -1,13 +1,13 @@
 #include "device/daemons/SerialServer.h"
 
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cstring>
 
 #include "device/daemons/Behaviour.h"
 #include "device/daemons/Report.h"
+#include "seriald_client/AbstractAddress.h"
 #include "seriald_client/PortStatistics.h"
 #include "seriald_client/SerialdMsg.h"
 
@@ -32,20 +32,12 @@ std::string MakeReply(Report &report, SerialdMsg::Control const &request) {
     return {reinterpret_cast<char const *>(&statistics), sizeof statistics};
 }
 
-bool AsksForStatistics(SerialdMsg::Control const &datagram, ssize_t size) {
-    return size == sizeof datagram && datagram.type == SerialdMsg::Type::Control &&
-           datagram.command == SerialdMsg::Command::RequestStats;
-}
-
 }  // namespace
 
 SerialServer::SerialServer(std::string reportFile)
     : reportFile_(std::move(reportFile)), socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un own{};
-    own.sun_family = AF_UNIX;
-    SerialdMsg::serverAddress.copy(own.sun_path, sizeof own.sun_path);
-    socklen_t const length = offsetof(sockaddr_un, sun_path) + SerialdMsg::serverAddress.size();
-    if (socket_ < 0 || ::bind(socket_, reinterpret_cast<sockaddr *>(&own), length) < 0)
+    AbstractAddress own(SerialdMsg::serverAddress);
+    if (socket_ < 0 || ::bind(socket_, own.get(), own.length) < 0)
         Fail("seriald cannot take its address");
 }
 
@@ -54,18 +46,19 @@ SerialServer::~SerialServer() {
 }
 
 void SerialServer::Process() {
-    char data[sizeof(SerialdMsg::DataHeader) + SerialdMsg::maxData];
-    sockaddr_un from{};
-    socklen_t length = sizeof from;
-    auto *const sender = reinterpret_cast<sockaddr *>(&from);
-    ssize_t const size = ::recvfrom(socket_, data, sizeof data, MSG_DONTWAIT, sender, &length);
+    char data[sizeof(SerialdMsg::Control) + 1];  // a byte that tells a longer datagram
+    AbstractAddress from;
+    from.length = sizeof from.address;
+    if (::recvfrom(socket_, data, sizeof data, MSG_DONTWAIT, from.get(), &from.length) !=
+        sizeof(SerialdMsg::Control))
+        return;
     SerialdMsg::Control request;
     std::memcpy(&request, data, sizeof request);
-    if (!AsksForStatistics(request, size))
+    if (request.type != SerialdMsg::Type::Control || request.command != SerialdMsg::Command::RequestStats)
         return;
     Report report(reportFile_);
-    if (auto const reply = Behave(report, "", MakeReply(report, request)))
-        ::sendto(socket_, reply->data(), reply->size(), MSG_DONTWAIT, sender, length);
+    if (auto const reply = Behave(report, MakeReply(report, request)))
+        ::sendto(socket_, reply->data(), reply->size(), MSG_DONTWAIT, from.get(), from.length);
 }
 
 }  // namespace daemons

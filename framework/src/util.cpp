@@ -41,13 +41,6 @@ constexpr int hex_digit(char c) {
     return -1;
 }
 
-template <typename Write>
-std::string written(std::string const &text, Write write) {
-    std::ostringstream out;
-    write(text.data(), text.data() + text.size(), out);
-    return std::move(out).str();
-}
-
 }  // namespace
 
 void escape(char const *begin, char const *end, std::ostream &out) {
@@ -85,7 +78,9 @@ void urlencode(char const *begin, char const *end, std::ostream &out) {
 }
 
 std::string urlencode(std::string const &text) {
-    return written(text, static_cast<void (*)(char const *, char const *, std::ostream &)>(urlencode));
+    std::ostringstream out;
+    urlencode(text.data(), text.data() + text.size(), out);
+    return std::move(out).str();
 }
 
 std::string urldecode(char const *begin, char const *end) {

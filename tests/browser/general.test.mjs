@@ -18,8 +18,8 @@ async function save(page, name) {
 
 async function waitForText(page, selector, pattern) {
     await page.waitForFunction(
-        ([where, source]) => new RegExp(source).test(document.querySelector(where)?.textContent ?? ""),
-        [selector, pattern.source],
+        ([where, source, flags]) => new RegExp(source, flags).test(document.querySelector(where)?.textContent ?? ""),
+        [selector, pattern.source, pattern.flags],
         { timeout: 15000 },
     );
 }

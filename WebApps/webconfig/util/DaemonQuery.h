@@ -10,7 +10,7 @@ namespace webconfig::util {
 
 template <typename Message>
 struct DaemonReply {
-    bool canReceive = false;  ///< whether there was a descriptor to wait on
+    bool canReceive = false;                ///< whether there was a descriptor to wait on
     std::unique_ptr<Message const> answer;  ///< null where none came in time
 };
 

@@ -31,7 +31,9 @@ auto Fields(Is<cVexaMsgOpenVPNStats> auto &message) {
 }
 
 template <typename Message>
-concept HasPayload = requires(Message &message) { Fields(message); };
+concept HasPayload = requires(Message &message) {
+    Fields(message);
+};
 
 constexpr unsigned headerSize = sizeof(std::uint32_t);
 

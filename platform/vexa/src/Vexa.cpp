@@ -81,7 +81,8 @@ void cVexa::Process() {
         char data[maxMessage];
         Address from;
         from.length = sizeof from.address;
-        ssize_t const size = ::recvfrom(descriptor_, data, sizeof data, MSG_DONTWAIT, from.get(), &from.length);
+        ssize_t const size =
+            ::recvfrom(descriptor_, data, sizeof data, MSG_DONTWAIT, from.get(), &from.length);
         if (size < 0)
             break;
         auto const message = vexa::Unpack(data, size);
@@ -91,7 +92,8 @@ void cVexa::Process() {
             handler_->HandleMessage(message.get(), from.Name().c_str(), *this);
     }
     if (dropped > 0)
-        ::syslog(LOG_WARNING, "vexa client %s: dropped %d datagrams that are no messages", name_.c_str(), dropped);
+        ::syslog(LOG_WARNING, "vexa client %s: dropped %d datagrams that are no messages", name_.c_str(),
+                 dropped);
 }
 
 void cVexa::Close() {

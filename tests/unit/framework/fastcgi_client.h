@@ -23,14 +23,15 @@ inline std::string Record(int type, std::string_view content, int id = 1) {
 }
 
 inline std::string BeginRequest(bool keep_connection, int role = 1) {
-    return Record(begin_request, std::string{0, static_cast<char>(role), static_cast<char>(keep_connection), 0, 0, 0, 0, 0});
+    return Record(begin_request,
+                  std::string{0, static_cast<char>(role), static_cast<char>(keep_connection), 0, 0, 0, 0, 0});
 }
 
 inline std::string Length(std::size_t size) {
     if (size < 128)
         return {static_cast<char>(size)};
-    return {static_cast<char>(0x80 | (size >> 24)), static_cast<char>(size >> 16), static_cast<char>(size >> 8),
-            static_cast<char>(size)};
+    return {static_cast<char>(0x80 | (size >> 24)), static_cast<char>(size >> 16),
+            static_cast<char>(size >> 8), static_cast<char>(size)};
 }
 
 inline std::string Pair(std::string_view name, std::string_view value) {
@@ -59,7 +60,9 @@ struct Answer {
 inline Answer TakeAnswer(std::string &bytes) {
     Answer answer;
     while (bytes.size() >= 8 && !answer.ended) {
-        auto const byte = [&](std::size_t at) { return static_cast<std::size_t>(static_cast<unsigned char>(bytes[at])); };
+        auto const byte = [&](std::size_t at) {
+            return static_cast<std::size_t>(static_cast<unsigned char>(bytes[at]));
+        };
         std::size_t const size = byte(4) * 256 + byte(5);
         std::size_t const whole = 8 + size + byte(6);
         if (bytes.size() < whole)

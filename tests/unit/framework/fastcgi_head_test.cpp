@@ -24,9 +24,11 @@ TEST(FastcgiHead, IsCheckedBeforeTheLibrarySeesIt) {
         std::string bytes;
         State state;
     } const cases[] = {
-        {"usual", begin + Record(params, pair + long_pair) + end + Record(standard_input, ""), State::complete},
-        {"a pair over two records", begin + Record(params, long_pair.substr(0, 50)) +
-                                        Record(params, long_pair.substr(50)) + end, State::complete},
+        {"usual", begin + Record(params, pair + long_pair) + end + Record(standard_input, ""),
+         State::complete},
+        {"a pair over two records",
+         begin + Record(params, long_pair.substr(0, 50)) + Record(params, long_pair.substr(50)) + end,
+         State::complete},
         {"question first", Record(get_values, Pair("FCGI_MPXS_CONNS", ""), 0) + begin + end, State::complete},
         {"nothing", "", State::incomplete},
         {"no end", begin + Record(params, pair), State::incomplete},
@@ -49,7 +51,8 @@ TEST(FastcgiHead, IsCheckedBeforeTheLibrarySeesIt) {
 
 TEST(FastcgiHead, IsIncompleteUntilItsLastByte) {
     using namespace fastcgi;
-    std::string const head = BeginRequest(true) + Record(params, Pair("REQUEST_METHOD", "GET")) + Record(params, "");
+    std::string const head =
+        BeginRequest(true) + Record(params, Pair("REQUEST_METHOD", "GET")) + Record(params, "");
     for (std::size_t size = 0; size < head.size(); ++size)
         EXPECT_EQ(check_fastcgi_head(std::string_view(head).substr(0, size)), State::incomplete) << size;
     EXPECT_EQ(check_fastcgi_head(head), State::complete);

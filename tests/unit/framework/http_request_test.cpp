@@ -1,3 +1,4 @@
+#include <cppcms/cppcms_error.h>
 #include <cppcms/http_content_type.h>
 #include <cppcms/http_cookie.h>
 #include <cppcms/http_file.h>

@@ -54,7 +54,8 @@ TEST(MultipartParser, GivesTheSamePartsWhereverTheBodyIsCut) {
         for (std::size_t second = first; second <= two_parts.size(); second += 7) {
             Recorder parts;
             std::string_view const body(two_parts);
-            ASSERT_EQ(Parse({body.substr(0, first), body.substr(first, second - first), body.substr(second)}, parts),
+            ASSERT_EQ(Parse({body.substr(0, first), body.substr(first, second - first), body.substr(second)},
+                            parts),
                       Result::complete)
                 << first << ' ' << second;
             ASSERT_EQ(parts.text, two_parts_read) << first << ' ' << second;

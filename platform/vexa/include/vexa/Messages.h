@@ -46,7 +46,7 @@ class cVexaMsgGPRSStats : public cVexaMsg {
     std::uint32_t simStatus = 0;
     char apn[128]{};
     std::uint32_t secondsConnected = 0;
-    std::int32_t moduleTemperature = 0;  ///< degrees Celsius; the smallest value: unknown
+    std::int32_t moduleTemperature = 0;      ///< degrees Celsius; the smallest value: unknown
     std::int32_t temperatureIndication = 0;  ///< -2 to 2
     std::uint32_t pppTxPackets = 0;
     std::uint32_t pppRxPackets = 0;

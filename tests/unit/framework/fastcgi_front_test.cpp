@@ -1,0 +1,178 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+
+#include "fastcgi_client.h"
+#include "running_service.h"
+
+namespace {
+
+class FastcgiFront : public testing::Test {
+  protected:
+    void SetUp() override {
+        settings_ = HttpSettings(0);
+        settings_.set("service", cppcms::json::value());
+        settings_.set("service.api", "fastcgi");
+        settings_.set("service.socket", path_);
+        settings_.set("service.worker_threads", 3);
+    }
+    void TearDown() override { std::filesystem::remove(path_); }
+
+    static std::string Request(std::string const &path, std::string const &body = "", bool keep = false) {
+        return fastcgi::Request({{"REQUEST_METHOD", body.empty() ? "GET" : "POST"},
+                                 {"PATH_INFO", path},
+                                 {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
+                                 {"CONTENT_LENGTH", std::to_string(body.size())}},
+                                body, keep);
+    }
+    std::string Ask(std::string const &path, std::string const &body = "") const {
+        Client client(path_);
+        client.Send(Request(path, body));
+        std::string bytes = client.ReadAll();
+        auto const answer = fastcgi::TakeAnswer(bytes);
+        EXPECT_TRUE(answer.ended) << path;
+        EXPECT_EQ(bytes, "");
+        return answer.output;
+    }
+
+    std::string const path_ =
+        std::filesystem::path(testing::TempDir()) / ("fastcgi-" + std::to_string(getpid()) + ".sock");
+    cppcms::json::value settings_;
+    LogLines log_;
+};
+
+constexpr char headers[] = "Content-Type: text/html; charset=utf-8\r\nX-Powered-By: CppCMS/2.0.1\r\n\r\n";
+
+TEST_F(FastcgiFront, AnswersAsCgi) {
+    RunningService const service(settings_);
+    EXPECT_EQ(Ask("/pages/hello"), headers + std::string("hello"));
+    EXPECT_EQ(Ask("/pages/big"), headers + std::string(30000, 'x'));
+    EXPECT_EQ(Ask("/pages/echo", "a=1&b=2"), headers + std::string("post a=1\npost b=2\nraw 7\n"));
+    EXPECT_EQ(Ask("/pages/raw"), "Status: 299 Raw\nX-Raw: 1\n\nbody");
+    EXPECT_EQ(Ask("/status/x"), headers + std::string("status /x 1"));
+    EXPECT_EQ(Ask("/nowhere").substr(0, 19), "Connection: close\r\n");
+    EXPECT_NE(Ask("/pages/redirect").find("Location: /elsewhere\r\nStatus: 302 Found\r\n"),
+              std::string::npos);
+}
+
+TEST_F(FastcgiFront, KeepsConnectionsWhereAsked) {
+    RunningService const service(settings_);
+    Client client(path_);
+    for (char const *path : {"/pages/hello", "/status/y", "/pages/text", "/pages/echo"}) {
+        client.Send(Request(path, std::string(path) == "/pages/echo" ? "a=1" : "", true));
+        std::string bytes;
+        fastcgi::Answer answer;
+        for (std::string copy; !answer.ended && client.Read(bytes); copy = bytes)
+            answer = fastcgi::TakeAnswer(copy = bytes);
+        EXPECT_TRUE(answer.ended) << path;
+        EXPECT_EQ(answer.output.substr(0, sizeof(headers) - 1), headers) << path;
+    }
+}
+
+TEST_F(FastcgiFront, DropsWhatIsNoRequest) {
+    RunningService const service(settings_);
+    std::string const begin = fastcgi::BeginRequest(false);
+    struct {
+        std::string bytes;
+        char const *log;
+    } const cases[] = {
+        {"garbage garbage garbage", "malformed records"},
+        {begin + fastcgi::Record(fastcgi::params, std::string("\xff\xff\xff\xff\x01x", 6)) +
+             fastcgi::Record(fastcgi::params, ""),
+         "malformed records"},
+        {Request("/" + std::string(17000, 'x')), "too many variables"},
+    };
+    for (auto const &c : cases) {
+        Client client(path_);
+        client.Send(c.bytes);
+        EXPECT_EQ(client.ReadAll(), "") << c.log;
+        EXPECT_TRUE(log_.Contains(c.log));
+    }
+    Client filter(path_);
+    filter.Send(fastcgi::BeginRequest(false, 3) + fastcgi::Record(fastcgi::params, ""));
+    std::string bytes = filter.ReadAll();
+    EXPECT_EQ(fastcgi::TakeAnswer(bytes).protocol_status, 3);
+    EXPECT_EQ(Ask("/pages/hello"), headers + std::string("hello"));
+}
+
+TEST_F(FastcgiFront, AnswersQuestionsAboutItself) {
+    RunningService const service(settings_);
+    Client client(path_);
+    client.Send(fastcgi::Record(fastcgi::get_values, fastcgi::Pair("FCGI_MPXS_CONNS", ""), 0) +
+                Request("/pages/hello"));
+    std::string const answer = client.ReadAll();
+    EXPECT_NE(answer.find(fastcgi::Pair("FCGI_MPXS_CONNS", "0")), std::string::npos);
+    EXPECT_NE(answer.find("hello"), std::string::npos);
+}
+
+TEST_F(FastcgiFront, TakesARequestThatComesInPieces) {
+    RunningService const service(settings_);
+    Client client(path_);
+    std::string const request = Request("/pages/echo", "a=1");
+    for (std::size_t at = 0; at < request.size(); at += 40) {
+        client.Send(std::string_view(request).substr(at, 40));
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+    }
+    EXPECT_NE(client.ReadAll().find("post a=1\n"), std::string::npos);
+}
+
+TEST_F(FastcgiFront, RefusesABodyThatIsCutShort) {
+    RunningService const service(settings_);
+    Client client(path_);
+    client.Send(fastcgi::Request({{"PATH_INFO", "/pages/echo"}, {"CONTENT_LENGTH", "10"}}, "abc", false));
+    EXPECT_NE(client.ReadAll().find("Status: 400 Bad Request"), std::string::npos);
+}
+
+/// Descriptors and threads of this process.
+std::pair<std::ptrdiff_t, std::ptrdiff_t> Used() {
+    auto const entries = [](char const *directory) {
+        return std::distance(std::filesystem::directory_iterator(directory), {});
+    };
+    return {entries("/proc/self/fd"), entries("/proc/self/task")};
+}
+
+TEST_F(FastcgiFront, IsRebuiltWithoutLeaks) {
+    { RunningService const first(settings_); }
+    auto const before = Used();
+    for (int i = 0; i < 200; ++i) {
+        RunningService service(settings_);
+        Client client(path_);
+        client.Send(Request(i % 2 ? "/pages/stop" : "/status/stop"));
+        ASSERT_NE(client.ReadAll().find(headers), std::string::npos) << i;
+        service.Wait();
+    }
+    EXPECT_EQ(Used(), before);
+}
+
+TEST_F(FastcgiFront, LeavesAnInheritedSocketOpen) {
+    // Descriptor 0 becomes a listening socket, as for a process that a web server starts.
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path_.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    int const saved = ::dup(STDIN_FILENO);
+    int const listening = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(listening, reinterpret_cast<sockaddr *>(&address), sizeof(address)), 0);
+    ASSERT_EQ(::listen(listening, 8), 0);
+    ASSERT_EQ(::dup2(listening, STDIN_FILENO), STDIN_FILENO);
+    ::close(listening);
+
+    settings_.set("service.socket", "stdin");
+    for (int i = 0; i < 50; ++i) {
+        Client early(path_);  // waits in the socket's queue until there is a service
+        early.Send(Request("/pages/hello"));
+        RunningService service(settings_);
+        EXPECT_NE(early.ReadAll().find("hello"), std::string::npos);
+        EXPECT_NE(Ask("/pages/stop").find("stopping"), std::string::npos);
+        service.Wait();
+    }
+    ::dup2(saved, STDIN_FILENO);
+    ::close(saved);
+
+    settings_.set("service.socket", "stdin");
+    cppcms::service no_socket(settings_);
+    EXPECT_THROW(no_socket.run(), std::exception) << "descriptor 0 does not listen";
+}
+
+}  // namespace

@@ -1,0 +1,279 @@
+#include <curl/curl.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+#include "running_service.h"
+
+namespace {
+
+class HttpFront : public testing::Test {
+  protected:
+    int const port_ = FreePort();
+    cppcms::json::value settings_ = HttpSettings(port_);
+    LogLines log_;
+
+    std::string Post(std::string const &target, std::string const &type, std::string const &body) const {
+        return Ask(port_, "POST " + target + " HTTP/1.1\r\nContent-Type: " + type +
+                              "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+    }
+};
+
+constexpr char error_page_headers[] =
+    "Content-Type: text/html; charset=utf-8\r\nX-Powered-By: CppCMS/2.0.1\r\n\r\n<!DOCTYPE HTML PUBLIC";
+
+TEST_F(HttpFront, AnswersPages) {
+    settings_.set("security.display_error_message", false);
+    RunningService const service(settings_);
+    struct {
+        char const *target;
+        char const *begin;  // of the answer
+        char const *part;
+    } const cases[] = {
+        {"/pages/hello",
+         "HTTP/1.1 200 Ok\r\nServer: CppCMS-Embedded/2.0.1\r\nConnection: close\r\nContent-Length: 5\r\n",
+         "X-Powered-By: CppCMS/2.0.1\r\n\r\nhello"},
+        {"/pages/redirect", "HTTP/1.1 302 Found\r\n", "Location: /elsewhere\r\n"},
+        {"/pages/fail", "HTTP/1.1 500 Internal Server Error\r\n", error_page_headers},
+        {"/pages/fail_late", "HTTP/1.1 200 Ok\r\n", "\r\n\r\nbegun"},
+        {"/pages/fail_oddly", "HTTP/1.1 200 Ok\r\n", "Content-Length: 0\r\n"},
+        {"/pages/none", "HTTP/1.1 404 Not Found\r\n", error_page_headers},
+        {"/pages/raw", "HTTP/1.1 299 Raw\r\n", "X-Raw: 1\r\n\r\nbody"},
+        {"/status/x", "HTTP/1.1 200 Ok\r\n", "\r\n\r\nstatus /x 1"},
+        {"/nowhere", "HTTP/1.1 404 Not Found\r\n", "Connection: close\r\nContent-Length: 233\r\n"},
+    };
+    for (auto const &c : cases) {
+        std::string const answer = Get(port_, c.target);
+        EXPECT_EQ(answer.substr(0, std::string_view(c.begin).size()), c.begin) << c.target;
+        EXPECT_NE(answer.find(c.part), std::string::npos) << c.target << '\n' << answer;
+        EXPECT_EQ(answer.find("it failed"), std::string::npos) << "details are not for everybody";
+    }
+    EXPECT_TRUE(log_.Contains("Caught exception [it failed]\n"));
+    EXPECT_TRUE(log_.Contains("Unknown exception"));
+    EXPECT_EQ(service.counters.pages_made, 1) << "an instance is reused";
+}
+
+TEST_F(HttpFront, GivesVariables) {
+    settings_.set("http.script_names", std::vector<std::string>{"/app"});
+    RunningService const service(settings_);
+    std::string const answer =
+        Get(port_, "/app/pages/%76ariables?a=%20&b", "X-Some: 1\r\nCookie: a\r\nCookie: b\r\nX-Some: 2\r\n");
+    for (char const *line :
+         {"\nSCRIPT_NAME=/app\n", "\nPATH_INFO=/pages/variables\n", "\nQUERY_STRING=a=%20&b\n",
+          "\nHTTP_X_SOME=1, 2\n", "\nHTTP_COOKIE=a; b\n", "\nREQUEST_METHOD=GET\n",
+          "\nREMOTE_ADDR=127.0.0.1\n", "\nSERVER_PROTOCOL=HTTP/1.1\n"})
+        EXPECT_NE(answer.find(line), std::string::npos) << line << answer;
+    EXPECT_EQ(Get(port_, "/apple/pages/hello").substr(0, 12), "HTTP/1.1 404")
+        << "no part of the path is /app";
+}
+
+TEST_F(HttpFront, TellsWhereAnAnswerEnds) {
+    RunningService const service(settings_);
+    std::string const body(30000, 'x');
+    std::string const closed = Get(port_, "/pages/big");
+    EXPECT_EQ(closed.find("Content-Length"), std::string::npos);
+    EXPECT_TRUE(closed.ends_with("\r\n\r\n" + body));
+
+    Client client(port_);
+    for (int i = 0; i < 3; ++i) {
+        client.Send("GET /pages/big HTTP/1.1\r\nConnection: keep-alive\r\n\r\n");
+        std::string const chunked = client.ReadUntil("\r\n0\r\n\r\n");
+        EXPECT_NE(chunked.find("Transfer-Encoding: chunked\r\n"), std::string::npos);
+        EXPECT_NE(chunked.find("\r\n\r\n4000\r\nx"), std::string::npos);
+    }
+    client.Send(
+        "GET /pages/hello HTTP/1.0\r\nConnection: keep-alive\r\n\r\nGET /pages/text HTTP/1.0\r\n\r\n");
+    std::string const pipelined = client.ReadAll();
+    EXPECT_NE(pipelined.find("hello"), std::string::npos);
+    EXPECT_TRUE(pipelined.ends_with(std::string(5000, 't'))) << "sent at once with the request before it";
+}
+
+TEST_F(HttpFront, CompressesTextWhereTheClientTakesIt) {
+    RunningService const service(settings_);
+    std::string const packed = Get(port_, "/pages/big", "Accept-Encoding: deflate, gzip\r\n");
+    EXPECT_NE(packed.find("Content-Encoding: gzip\r\n"), std::string::npos);
+    EXPECT_LT(packed.size(), 1000u);
+
+    CURL *const curl = curl_easy_init();
+    std::string body;
+    curl_easy_setopt(curl, CURLOPT_URL, ("http://127.0.0.1:" + std::to_string(port_) + "/pages/big").c_str());
+    curl_easy_setopt(curl, CURLOPT_ACCEPT_ENCODING, "gzip");
+    curl_easy_setopt(curl, CURLOPT_TIMEOUT, 10L);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &body);
+    curl_easy_setopt(
+        curl, CURLOPT_WRITEFUNCTION, +[](char *data, std::size_t, std::size_t size, void *to) {
+            static_cast<std::string *>(to)->append(data, size);
+            return size;
+        });
+    EXPECT_EQ(curl_easy_perform(curl), CURLE_OK);
+    curl_easy_cleanup(curl);
+    EXPECT_EQ(body, std::string(30000, 'x'));
+
+    EXPECT_EQ(Get(port_, "/status/x", "Accept-Encoding: gzip\r\n").find("gzip"), std::string::npos);
+    EXPECT_EQ(Get(port_, "/pages/redirect").find("gzip"), std::string::npos);
+}
+
+TEST_F(HttpFront, RefusesBadBodiesWithoutTheApplication) {
+    settings_.set("security.content_length_limit", 1);
+    settings_.set("security.multipart_form_data_limit", 4);
+    RunningService const service(settings_);
+    std::string const form = "application/x-www-form-urlencoded";
+    std::string const multipart = "multipart/form-data; boundary=B";
+    std::string const head = "--B\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n";
+    std::string const file_head =
+        "--B\r\nContent-Disposition: form-data; name=\"a\"\r\nContent-Type: a/b\r\n\r\n";
+    std::string const end = "\r\n--B--\r\n";
+    std::string many;
+    for (int i = 0; i < 10001; ++i)
+        many += "a=&";
+    struct {
+        char const *name;
+        std::string type;
+        std::string body;
+        char const *status;
+        char const *log;
+    } const cases[] = {
+        {"at the limit", form, "a=" + std::string(1022, 'x'), "200", ""},
+        {"over the limit", form, "a=" + std::string(1023, 'x'), "413", "too large"},
+        {"multipart over the limit", multipart, std::string(5000, 'x'), "413", "too large"},
+        {"field over the limit", multipart, head + std::string(1025, 'x') + end, "413",
+         "fields are too large"},
+        {"file of that size", multipart, file_head + std::string(1025, 'x') + end, "200", ""},
+        {"no boundary", "multipart/form-data", head + end, "400", "no usable boundary"},
+        {"no last boundary", multipart, head + "x", "400", "the last boundary is missing"},
+        {"no line end", multipart, head + "x\r\n--B--", "400", "the last boundary is missing"},
+    };
+    for (auto const &c : cases) {
+        std::string const answer = Post("/pages/echo", c.type, c.body);
+        EXPECT_EQ(answer.substr(0, 12), std::string("HTTP/1.1 ") + c.status) << c.name << '\n' << answer;
+        EXPECT_TRUE(log_.Contains(c.log)) << c.name;
+    }
+    settings_.set("service.port", FreePort());
+}
+
+TEST_F(HttpFront, LimitsFieldsOfQueryAndBody) {
+    RunningService const service(settings_);
+    std::string many;
+    for (int i = 0; i < 10001; ++i)
+        many += "a=&";
+    EXPECT_EQ(Post("/pages/echo", "application/x-www-form-urlencoded", many).substr(0, 12), "HTTP/1.1 413");
+    EXPECT_EQ(Get(port_, "/pages/echo?" + many).substr(0, 12), "HTTP/1.1 400");
+}
+
+TEST_F(HttpFront, AnswersBeforeAnOversizedBodyHasCome) {
+    RunningService const service(settings_);
+    Client client(port_);
+    client.Send("POST /pages/echo HTTP/1.1\r\nContent-Length: 100000000\r\n\r\n");
+    client.Send(std::string(100000, 'x'));
+    EXPECT_EQ(client.ReadAll().substr(0, 12), "HTTP/1.1 413");
+}
+
+TEST_F(HttpFront, StreamsLargeFilesToDisk) {
+    auto const directory =
+        std::filesystem::path(testing::TempDir()) / ("uploads-" + std::to_string(getpid()));
+    std::filesystem::create_directory(directory);
+    settings_.set("security.uploads_path", directory.string());
+    settings_.set("security.multipart_form_data_limit", 310000);
+    auto const peak = [] {
+        std::ifstream status("/proc/self/status");
+        for (std::string line; std::getline(status, line);)
+            if (line.starts_with("VmHWM:"))
+                return std::stol(line.substr(6));
+        return 0L;
+    };
+    {
+        RunningService const service(settings_);
+        constexpr std::size_t size = 300 << 20;
+        std::string const head =
+            "--B\r\nContent-Disposition: form-data; name=\"f\"; filename=\"big\"\r\n"
+            "Content-Type: application/octet-stream\r\n\r\n";
+        std::string const end = "\r\n--B--\r\n";
+        Client client(port_);
+        client.Send(
+            "POST /pages/echo HTTP/1.1\r\nContent-Type: multipart/form-data; boundary=B\r\nContent-Length: " +
+            std::to_string(head.size() + size + end.size()) + "\r\n\r\n" + head);
+        std::string piece(1 << 20, '\r');
+        long const before = peak();
+        for (std::size_t sent = 0; sent < size; sent += piece.size())
+            ASSERT_TRUE(client.Send(piece));
+        client.Send(end);
+        EXPECT_NE(client.ReadAll().find("file f big 314572800\n"), std::string::npos);
+        EXPECT_LT(peak() - before, 2048) << "KiB, for 300 MiB";
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(directory));
+    std::filesystem::remove_all(directory);
+}
+
+TEST_F(HttpFront, RefusesWhatItCannotStore) {
+    settings_.set("security.uploads_path", "/nonexistent");
+    settings_.set("security.file_in_memory_limit", 10);
+    RunningService const service(settings_);
+    std::string const answer =
+        Post("/pages/echo", "multipart/form-data; boundary=B",
+             "--B\r\nContent-Disposition: form-data; name=\"a\"\r\nContent-Type: a/b\r\n\r\n"
+             "more than ten bytes\r\n--B--\r\n");
+    EXPECT_EQ(answer.substr(0, 12), "HTTP/1.1 413");
+    EXPECT_TRUE(log_.Contains("no room for an uploaded file"));
+}
+
+TEST_F(HttpFront, SurvivesGarbage) {
+    RunningService const service(settings_);
+    for (std::string const &bytes :
+         {std::string("\0\1\2\xff garbage\r\n\r\n", 16), std::string("GET\r\n\r\n"),
+          std::string("GET x HTTP/1.1\r\n\r\n"), std::string("GET http://a/b HTTP/1.1\r\n\r\n"),
+          std::string("GET / HTTP/9.9\r\n\r\n"), std::string("GET / HTTP/1.1\r\nno colon\r\n\r\n"),
+          std::string("POST / HTTP/1.1\r\nContent-Length: -1\r\n\r\n"),
+          std::string("POST / HTTP/1.1\r\nContent-Length: 99999999999999999999999\r\n\r\n"),
+          "GET / HTTP/1.1\r\nX: " + std::string(70000, 'x') + "\r\n\r\n"})
+        EXPECT_TRUE(Ask(port_, bytes).starts_with("HTTP/1.0 400 Bad Request\r\n\r\n")) << bytes.substr(0, 40);
+    EXPECT_TRUE(Ask(port_, "POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n")
+                    .starts_with("HTTP/1.0 411"));
+    EXPECT_NE(Get(port_, "/pages/hello", "X: " + std::string(20000, 'x') + "\r\n").find("hello"),
+              std::string::npos);
+    EXPECT_TRUE(log_.Contains("HTTP request refused"));
+}
+
+TEST_F(HttpFront, KeepsNoThreadForClientsThatSayNothing) {
+    RunningService const service(settings_);
+    std::vector<std::unique_ptr<Client>> silent;
+    for (int i = 0; i < 20; ++i) {
+        silent.push_back(std::make_unique<Client>(port_));
+        if (i % 2)
+            silent.back()->Send("GET /pages/hello HT");
+    }
+    EXPECT_NE(Get(port_, "/pages/hello").find("hello"), std::string::npos);
+    silent[1]->Send("TP/1.1\r\n\r\n");
+    EXPECT_NE(silent[1]->ReadAll().find("hello"), std::string::npos) << "whenever the rest comes";
+}
+
+TEST_F(HttpFront, DropsClientsThatStaySilent) {
+    settings_.set("http.timeout", 1);
+    RunningService const service(settings_);
+    Client silent(port_);
+    Client stalled(port_);
+    stalled.Send("POST /pages/echo HTTP/1.1\r\nContent-Length: 10\r\n\r\nabc");
+    EXPECT_EQ(stalled.ReadAll().substr(0, 12), "HTTP/1.1 400");
+    auto const begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(silent.ReadAll(), "");
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+}
+
+TEST_F(HttpFront, ServesStatusCallsOneAtATimeBesidesThePages) {
+    RunningService service(settings_);
+    std::vector<std::future<std::string>> calls;
+    for (int i = 0; i < 4; ++i)
+        calls.push_back(std::async(std::launch::async, [this] { return Get(port_, "/status/slow"); }));
+    while (service.counters.status_calls == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    for (int i = 0; i < 10; ++i)
+        EXPECT_NE(Get(port_, "/pages/hello").find("hello"), std::string::npos);
+    EXPECT_LT(service.counters.status_calls, 3) << "pages wait for no status call";
+    for (auto &call : calls)
+        EXPECT_NE(call.get().find("status /slow 1"), std::string::npos);
+    EXPECT_EQ(service.counters.most_status_calls_at_once, 1);
+    EXPECT_NE(Get(port_, "/status/fail").find("\r\n\r\nlost"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,224 @@
+#include <booster/system_error.h>
+#include <cppcms/cppcms_error.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <vector>
+
+#include "running_service.h"
+#include "service/mount_table.h"
+
+namespace {
+
+using cppcms::json::value;
+
+class CommandLine : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::ofstream(file_) << "{ \"a\": { \"b\": 1, \"c\": \"x\" }, // note\n \"d\": true }";
+    }
+    void TearDown() override {
+        std::filesystem::remove(file_);
+        unsetenv("CPPCMS_CONFIG");
+    }
+
+    static value Load(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "program");
+        std::vector<char *> pointers;
+        for (auto &argument : arguments)
+            pointers.push_back(argument.data());
+        pointers.push_back(nullptr);
+        return cppcms::service::load_settings(static_cast<int>(arguments.size()), pointers.data());
+    }
+    static std::string Problem(std::vector<std::string> const &arguments) {
+        try {
+            return "none, but " + Load(arguments).save();
+        } catch (cppcms::cppcms_error const &e) {
+            return e.what();
+        }
+    }
+
+    std::string const file_ =
+        std::filesystem::path(testing::TempDir()) / ("settings-" + std::to_string(getpid()) + ".json");
+};
+
+TEST_F(CommandLine, GivesSettings) {
+    struct {
+        std::vector<std::string> arguments;
+        char const *settings;
+    } const cases[] = {
+        {{"-c", file_}, R"({"a":{"b":1,"c":"x"},"d":true})"},
+        {{"-c", file_, "--a-b=2", "--d-e_f=no"}, R"({"a":{"b":2,"c":"x"},"d":{"e_f":"no"}})"},
+        {{"--d=1", "-c", file_}, R"({"a":{"b":1,"c":"x"},"d":1})"},
+        {{"word", "--a=", "--b=07", "--c=-1.5e2", "--d=1x", "-x"}, R"({"a":"","b":7,"c":-150,"d":"1x"})"},
+        {{"--a=true", "--b=false", "--c=null", "--d=[1,{}]", "--e=a=b"},
+         R"({"a":true,"b":false,"c":null,"d":[1,{}],"e":"a=b"})"},
+        {{"--a=1", "-U", "--b=2", "-c"}, R"({"a":1})"},
+    };
+    for (auto const &c : cases)
+        EXPECT_EQ(Load(c.arguments).save(), c.settings);
+    setenv("CPPCMS_CONFIG", file_.c_str(), 1);
+    EXPECT_EQ(Load({"--d=0"}).save(), R"({"a":{"b":1,"c":"x"},"d":0})");
+}
+
+TEST_F(CommandLine, NamesItsProblems) {
+    EXPECT_EQ(Problem({}), "No configuration defined");
+    EXPECT_EQ(Problem({"-c"}), "Switch -c requires configuration file parameters");
+    EXPECT_EQ(Problem({"-c", file_, "-c", file_}), "Switch -c can't be used twice");
+    EXPECT_EQ(Problem({"-c", "/none"}), "Failed to open filename:/none");
+    EXPECT_EQ(Problem({"--foo"}), "Invalid switch: --foo");
+    EXPECT_EQ(Problem({"--a--b=1"}), "Invalid switch: --a--b=1");
+    EXPECT_EQ(Problem({"--a={"}), "Invadid json expresson: {");
+    std::ofstream(file_) << "{\n\"a\" 1}";
+    EXPECT_EQ(Problem({"-c", file_}), "Error reading configuration file " + file_ + " in line:2");
+}
+
+TEST(Service, RefusesContradictorySettings) {
+    struct {
+        std::initializer_list<std::pair<char const *, value>> settings;
+        char const *problem;
+    } const cases[] = {
+        {{{"service.api", "gopher"}}, "Unknown api: gopher"},
+        {{{"service.api", "fastcgi"}, {"service.socket", "/tmp/x"}, {"service.port", 1}},
+         "Can't define both UNIX socket and TCP port/ip"},
+        {{{"service.api", "http"}, {"service.socket", "/tmp/x"}},
+         "HTTP API is not supported over Unix Domain sockets"},
+        {{{"service.api", "http"}, {"service.list", cppcms::json::array()}},
+         "Can't specify both service.api and service.list"},
+    };
+    for (auto const &c : cases) {
+        value settings;
+        for (auto const &[path, v] : c.settings)
+            settings.set(path, v);
+        cppcms::service service(settings);
+        try {
+            service.run();
+            ADD_FAILURE() << "runs, instead of: " << c.problem;
+        } catch (cppcms::cppcms_error const &e) {
+            EXPECT_STREQ(e.what(), c.problem);
+        }
+    }
+    EXPECT_THROW(
+        cppcms::service(value(cppcms::json::object{{"logging", cppcms::json::object{{"level", "loud"}}}})),
+        booster::invalid_argument);
+}
+
+TEST(Service, SaysThatItsAddressIsTaken) {
+    int const port = FreePort();
+    RunningService const first(HttpSettings(port));
+    cppcms::service second(HttpSettings(port));
+    try {
+        second.run();
+        ADD_FAILURE() << "runs";
+    } catch (booster::system::system_error const &e) {
+        EXPECT_STREQ(e.what(), "Address already in use");
+    }
+}
+
+TEST(Service, RunsWithoutFrontsAndDoesWhatIsPosted) {
+    value settings;
+    settings.set("logging.stderr", false);
+    cppcms::service service(settings);
+    std::vector<int> order;
+    service.after_fork([&] { order.push_back(0); });
+    service.post([&] { order.push_back(1); });
+    service.post([&] {
+        order.push_back(2);
+        service.shutdown();
+    });
+    service.run();
+    EXPECT_EQ(order, (std::vector{0, 1, 2}));
+}
+
+TEST(Service, LetsExceptionsOfPostedTasksOut) {
+    value settings;
+    settings.set("logging.stderr", false);
+    cppcms::service service(settings);
+    service.post([] { throw std::runtime_error("posted"); });
+    EXPECT_THROW(service.run(), std::runtime_error);
+}
+
+TEST(Service, StopsOnSignalsAndRestoresTheirHandlers) {
+    static std::atomic<int> seen{0};
+    auto const before = std::signal(SIGUSR1, [](int) { ++seen; });
+    for (int const signal : {SIGINT, SIGTERM, SIGUSR1}) {
+        RunningService service(HttpSettings(FreePort()));
+        // The handlers are in place when the service serves.
+        service.Service().post([signal] { kill(getpid(), signal); });
+        service.Wait();
+    }
+    EXPECT_EQ(seen, 0);
+    raise(SIGUSR1);
+    EXPECT_EQ(seen, 1);
+    std::signal(SIGUSR1, before);
+}
+
+TEST(Service, FinishesRequestsThatAreAtHand) {
+    int const port = FreePort();
+    RunningService service(HttpSettings(port));
+    std::vector<std::future<std::string>> slow;
+    for (char const *target : {"/pages/slow", "/status/slow", "/status/slow"})
+        slow.push_back(std::async(std::launch::async, [=] { return Get(port, target); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    service.Service().shutdown();
+    for (auto &answer : slow)
+        EXPECT_NE(answer.get().find("slow"), std::string::npos);
+}
+
+TEST(Service, AnswersTheRequestThatStopsIt) {
+    int const port = FreePort();
+    for (char const *target : {"/pages/stop", "/status/stop"}) {
+        RunningService service(HttpSettings(port));
+        EXPECT_EQ(Get(port, target).substr(0, 15), "HTTP/1.1 200 Ok");
+        service.Wait();
+    }
+}
+
+TEST(Service, OutlivesAnApplicationThatCannotBeMade) {
+    int const port = FreePort();
+    auto settings = HttpSettings(port);
+    settings.set("test.first_page_fails", true);
+    LogLines log;
+    RunningService const service(settings);
+    EXPECT_EQ(Get(port, "/pages/hello").substr(0, 12), "HTTP/1.1 500");
+    EXPECT_TRUE(log.Contains("Caught exception [no page]"));
+    EXPECT_NE(Get(port, "/pages/hello").find("hello"), std::string::npos);
+}
+
+TEST(Service, FindsMountsInTheirOrder) {
+    value settings;
+    settings.set("logging.stderr", false);
+    cppcms::service service(settings);
+    Counters counters;
+    auto &pool = service.applications_pool();
+    booster::intrusive_ptr<cppcms::application> status(new Status(service, &counters));
+    pool.mount(status, cppcms::mount_point("/a(.*)", 1));
+    auto &table = pool.table();
+    auto const url = [&](std::string const &path) {
+        auto const found = table.find("", "", path);
+        return found ? (found->source->is_asynchronous() ? "async " : "sync ") + found->url : "none";
+    };
+    EXPECT_EQ(url("/axy"), "async xy");
+    pool.mount(cppcms::applications_factory<Pages>(&counters), cppcms::mount_point("/a(b.*)?", 1));
+    EXPECT_EQ(url("/abc"), "sync bc") << "whatever the order";
+    EXPECT_EQ(url("/a"), "sync ") << "a group without a match";
+    EXPECT_EQ(url("/ac"), "async c");
+    EXPECT_EQ(url("x/a"), "none") << "the whole path";
+    status = nullptr;
+    EXPECT_EQ(url("/ac"), "none") << "the mount ends with its application";
+
+    auto const pages = cppcms::create_pool<Pages>(&counters);
+    pool.mount(pages, cppcms::mount_point(cppcms::mount_point::match_script_name, "/[cd]", 0),
+               cppcms::app::asynchronous);
+    EXPECT_TRUE(table.find("", "/c", "")->source->is_asynchronous());
+    EXPECT_THROW(pool.mount(pages), cppcms::cppcms_error);
+    EXPECT_THROW(pool.mount(cppcms::create_pool<Pages>(&counters), cppcms::app::legacy),
+                 cppcms::cppcms_error);
+    pool.unmount(pages);
+    EXPECT_FALSE(table.find("", "/c", ""));
+}
+
+}  // namespace
