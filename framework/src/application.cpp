@@ -19,26 +19,6 @@ namespace cppcms {
 
 namespace {
 
-/// Gives \a content the application for the time of a rendering, unless it has one.
-class content_application {
-  public:
-    content_application(base_content &content, application &app)
-        : content_(content), assigned_(!content.has_app()) {
-        if (assigned_)
-            content_.app(app);
-    }
-    ~content_application() {
-        if (assigned_)
-            content_.reset_app();
-    }
-    content_application(content_application const &) = delete;
-    content_application &operator=(content_application const &) = delete;
-
-  private:
-    base_content &content_;
-    bool assigned_;
-};
-
 template <typename... Parameters>
 std::string mapped(application &app, std::string const &key, Parameters const &...parameters) {
     std::ostringstream out;
@@ -106,7 +86,7 @@ void application::render(std::string view, std::ostream &out, base_content &cont
 }
 
 void application::render(std::string skin, std::string view, std::ostream &out, base_content &content) {
-    content_application const guard(content, *this);
+    base_content::app_guard const guard(content, *this);
     service_.views_pool().render(skin, view, out, content);
 }
 

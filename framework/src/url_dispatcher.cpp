@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "encoding.h"
+
 namespace cppcms {
 
 namespace {
@@ -13,6 +15,11 @@ bool is_plain_method(std::string const &method) {
 }
 
 }  // namespace
+
+bool url_dispatcher::is_valid_text(application &app, std::string const &text) {
+    std::size_t length = 0;
+    return impl::is_valid_text(app.context().locale(), text, length);
+}
 
 void url_dispatcher::add(booster::regex const &regex, rule_handler handle) {
     rules_.push_back({regex, std::move(handle)});

@@ -4,7 +4,18 @@
 
 namespace webconfig::widgets {
 
-IpAddress::IpAddress() : cppcms::widgets::regex_field(RegexString(false)) {}
+namespace {
+
+/// Compiled once for all widgets.
+booster::regex const &Expression(bool allowEmpty) {
+    static booster::regex const address(IpAddress::RegexString(false));
+    static booster::regex const addressOrEmpty(IpAddress::RegexString(true));
+    return allowEmpty ? addressOrEmpty : address;
+}
+
+}  // namespace
+
+IpAddress::IpAddress() : cppcms::widgets::regex_field(Expression(false)) {}
 
 std::string const &IpAddress::RegexString(bool allowEmpty) {
     static std::string const address =
@@ -16,7 +27,7 @@ std::string const &IpAddress::RegexString(bool allowEmpty) {
 
 void IpAddress::SetAllowEmpty(bool allowEmpty) {
     _allowEmpty = allowEmpty;
-    regex(booster::regex(RegexString(allowEmpty)));
+    regex(Expression(allowEmpty));
 }
 
 }  // namespace webconfig::widgets

@@ -18,7 +18,4 @@ void urlencode(char const *begin, char const *end, std::ostream &out);
 std::string urldecode(std::string const &text);
 std::string urldecode(char const *begin, char const *end);
 
-/// MD5 of \a text, 32 lower-case hexadecimal digits.
-std::string md5hex(std::string const &text);
-
 }  // namespace cppcms::util

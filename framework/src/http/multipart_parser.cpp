@@ -3,6 +3,7 @@
 #include <cppcms/http_content_type.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "header_text.h"
 
@@ -13,6 +14,12 @@ namespace {
 bool is_valid_boundary(std::string_view boundary) {
     return !boundary.empty() && boundary.size() <= multipart_parser::max_boundary_size &&
            std::all_of(boundary.begin(), boundary.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+/// Number of bytes at the start that are the same.
+std::size_t common_size(std::string_view a, std::string_view b) {
+    auto const limit = static_cast<std::ptrdiff_t>(std::min(a.size(), b.size()));
+    return static_cast<std::size_t>(std::mismatch(a.begin(), a.begin() + limit, b.begin()).first - a.begin());
 }
 
 bool parse_disposition(std::string_view text, part_header &header) {
@@ -104,33 +111,39 @@ multipart_parser::result multipart_parser::take_delimiter(std::string_view &data
 }
 
 multipart_parser::result multipart_parser::take_data(std::string_view &data) {
-    // A CR is the first byte of the delimiter and occurs nowhere else in it: after a mismatch only the byte
-    // at hand can start another one.
     if (matched_ == 0) {
-        auto const plain = data.substr(0, data.find('\r'));
-        data.remove_prefix(plain.size());
-        if (!plain.empty() && !parts_.part_data(plain))
+        auto const content = data.substr(0, delimiter_start(data));
+        data.remove_prefix(content.size());
+        if (!content.empty() && !parts_.part_data(content))
             return result::refused;
     }
-    auto const expected = std::string_view(delimiter_).substr(matched_);
-    auto const limit = std::min(expected.size(), data.size());
-    auto const same = static_cast<std::size_t>(
-        std::mismatch(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(limit), expected.begin())
-            .first -
-        data.begin());
+    std::size_t const same = common_size(data, std::string_view(delimiter_).substr(matched_));
     data.remove_prefix(same);
     matched_ += same;
     if (matched_ == delimiter_.size()) {
         state_ = state::boundary_line;
         return parts_.end_part() ? result::more : result::refused;
     }
-    if (same < limit) {
-        auto const mistaken = std::string_view(delimiter_).substr(0, matched_);
-        matched_ = 0;
+    if (!data.empty()) {
+        // What an earlier piece ended with is content after all.
+        auto const mistaken = std::string_view(delimiter_).substr(0, std::exchange(matched_, 0));
         if (!mistaken.empty() && !parts_.part_data(mistaken))
             return result::refused;
     }
     return result::more;
+}
+
+/// Where in \a data the delimiter stands or, at the end, may stand. As a CR is its first byte and occurs
+/// nowhere else in it, only a CR can begin it, and a mismatch leaves nothing to look at again.
+std::size_t multipart_parser::delimiter_start(std::string_view data) const {
+    std::size_t at = data.find('\r');
+    while (at != std::string_view::npos) {
+        auto const rest = data.substr(at);
+        if (common_size(rest, delimiter_) == std::min(rest.size(), delimiter_.size()))
+            break;
+        at = data.find('\r', at + 1);
+    }
+    return at;
 }
 
 multipart_parser::result multipart_parser::take_headers(std::string_view &data) {

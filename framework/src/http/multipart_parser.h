@@ -56,6 +56,7 @@ class multipart_parser : public booster::noncopyable {
     result take_delimiter(std::string_view &data);
     result take_boundary_line(std::string_view &data);
     result take_data(std::string_view &data);
+    std::size_t delimiter_start(std::string_view data) const;
     result take_headers(std::string_view &data);
     result fail(char const *problem);
 

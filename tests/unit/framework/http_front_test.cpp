@@ -52,7 +52,7 @@ TEST_F(HttpFront, AnswersPages) {
     }
     EXPECT_TRUE(log_.Contains("Caught exception [it failed]\n"));
     EXPECT_TRUE(log_.Contains("Unknown exception"));
-    EXPECT_EQ(service.counters.pages_made, 1) << "an instance is reused";
+    EXPECT_LE(service.counters.pages_made, 3) << "at most one for each thread";
 }
 
 TEST_F(HttpFront, GivesVariables) {
@@ -125,9 +125,6 @@ TEST_F(HttpFront, RefusesBadBodiesWithoutTheApplication) {
     std::string const file_head =
         "--B\r\nContent-Disposition: form-data; name=\"a\"\r\nContent-Type: a/b\r\n\r\n";
     std::string const end = "\r\n--B--\r\n";
-    std::string many;
-    for (int i = 0; i < 10001; ++i)
-        many += "a=&";
     struct {
         char const *name;
         std::string type;
@@ -150,7 +147,6 @@ TEST_F(HttpFront, RefusesBadBodiesWithoutTheApplication) {
         EXPECT_EQ(answer.substr(0, 12), std::string("HTTP/1.1 ") + c.status) << c.name << '\n' << answer;
         EXPECT_TRUE(log_.Contains(c.log)) << c.name;
     }
-    settings_.set("service.port", FreePort());
 }
 
 TEST_F(HttpFront, LimitsFieldsOfQueryAndBody) {

@@ -17,6 +17,13 @@ namespace {
 
 namespace http = cppcms::http;
 
+/// Settings without a log on the screen.
+cppcms::json::value Quiet() {
+    cppcms::json::value settings;
+    settings.set("logging.stderr", false);
+    return settings;
+}
+
 std::string Text(http::request::form_type const &fields) {
     std::string text;
     for (auto const &[name, value] : fields)
@@ -61,7 +68,7 @@ TEST(FormDecoder, StopsAtTheLimit) {
 }
 
 TEST(Request, SeparatesQueryAndBody) {
-    cppcms::service service{cppcms::json::value()};
+    cppcms::service service(Quiet());
     FakeRequest post(service, {.query = "a=1&a=2&q=x", .body = "a=3&b=4&b=5&&c=6"});
     auto &request = post.context().request();
     EXPECT_EQ(Text(request.get()), "a=1;a=2;q=x;");
@@ -81,7 +88,7 @@ TEST(Request, SeparatesQueryAndBody) {
 }
 
 TEST(Request, SortsPartsIntoFieldsAndFiles) {
-    cppcms::service service{cppcms::json::value()};
+    cppcms::service service(Quiet());
     FakeRequest upload(
         service,
         {.content_type = "Multipart/Form-Data; boundary=\"x y\"",

@@ -21,6 +21,7 @@ class ResponseTest : public testing::Test {
   private:
     static cppcms::json::value Settings() {
         cppcms::json::value settings;
+        settings.set("logging.stderr", false);
         settings.set("localization.locales", std::vector<std::string>{"C.UTF-8"});
         return settings;
     }

@@ -160,6 +160,7 @@ inline cppcms::json::value HttpSettings(int port) {
     settings.set("service.api", "http");
     settings.set("service.port", port);
     settings.set("service.worker_threads", 3);
+    settings.set("service.backlog", 64);
     settings.set("localization.locales", std::vector<std::string>{"C.UTF-8"});
     settings.set("logging.level", "debug");
     settings.set("logging.stderr", false);

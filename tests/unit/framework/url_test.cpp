@@ -120,8 +120,9 @@ TEST_F(UrlTest, MountedApplicationsGetTheirPartOfTheUrl) {
     };
     for (auto const &c : cases) {
         EXPECT_EQ(root.dispatcher().dispatch(c.url), c.app != nullptr) << c.url;
-        if (c.app)
+        if (c.app) {
             EXPECT_EQ(c.app->Taken(), c.part) << c.url;
+        }
     }
 }
 

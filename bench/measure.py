@@ -1,0 +1,180 @@
+#!/usr/bin/python3 -B
+"""Measures the system from inside a virtual device; bench/run calls it.
+
+    measure.py BARE_FCGI
+
+A second lighttpd of its own passes pages to the device's process and /bare to a program that only writes as many
+bytes. Figures are medians of runs in turn, so that the machine's changing speed touches both alike.
+"""
+
+import contextlib
+import fcntl
+import json
+import re
+import statistics
+import subprocess
+import sys
+import threading
+import time
+import urllib.request
+from pathlib import Path
+
+PORT = 8088
+SITE = f"http://127.0.0.1:{PORT}"
+BACKEND_SOCKET = "/run/webconfig/webconfig.sock"
+BARE_SOCKET = "/run/bare.sock"
+THREADS = 4  # as in the device's configuration
+CONNECTIONS = 8
+SECONDS = 3
+ROUNDS = 5
+
+# The target, if there is one, says what the ratio to the bare program has to reach.
+PAGES = {"/config/settings/about": 0.85, "/config/settings/about/zlib/none": 0.85, "/config/": None}
+REQUESTS = 100_000
+RELOADS = 100
+USS_LIMIT, RSS_LIMIT = 4096, 12288  # KiB
+
+CONFIGURATION = f"""
+server.document-root = "/var/www/webconfig"
+server.port = {PORT}
+server.bind = "127.0.0.1"
+server.modules = ( "mod_fastcgi" )
+$HTTP["url"] =~ "^/(config|status)" {{
+    fastcgi.server = ( "/" => (( "socket" => "{BACKEND_SOCKET}", "check-local" => "disable",
+                                 "fix-root-scriptname" => "enable" )) )
+}}
+$HTTP["url"] =~ "^/bare" {{
+    fastcgi.server = ( "/" => (( "socket" => "{BARE_SOCKET}", "check-local" => "disable",
+                                 "fix-root-scriptname" => "enable" )) )
+}}
+"""
+
+
+@contextlib.contextmanager
+def running(*command):
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+    try:
+        yield process
+    finally:
+        process.terminate()
+        process.wait()
+
+
+def fetch(path, body=None):
+    headers = {"Content-Type": "application/json"} if body else {}
+    with urllib.request.urlopen(urllib.request.Request(SITE + path, body, headers), timeout=30) as answer:
+        return answer.read()
+
+
+def call(method):
+    return fetch("/status/rpc", json.dumps({"method": method, "params": [], "id": 1}).encode())
+
+
+def wait_until_up(path):
+    for _ in range(200):
+        with contextlib.suppress(OSError):
+            fetch(path)
+            return
+        time.sleep(0.05)
+    sys.exit(f"{path} does not answer")
+
+
+def wrk(path, connections=CONNECTIONS, seconds=SECONDS):
+    """Loads a page; requests a second, and the median and 99th percentile of the latency in milliseconds."""
+    report = subprocess.run(
+        ["wrk", "--threads", "1", "--connections", str(connections), "--duration", f"{seconds}s", "--latency",
+         SITE + path], check=True, capture_output=True, text=True).stdout
+    if "Non-2xx" in report or "Socket errors" in report:
+        sys.exit(f"{path} under load:\n{report}")
+    unit = {"us": 1e-3, "ms": 1.0, "s": 1e3}
+    latency = {percent: float(value) * unit[of]
+               for percent, value, of in re.findall(r"(50|99)%\s+([\d.]+)(us|ms|s)", report)}
+    return float(re.search(r"Requests/sec:\s+([\d.]+)", report)[1]), latency["50"], latency["99"]
+
+
+def memory(pid):
+    """Private (USS) and resident memory in KiB."""
+    fields = dict(re.findall(r"^(\w+):\s+(\d+) kB$", Path(f"/proc/{pid}/smaps_rollup").read_text(), re.M))
+    return int(fields["Private_Clean"]) + int(fields["Private_Dirty"]), int(fields["Rss"])
+
+
+def verdict(reached):
+    return "target reached" if reached else "TARGET MISSED"
+
+
+def measure_throughput(bare_program):
+    for path, target in PAGES.items():
+        size = len(fetch(path))
+        with running(bare_program, BARE_SOCKET, str(THREADS), str(size)):
+            wait_until_up("/bare")
+            rounds = [(wrk(path)[0], wrk("/bare")[0]) for _ in range(ROUNDS)]
+        ratios = [page / bare for page, bare in rounds]
+        ratio = statistics.median(ratios)
+        note = f", target {target}: {verdict(ratio >= target)}" if target else " (runs shell commands)"
+        print(f"throughput {path} ({size} bytes): {ratio:.2f} of the bare program "
+              f"({min(ratios):.2f} to {max(ratios):.2f}; "
+              f"{statistics.median(page for page, _ in rounds):.0f} requests/s){note}", flush=True)
+
+
+def measure_memory(pid):
+    def show(when):
+        uss, rss = memory(pid)
+        print(f"memory {when}: USS {uss} KiB, RSS {rss} KiB, limits {USS_LIMIT} and {RSS_LIMIT}: "
+              f"{verdict(uss < USS_LIMIT and rss < RSS_LIMIT)}", flush=True)
+
+    fetch("/config/")
+    show("after start and one page")
+    served = 0
+    while served < REQUESTS:
+        served += int(wrk("/config/settings/about", seconds=5)[0] * 5)
+    show(f"after {served} requests")
+    for _ in range(RELOADS):
+        call("reload")
+        wait_until_up("/config/")
+    show(f"after {RELOADS} reloads")
+
+
+@contextlib.contextmanager
+def blocked_status_space():
+    """Holds the firmware status call, and with it the asynchronous space, by the lock that it waits for."""
+    path = Path("/tmp/fwtool_status.txt")
+    path.write_text("busy\n")
+    with path.open("r+") as status:
+        fcntl.lockf(status, fcntl.LOCK_EX)
+        caller = threading.Thread(target=call, args=("fw_upgrade_status",))
+        caller.start()
+        time.sleep(0.2)
+        yield
+        assert caller.is_alive(), "the status call was not blocked"
+    caller.join()
+    path.unlink()
+
+
+def measure_blocked_latency():
+    def latencies():
+        return wrk("/config/settings/about", connections=1)[1:]
+
+    rounds = []
+    for _ in range(ROUNDS):
+        free = latencies()
+        with blocked_status_space():
+            rounds.append((free, latencies()))
+    for name, at, target in (("median", 0, None), ("99th percentile", 1, 2.0)):
+        ratio = statistics.median(blocked[at] / free[at] for free, blocked in rounds)
+        note = f", target at most {target}: {verdict(ratio <= target)}" if target else ""
+        print(f"page latency while a status call blocks, {name}: {ratio:.2f} of the unloaded one "
+              f"({statistics.median(blocked[at] for _, blocked in rounds):.2f} ms){note}", flush=True)
+
+
+def main():
+    configuration = Path("/tmp/bench-lighttpd.conf")
+    configuration.write_text(CONFIGURATION)
+    pid = subprocess.run(["pidof", "webconfig"], check=True, capture_output=True, text=True).stdout.split()[0]
+    with running("lighttpd", "-D", "-f", str(configuration)):
+        wait_until_up("/config/")
+        measure_memory(pid)
+        measure_throughput(sys.argv[1])
+        measure_blocked_latency()
+
+
+main()
