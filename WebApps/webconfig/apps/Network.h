@@ -20,6 +20,8 @@ class Network : public Base {
 
     void Ethernet1();
     void PortForwarding();
+    void Ntpd();
+    void DNSServer();
 
   private:
     /// Registers a page at "/" + \a name, under \a name for links.
