@@ -28,9 +28,13 @@ class NoRedirect(urllib.request.HTTPRedirectHandler):
         return None
 
 
-def get(url):
-    """Status and Location of a page."""
-    opener = urllib.request.build_opener(urllib.request.ProxyHandler({}), NoRedirect)
+def get(url, password="admin"):
+    """Status and Location of a page, as admin; without a log-in where there is no password."""
+    accounts = urllib.request.HTTPPasswordMgrWithDefaultRealm()
+    if password is not None:
+        accounts.add_password(None, url, "admin", password)
+    opener = urllib.request.build_opener(urllib.request.ProxyHandler({}), NoRedirect,
+                                         urllib.request.HTTPDigestAuthHandler(accounts))
     try:
         with opener.open(url, timeout=10) as answer:
             return answer.status, None
@@ -110,11 +114,12 @@ class RunningDevice(unittest.TestCase):
 
     def test_network_has_the_device_interfaces(self):
         interfaces = {line.split("@")[0].split()[0] for line in self.device.output("ip", "-br", "link").splitlines()}
-        self.assertEqual({"lo", "eth0", "eth1", "br1"}, interfaces)
+        self.assertEqual({"lo", "eth0", "eth1", "br1", "ppp0"}, interfaces)
         lan = self.device.output("prm", "get", "net/lan_ipaddr")
         self.assertIn(f" {lan}/24 ", self.device.output("ip", "-br", "address", "show", "br1") + " ")
         # The cables lead somewhere: the LAN host reaches the device's web server.
-        self.device.output("nsenter", "--net=/run/netns/lan", "curl", "-sf", f"http://{lan}/media/css/screen.css")
+        self.device.output("nsenter", "--net=/run/netns/lan", "curl", "-sf", "--digest", "-u", "admin:admin",
+                           f"http://{lan}/media/css/screen.css")
 
     def test_device_and_host_share_nothing_that_changes(self):
         self.assertEqual(self.device.output("prm", "get", "net/hostname"), self.device.output("hostname"))

@@ -74,7 +74,7 @@ TEST_F(Ethernet1Test, ShowsTheStoredSettings) {
               (std::vector<std::string>{"Network Config", "Routing", "Wireless Config", "Network Status",
                                         "DNS Settings", "PPP Status", "DHCP Leases"}));
     auto const outputs = page.All(sections + "//pre");
-    EXPECT_NE(outputs[0].find("br1: "), std::string::npos);
+    EXPECT_NE(outputs[0].find("br1"), std::string::npos);
     EXPECT_EQ(outputs[4], device::ReadFile("/etc/resolv.conf"));
     EXPECT_EQ(outputs[6], "lease-17\n");
     device::Shell("rm /tmp/dhcp.leases");
@@ -88,7 +88,8 @@ TEST_F(Ethernet1Test, StaticSettingsAreStoredAndWaitForTheReboot) {
     EXPECT_TRUE(std::ifstream(rebootFlag).good());
     EXPECT_EQ(Stored(), "static 10.1.2.3 255.240.0.0 10.1.2.254 8 ");
     EXPECT_EQ(device::Shell("prm export net/lan_advertise_speed"), "\"net/lan_advertise_speed\",\"8\", i\n");
-    EXPECT_EQ(device::TakeCommands(), std::vector<std::string>());
+    // Nothing but the page's own diagnoses has run.
+    EXPECT_EQ(device::TakeCommands(), (std::vector<std::string>{"/usr/sbin/iw dev", "/usr/sbin/pppstats"}));
     EXPECT_EQ(page.One("//*[@id='cfg_eth1_ip']/@value"), "10.1.2.3");
 }
 
