@@ -29,14 +29,11 @@ class Ethernet1Test : public testing::Test {
   protected:
     Ethernet1Test() {
         device::Shell(
-            "prm export net/lan_ >/tmp/lan_settings;"
             "prm set net/lan_addr_mode static; prm set net/lan_ipaddr 192.168.0.1;"
             "prm set net/lan_netmask 255.255.255.0; prm set net/lan_gateway 192.168.0.254;"
             "prm set -t int net/lan_advertise_speed 15");
     }
-    ~Ethernet1Test() override {
-        device::Shell(std::string("prm import /tmp/lan_settings; rm -f /tmp/lan_settings ") + rebootFlag);
-    }
+    ~Ethernet1Test() override { device::Shell(std::string("rm -f ") + rebootFlag); }
 
     Html Post(Fields const &fields) { return Html(browser.Post(ethernetPage, fields).body); }
 
@@ -48,6 +45,7 @@ class Ethernet1Test : public testing::Test {
     }
     static constexpr char untouched[] = "static 192.168.0.1 255.255.255.0 192.168.0.254 15 ";
 
+    device::KeptParameters const settings{"net/lan_"};
     Browser browser{device::address};
 };
 

@@ -7,6 +7,9 @@ namespace webconfig::apps {
 
 Network::Network(cppcms::service &service) : Base(service, "") {
     _Page("ethernet1", &Network::Ethernet1);
+    _Page("port_forwarding", &Network::PortForwarding);
+    _Page("ntp", &Network::Ntpd);
+    _Page("dns_server", &Network::DNSServer);
 }
 
 void Network::_Page(std::string const &name, void (Network::*handler)()) {
