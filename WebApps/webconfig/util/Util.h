@@ -8,4 +8,5 @@
 #include "WebApps/webconfig/util/Flags.h"
 #include "WebApps/webconfig/util/Reboot.h"
 #include "WebApps/webconfig/util/Settings.h"
+#include "WebApps/webconfig/util/ShellQuote.h"
 #include "WebApps/webconfig/util/Strings.h"
