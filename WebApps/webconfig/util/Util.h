@@ -2,6 +2,7 @@
 
 // The system utilities, all subjects at once.
 #include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/CountryChannels.h"
 #include "WebApps/webconfig/util/Device.h"
 #include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Firmware.h"
@@ -10,3 +11,4 @@
 #include "WebApps/webconfig/util/Settings.h"
 #include "WebApps/webconfig/util/ShellQuote.h"
 #include "WebApps/webconfig/util/Strings.h"
+#include "WebApps/webconfig/util/Wifi.h"
