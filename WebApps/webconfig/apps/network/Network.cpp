@@ -8,6 +8,8 @@ namespace webconfig::apps {
 Network::Network(cppcms::service &service) : Base(service, "") {
     _Page("ethernet1", &Network::Ethernet1);
     _Page("port_forwarding", &Network::PortForwarding);
+    _Page("access_point", &Network::AccessPoint);
+    _Page("wlan", &Network::Wlan);
 }
 
 void Network::_Page(std::string const &name, void (Network::*handler)()) {
