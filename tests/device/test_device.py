@@ -232,10 +232,14 @@ class Ending(unittest.TestCase):
         self.check(lambda device: device.enter("poweroff"), 0)
 
     def test_death_of_a_service(self):
-        for service in ("webconfig", "lighttpd"):
-            with self.subTest(service):
-                self.check(lambda device, name=service: device.enter("kill", "-KILL", device.output("pgrep", "-x", name)), 1,
-                           f"{service} ended on signal 9")
+        def kill(device, service):
+            device.enter("pkill", "-KILL", "-x", service)
+
+        def kill_again_and_again(device):
+            self.assertTrue(eventually(lambda: kill(device, "webconfig") or device.launcher.poll() is not None))
+
+        self.check(lambda device: kill(device, "lighttpd"), 1, "lighttpd ended on signal 9")
+        self.check(kill_again_and_again, 1, "webconfig ended on signal 9: the device stops")
 
     def test_death_of_init(self):
         self.check(lambda device: os.kill(device.init, signal.SIGKILL), 1)
