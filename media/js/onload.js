@@ -140,11 +140,87 @@
         $refused.filter(":visible").first().trigger("focus");
     }
 
+    // --- Live status -------------------------------------------------------------------------------
+
+    /** What a status box says when a call was answered with an error, and when it got no answer. */
+    const statusProblems = {
+        refused: (error) => "Error retrieving status: " + error,
+        failed: (request, status, error) => "Error retrieving status: " + error + "[" + status + "]",
+    };
+    const briefStatusProblems = {
+        refused: (error) => error,
+        failed: (request) => "Invalid Status " + request.status,
+    };
+
+    /** Keeps a box fresh: calls a status method once per interval while the box is in sight. The next
+     *  interval begins when the answer is there, so that calls never pile up.
+     *  @param interval in milliseconds.
+     *  @param show is given the box (jQuery) and each result, and fills the box.
+     *  @param problems the texts for failures, such as statusProblems, which is the default. */
+    function PollStatus(url, method, id, interval, boxSelector, show, problems = statusProblems) {
+        function arm() {
+            setTimeout(poll, interval);
+        }
+
+        function poll() {
+            const $box = $(boxSelector);
+            if (!$box.is(":visible")) {
+                arm();
+                return;
+            }
+            $.ajax({
+                type: "POST",
+                url: url,
+                contentType: "application/json; charset=UTF-8",
+                dataType: "json",
+                data: JSON.stringify({ method: method, params: [], id: id }),
+            })
+                .done(function (answer) {
+                    if (answer.error) {
+                        $box.text(problems.refused(answer.error));
+                    } else {
+                        show($box, answer.result);
+                    }
+                })
+                .fail(function (request, status, error) {
+                    $box.text(problems.failed(request, status, error));
+                })
+                .always(arm);
+        }
+
+        arm();
+    }
+
+    /** The same for pages with short error texts, which also tell when the result is empty. */
+    function PollBriefStatus(url, method, interval, boxSelector, show) {
+        function showUnlessEmpty($box, result) {
+            if ($.isEmptyObject(result)) {
+                $box.empty().append($("<i>").text("empty status"));
+            } else {
+                show($box, result);
+            }
+        }
+        PollStatus(url, method, 1, interval, boxSelector, showUnlessEmpty, briefStatusProblems);
+    }
+
+    /** A heading with a preformatted text below, to append to a status box.
+     *  @param framed puts the text into a block of its own. */
+    function StatusSection(title, text, framed) {
+        const $text = $("<pre>").text($.trim(text));
+        return $("<div>").append(
+            $("<h3>").text(title),
+            framed ? $("<div class='command_output'>").append($text) : $text,
+        );
+    }
+
     // -----------------------------------------------------------------------------------------------
 
     window.ClearFormResultMsg = ClearFormResultMsg;
     window.ShowFormResultMsg = ShowFormResultMsg;
     window.ShowStaticFormResultMsg = ShowStaticFormResultMsg;
+    window.PollStatus = PollStatus;
+    window.PollBriefStatus = PollBriefStatus;
+    window.StatusSection = StatusSection;
 
     // Hides what carries "hiddenOnLoad" from the first paint on; page scripts show it with jQuery's show().
     document.documentElement.classList.add("js");

@@ -21,6 +21,9 @@ namespace pages::device {
 namespace {
 
 constexpr char webconfig[] = "/usr/sbin/webconfig";
+constexpr char recordScript[] = "/usr/lib/device/record";
+constexpr char commandList[] = "/var/log/device-commands";
+constexpr char store[] = "/var/lib/prm/prm.db";
 
 bool WaitUntil(int seconds, std::function<bool()> const &condition) {
     using namespace std::chrono_literals;
@@ -62,6 +65,46 @@ TemporaryFile::TemporaryFile(std::string path, std::string const &text) : _path(
 
 TemporaryFile::~TemporaryFile() {
     std::filesystem::remove(_path);
+}
+
+RecordingProgram::RecordingProgram(std::string path)
+    : _path(std::move(path)),
+      _aside(_path + ".aside"),
+      _standIn(ReadFile(_path).find(recordScript) == std::string::npos) {
+    namespace fs = std::filesystem;
+    if (!_standIn)
+        return;
+    if (fs::exists(_path))
+        fs::rename(_path, _aside);
+    WriteFile(_path, std::string("#!/bin/sh\n. ") + recordScript + '\n');
+    fs::permissions(_path, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
+}
+
+RecordingProgram::~RecordingProgram() {
+    if (!_standIn)
+        return;
+    std::filesystem::remove(_path);
+    if (std::filesystem::exists(_aside))
+        std::filesystem::rename(_aside, _path);
+}
+
+std::vector<std::string> TakeCommands() {
+    std::vector<std::string> commands;
+    std::ifstream file(commandList);
+    for (std::string line; std::getline(file, line);)
+        commands.push_back(line);
+    WriteFile(commandList, "");
+    return commands;
+}
+
+RefusedKey::RefusedKey(std::string const &key) {
+    Shell(std::string("sqlite3 ") + store +
+          " \"CREATE TRIGGER refused BEFORE INSERT ON parameter WHEN NEW.key='" + key +
+          "' BEGIN SELECT RAISE(ABORT, 'refused'); END\"");
+}
+
+RefusedKey::~RefusedKey() {
+    Shell(std::string("sqlite3 ") + store + " 'DROP TRIGGER refused'");
 }
 
 HeldLock::HeldLock(std::string const &path) {

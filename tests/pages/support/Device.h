@@ -34,6 +34,34 @@ class TemporaryFile {
     std::string _path;
 };
 
+/// A program that notes its command line in the device's list of commands, as the device's own scripts do.
+/// Where the one at \a path does not, or is not there, a stand-in takes its place as long as the object
+/// lives.
+class RecordingProgram {
+  public:
+    explicit RecordingProgram(std::string path);
+    ~RecordingProgram();
+    RecordingProgram(RecordingProgram const &) = delete;
+    RecordingProgram &operator=(RecordingProgram const &) = delete;
+
+  private:
+    std::string _path;
+    std::string _aside;
+    bool _standIn;
+};
+
+/// The command lines that were recorded since the last call.
+std::vector<std::string> TakeCommands();
+
+/// Makes the parameter store refuse to write one key as long as the object lives.
+class RefusedKey {
+  public:
+    explicit RefusedKey(std::string const &key);
+    ~RefusedKey();
+    RefusedKey(RefusedKey const &) = delete;
+    RefusedKey &operator=(RefusedKey const &) = delete;
+};
+
 /// A write lock on a file, held by a process of its own, as the firmware tool holds its lock.
 class HeldLock {
   public:

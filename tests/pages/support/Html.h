@@ -9,6 +9,17 @@
 
 namespace pages {
 
+/// The box of a page's result message.
+inline constexpr char successMessage[] =
+    "//div[contains(@class,'success') and contains(@class,'form_result_msg')]";
+inline constexpr char failureMessage[] =
+    "//div[contains(@class,'failure') and contains(@class,'form_result_msg')]";
+/// Its texts, and those of refused inputs.
+inline constexpr char saved[] = "Success: The form values were saved.";
+inline constexpr char notSaved[] = "Save error: The form values were not saved.";
+inline constexpr char invalid[] = "Invalid values: The form values were not saved.";
+inline constexpr char fieldErrors[] = "//span[@class='cppcms_error_msg']";
+
 /// A page as its parsed elements, asked by XPath.
 class Html {
   public:

@@ -5,7 +5,9 @@
 
 namespace webconfig::apps {
 
-Network::Network(cppcms::service &service) : Base(service, "") {}
+Network::Network(cppcms::service &service) : Base(service, "") {
+    _Page("ethernet1", &Network::Ethernet1);
+}
 
 void Network::_Page(std::string const &name, void (Network::*handler)()) {
     mapper().assign(name, '/' + name);

@@ -1,0 +1,99 @@
+#include "WebApps/webconfig/data/Ethernet1.h"
+
+#include "WebApps/webconfig/apps/Network.h"
+#include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+struct Network::EthernetPort {
+    char const *name;
+    char const *modeKey;
+    char const *ipKey;
+    char const *netmaskKey;
+    char const *gatewayKey;
+    char const *speedKey;
+};
+
+namespace {
+
+struct Diagnosis {
+    char const *title;
+    char const *command;
+    unsigned maxOutput;  // bytes
+};
+constexpr Diagnosis diagnoses[] = {
+    {"Network Config", "ifconfig", 4096},
+    {"Routing", "route -n", 4096},
+    {"Wireless Config", "iw dev", 4096},
+    {"Network Status", "netstat -an", 8192},
+    {"DNS Settings", "cat /etc/resolv.conf", 4096},
+    // The outer shell already expands $ii, to nothing: kept.
+    {"PPP Status",
+     R"(/bin/sh -c "for ii in `/sbin/ifconfig|/bin/grep ppp|/usr/bin/awk '{print $1}'`;)"
+     R"( do echo $ii; /usr/sbin/pppstats $ii; done")",
+     4096},
+    {"DHCP Leases", "cat /tmp/dhcp.leases", 4096},
+};
+
+}  // namespace
+
+void Network::Ethernet1() {
+    data::Ethernet1 content;
+    EthernetInternal(content,
+                     {"Ethernet 1", "net/lan_addr_mode", "net/lan_ipaddr", "net/lan_netmask",
+                      "net/lan_gateway", "net/lan_advertise_speed"});
+    for (auto const &diagnosis : diagnoses) {
+        content.commands.sections.push_back(
+            {diagnosis.title, util::ShellCommand(diagnosis.command, diagnosis.maxOutput)});
+    }
+    render("Ethernet1", content);
+}
+
+void Network::EthernetInternal(data::Ethernet1 &content, EthernetPort const &port) {
+    Prepare(content);
+    content.title = std::string(port.name) + " Configuration";
+    content.status_url = StatusUrl();
+
+    forms::Ethernet1 &form = content.form;
+    bool const post = HttpPost();
+    if (post) {
+        form.AddSpeeds(0);
+        if (ValidateForm(form))
+            _EthernetSave(content, port);
+        else
+            content.message = data::Message::ValidationError();
+    }
+    // With DHCP the fields of the fixed address were not in use: show what is stored.
+    if (!post || form.IsDhcp()) {
+        forms::SelectByValue(form.addressMode, util::Prm::GetString(port.modeKey));
+        form.ipAddress.value(util::Prm::GetString(port.ipKey));
+        forms::SelectByValue(form.netmask, util::Prm::GetString(port.netmaskKey));
+        form.gateway.value(util::Prm::GetString(port.gatewayKey));
+    }
+    if (!post)
+        form.AddSpeeds(static_cast<unsigned>(util::Prm::GetInt(port.speedKey)));
+}
+
+void Network::_EthernetSave(data::Ethernet1 &content, EthernetPort const &port) {
+    forms::Ethernet1 &form = content.form;
+    ParameterWriter writer;
+    if (!form.IsDhcp()) {
+        writer.Set(port.ipKey, form.ipAddress.value())
+            .Set(port.gatewayKey, form.gateway.value())
+            .Set(port.netmaskKey, form.netmask.selected_id());
+    }
+    writer.Set(port.modeKey, form.addressMode.selected_id())
+        .Set(port.speedKey, static_cast<int>(form.SpeedMask()));
+
+    content.message =
+        writer.Result(data::Message::OK(std::string(port.name) + " settings updated, reboot to take effect"));
+    if (writer.Ok()) {
+        util::MarkRebootRequired();
+        content.reboot_required = util::IsRebootRequired();
+    }
+}
+
+}  // namespace webconfig::apps

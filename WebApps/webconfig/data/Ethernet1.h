@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "WebApps/webconfig/data/BaseTabbed.h"
+#include "WebApps/webconfig/data/ShellOutput.h"
+#include "WebApps/webconfig/forms/Ethernet1.h"
+
+namespace webconfig::data {
+
+struct Ethernet1 : public BaseTabbed {
+    forms::Ethernet1 form;
+    ShellOutput commands;
+    unsigned refresh_interval = 1000;  // milliseconds
+    std::string status_url;
+};
+
+}  // namespace webconfig::data

@@ -1,0 +1,100 @@
+#include "WebApps/webconfig/forms/Ethernet1.h"
+
+#include <cstdint>
+#include <string>
+
+#include "WebApps/webconfig/forms/Validation.h"
+
+namespace webconfig::forms {
+
+namespace {
+
+constexpr char invalidAddress[] = "Invalid IP address";
+
+/// Networks that leave room for hosts, from the smallest to a whole class A.
+constexpr unsigned longestPrefix = 30;
+constexpr unsigned shortestPrefix = 8;
+
+/// Bit i of a speed mask is the speed i.
+constexpr char const *speeds[] = {"10Mbs Half duplex", "10Mbs Full duplex", "100Mbs Half duplex",
+                                  "100Mbs Full duplex"};
+
+std::string DottedNetmask(unsigned prefix) {
+    std::uint32_t const mask = ~std::uint32_t{0} << (32 - prefix);
+    std::string dotted;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        dotted += std::to_string(mask >> shift & 0xFF) + (shift ? "." : "");
+    return dotted;
+}
+
+}  // namespace
+
+Ethernet1::Ethernet1() {
+    addressMode.name("addressMode");
+    addressMode.id("cfg_eth1_address_mode");
+    addressMode.message("Address Mode");
+    addressMode.add("Static", "static");
+    addressMode.add("DHCP", "dhcp");
+    addressMode.selected_id("static");
+    util::validation::NonEmpty(addressMode);
+    add(addressMode);
+
+    ipAddress.name("ipAddress");
+    ipAddress.id("cfg_eth1_ip");
+    ipAddress.message("IP Address");
+    ipAddress.error_message(invalidAddress);
+    add(ipAddress);
+
+    netmask.name("netmask");
+    netmask.id("cfg_eth1_netmask");
+    netmask.message("Netmask");
+    for (unsigned prefix = longestPrefix; prefix >= shortestPrefix; --prefix) {
+        std::string const dotted = DottedNetmask(prefix);
+        netmask.add(dotted + '/' + std::to_string(prefix), dotted);
+    }
+    add(netmask);
+
+    gateway.name("gateway");
+    gateway.id("cfg_eth1_gateway");
+    gateway.message("Gateway");
+    gateway.error_message(invalidAddress);
+    add(gateway);
+
+    speedsAvailable.name("speedsAvailable");
+    speedsAvailable.id("cfg_eth1_speed");
+    speedsAvailable.message("Available speeds");
+    speedsAvailable.rows(4);
+    speedsAvailable.at_least(1);
+    speedsAvailable.error_message("At least one speed must be selected");
+    add(speedsAvailable);
+
+    saveButton.name("saveButton");
+    saveButton.id("cfg_eth1_save");
+    saveButton.value("Save");
+    add(saveButton);
+}
+
+void Ethernet1::AddSpeeds(unsigned mask) {
+    for (unsigned bit = 0; bit < std::size(speeds); ++bit)
+        speedsAvailable.add(std::string(speeds[bit]), (mask >> bit & 1U) != 0);
+}
+
+unsigned Ethernet1::SpeedMask() {
+    unsigned mask = 0;
+    auto const selected = speedsAvailable.selected_map();
+    for (unsigned bit = 0; bit < selected.size(); ++bit)
+        mask |= static_cast<unsigned>(selected[bit]) << bit;
+    return mask;
+}
+
+bool Ethernet1::validate() {
+    if (IsDhcp()) {
+        ipAddress.SetAllowEmpty(true);
+        gateway.SetAllowEmpty(true);
+    } else {
+        util::validation::NonEmpty(netmask);
+    }
+    return Base::validate();
+}
+
+}  // namespace webconfig::forms
