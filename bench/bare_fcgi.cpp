@@ -31,8 +31,8 @@ int main(int argc, char *argv[]) {
     }
     FCGX_Init();
     int const socket = FCGX_OpenSocket(argv[1], 128);
-    std::string const answer =
-        "Content-Type: text/html; charset=utf-8\r\n\r\n" + std::string(std::strtoul(argv[3], nullptr, 10), 'x');
+    std::string const answer = "Content-Type: text/html; charset=utf-8\r\n\r\n" +
+                               std::string(std::strtoul(argv[3], nullptr, 10), 'x');
     std::vector<std::thread> threads;
     for (int n = std::atoi(argv[2]); n > 0; --n)
         threads.emplace_back(Serve, socket, std::cref(answer));

@@ -56,7 +56,7 @@ def running(*command):
     try:
         yield process
     finally:
-        process.terminate()
+        process.kill()  # the bare program catches the polite signals
         process.wait()
 
 

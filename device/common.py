@@ -19,7 +19,10 @@ ENVIRONMENT = {
     "PATH": "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin",
     "HOME": "/root",
     "LANG": "C.UTF-8",
+    "MOUNT_DIR": "/opt/applications",
+    "APPLICATION_DIR": "/opt/applications/telemetry",
 }
+
 
 def device_name(text):
     """An argparse type: the name of a device, short and harmless in a path or an address."""

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 #include <iterator>
 #include <random>
 #include <string>
@@ -91,7 +92,7 @@ bool cSerialdClient::NextMode() {
 
 bool cSerialdClient::Write(char const *data, std::size_t size) {
     if (size > SerialdMsg::maxData) {
-        std::fprintf(stderr, "cSerialdClient: %zu bytes do not fit into a datagram\n", size);
+        std::cerr << "cSerialdClient: " << size << " bytes do not fit into a datagram\n";
         std::abort();
     }
     using namespace std::chrono;

@@ -11,8 +11,8 @@
 /// may live side by side.
 ///
 /// Nothing here waits but Connect(), between its attempts, and WaitRead(). What sends connects first where
-/// that has not been done, and returns false where it cannot connect, there is no daemon, or the daemon has
-/// stopped reading and its queue is full.
+/// that has not been done, and returns false where it cannot connect, there is no daemon, or too many
+/// datagrams wait there, as at a daemon that has stopped reading.
 class cSerialdClient {
   public:
     explicit cSerialdClient(std::uint32_t clientId) : clientId_(clientId) {}

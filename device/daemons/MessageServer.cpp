@@ -1,23 +1,11 @@
 #include "device/daemons/MessageServer.h"
 
 #include "device/daemons/Behaviour.h"
+#include "device/daemons/RawMessage.h"
 
 namespace daemons {
 
 namespace {
-
-/// A message that is sent as the bytes it is given.
-class RawMessage : public cVexaMsg {
-  public:
-    explicit RawMessage(std::string bytes) : cVexaMsg(0), bytes_(std::move(bytes)) {}
-
-    int Pack(char *buffer, unsigned int size) const override {
-        return static_cast<int>(bytes_.copy(buffer, size));
-    }
-
-  private:
-    std::string bytes_;
-};
 
 std::string Packed(cVexaMsg const &message) {
     char buffer[512];

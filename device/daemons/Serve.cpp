@@ -12,6 +12,7 @@ namespace daemons {
 
 void Serve(std::vector<Server *> const &servers) {
     std::vector<pollfd> waits;
+    waits.reserve(servers.size());
     for (Server const *server : servers)
         waits.push_back({.fd = server->Descriptor(), .events = POLLIN, .revents = 0});
     for (;;) {

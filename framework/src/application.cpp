@@ -21,10 +21,14 @@ namespace {
 
 template <typename... Parameters>
 std::string mapped(application &app, std::string const &key, Parameters const &...parameters) {
-    std::ostringstream out;
-    out.imbue(app.context().locale());
+    // To make a stream takes longer than to map a URL: each thread keeps one.
+    static thread_local std::ostringstream out;
+    if (auto const locale = app.context().locale(); out.getloc() != locale)
+        out.imbue(locale);
     app.mapper().map(out, key, parameters...);
-    return out.str();
+    std::string url = out.str();
+    out.str({});
+    return url;
 }
 
 }  // namespace

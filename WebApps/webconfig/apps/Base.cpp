@@ -16,15 +16,13 @@ Base::Base(cppcms::service &service, std::string appVolumeName)
     : cppcms::application(service), _appVolumeName(std::move(appVolumeName)) {}
 
 void Base::Prepare(data::Base &content) {
-    auto const branding = [this](char const *name) {
-        return settings().get(std::string("webconfig.branding.") + name, "");
-    };
-    content.branding.footer_right_text = branding("footer_right_text");
-    content.branding.footer_left_text = branding("footer_left_text");
-    content.branding.banner_text = branding("banner_text");
-    content.branding.window_text = branding("window_text");
-    content.branding.banner_html = branding("banner_html");
-    content.branding.footer_html = branding("footer_html");
+    auto const &branding = settings().find("webconfig.branding");
+    content.branding.footer_right_text = branding.get("footer_right_text", "");
+    content.branding.footer_left_text = branding.get("footer_left_text", "");
+    content.branding.banner_text = branding.get("banner_text", "");
+    content.branding.window_text = branding.get("window_text", "");
+    content.branding.banner_html = branding.get("banner_html", "");
+    content.branding.footer_html = branding.get("footer_html", "");
 
     PrepareMenus(content.menus);
 

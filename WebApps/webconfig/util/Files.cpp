@@ -1,5 +1,4 @@
 #include "WebApps/webconfig/util/Files.h"
-#include "WebApps/webconfig/util/Commands.h"
 
 #include <dirent.h>
 #include <regex.h>
@@ -81,6 +80,15 @@ bool MoveFile(std::string const &source, std::string const &destination) {
     return RunCommand("mv " + quoted(source) + ' ' + quoted(destination)) == 0;
 }
 
+bool ForEachEntry(std::string const &directory, std::function<void(dirent const &)> const &visit) {
+    std::unique_ptr<DIR, CloseDirectory> const entries(::opendir(directory.c_str()));
+    if (!entries)
+        return false;
+    while (dirent const *const entry = ::readdir(entries.get()))
+        visit(*entry);
+    return true;
+}
+
 std::vector<std::string> FindFiles(std::string const &directory, FindFilesType type,
                                    std::string const &pattern) {
     Pattern const expression(pattern);
@@ -88,14 +96,11 @@ std::vector<std::string> FindFiles(std::string const &directory, FindFilesType t
         WEBCONFIG_LOG(error, logTag) << "FindFiles: Bad regex pattern: " << pattern;
         return {};
     }
-    std::unique_ptr<DIR, CloseDirectory> const entries(::opendir(directory.c_str()));
-    if (!entries)
-        return {};
     std::vector<std::string> names;
-    while (dirent const *const entry = ::readdir(entries.get())) {
-        if (expression.Matches(entry->d_name) && IsWanted(*entry, type))
-            names.emplace_back(entry->d_name);
-    }
+    ForEachEntry(directory, [&](dirent const &entry) {
+        if (expression.Matches(entry.d_name) && IsWanted(entry, type))
+            names.emplace_back(entry.d_name);
+    });
     return names;
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <dirent.h>
+
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +18,10 @@ std::uintmax_t FileSize(std::string const &path);
 /// Renames \a source to \a destination or, between file systems, runs "mv". True on success. Only with a
 /// hardened shell may a path hold characters that have a meaning inside double quotes.
 bool MoveFile(std::string const &source, std::string const &destination);
+
+/// Hands every entry of a directory to \a visit, in the directory's order, "." and ".." included. False
+/// where the directory cannot be read.
+bool ForEachEntry(std::string const &directory, std::function<void(dirent const &)> const &visit);
 
 /// Which entries FindFiles() returns.
 enum class FindFilesType { Files = 0, Directories = 1, All = 2 };

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <thread>
 
@@ -21,9 +22,16 @@ namespace {
 constexpr auto head_patience = std::chrono::seconds(2);
 constexpr auto head_poll = std::chrono::milliseconds(2);
 
-bool is_library_ready() {
-    static bool const ready = FCGX_Init() == 0;
-    return ready;
+/// Sets the library up, once. It would also take over signals that are not its business.
+bool set_up_library() {
+    constexpr std::array signals{SIGPIPE, SIGTERM, SIGUSR1};
+    std::array<struct sigaction, signals.size()> before{};
+    for (std::size_t i = 0; i < signals.size(); ++i)
+        sigaction(signals[i], nullptr, &before[i]);
+    bool const done = FCGX_Init() == 0;
+    for (std::size_t i = 0; i < signals.size(); ++i)
+        sigaction(signals[i], &before[i], nullptr);
+    return done;
 }
 
 char const *problem_of(fastcgi_head_state state) {
@@ -46,7 +54,7 @@ fastcgi_connection::fastcgi_connection(int descriptor, connection_registry &regi
     set_timeouts(timeout);
     // No listening socket: with an open connection the library reads a request from that one, as from one
     // kept since an earlier request, and where it fails it cannot go on to accept another.
-    is_library_ready();
+    [[maybe_unused]] static bool const ready = set_up_library();
     FCGX_InitRequest(&request_, -1, 0);
     request_.ipcFd = descriptor;
     request_.keepConnection = 1;

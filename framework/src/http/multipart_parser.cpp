@@ -133,17 +133,14 @@ multipart_parser::result multipart_parser::take_data(std::string_view &data) {
     return result::more;
 }
 
-/// Where in \a data the delimiter stands or, at the end, may stand. As a CR is its first byte and occurs
-/// nowhere else in it, only a CR can begin it, and a mismatch leaves nothing to look at again.
+/// Where in \a data the delimiter stands or, at the end, may begin; npos where it does not.
 std::size_t multipart_parser::delimiter_start(std::string_view data) const {
-    std::size_t at = data.find('\r');
-    while (at != std::string_view::npos) {
-        auto const rest = data.substr(at);
-        if (common_size(rest, delimiter_) == std::min(rest.size(), delimiter_.size()))
-            break;
-        at = data.find('\r', at + 1);
-    }
-    return at;
+    if (auto const whole = data.find(delimiter_); whole != std::string_view::npos)
+        return whole;
+    // Only a CR begins it, and there is no other one in it.
+    std::size_t const at = data.rfind('\r');
+    bool const may_begin = at != std::string_view::npos && delimiter_.starts_with(data.substr(at));
+    return may_begin ? at : std::string_view::npos;
 }
 
 multipart_parser::result multipart_parser::take_headers(std::string_view &data) {

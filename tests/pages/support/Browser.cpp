@@ -74,6 +74,7 @@ Answer Browser::Perform(std::string const &path) {
     Answer answer;
     curl_easy_setopt(_curl.get(), CURLOPT_URL, (_address + path).c_str());
     curl_easy_setopt(_curl.get(), CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(_curl.get(), CURLOPT_HTTPAUTH, CURLAUTH_DIGEST);  // used with a log-in only
     curl_easy_setopt(_curl.get(), CURLOPT_TIMEOUT, timeoutSeconds);
     curl_easy_setopt(_curl.get(), CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(_curl.get(), CURLOPT_WRITEFUNCTION, &Append);

@@ -9,6 +9,12 @@
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool is_sanitized = true;  // and uses memory of its own
+#else
+constexpr bool is_sanitized = false;
+#endif
+
 class HttpFront : public testing::Test {
   protected:
     int const port_ = FreePort();
@@ -190,13 +196,17 @@ TEST_F(HttpFront, StreamsLargeFilesToDisk) {
         client.Send(
             "POST /pages/echo HTTP/1.1\r\nContent-Type: multipart/form-data; boundary=B\r\nContent-Length: " +
             std::to_string(head.size() + size + end.size()) + "\r\n\r\n" + head);
-        std::string piece(1 << 20, '\r');
+        std::string piece;
+        while (piece.size() < 1 << 20)
+            piece += std::string(59, 'x') + "\r\n--C";
         long const before = peak();
         for (std::size_t sent = 0; sent < size; sent += piece.size())
             ASSERT_TRUE(client.Send(piece));
         client.Send(end);
         EXPECT_NE(client.ReadAll().find("file f big 314572800\n"), std::string::npos);
-        EXPECT_LT(peak() - before, 2048) << "KiB, for 300 MiB";
+        if (!is_sanitized) {
+            EXPECT_LT(peak() - before, 2048) << "KiB, for 300 MiB";
+        }
     }
     EXPECT_TRUE(std::filesystem::is_empty(directory));
     std::filesystem::remove_all(directory);

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <string>
+
+#include "tests/unit/platform/Namespaces.h"
 
 namespace {
 
@@ -28,22 +28,9 @@ class PrivateTmp : public testing::Environment {
 
   private:
     static bool MountTmp() {
-        return EnterNamespace() && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+        return EnterNamespaces(CLONE_NEWNS) &&
+               ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
                ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
-    }
-
-    static bool EnterNamespace() {
-        if (::geteuid() == 0)
-            return ::unshare(CLONE_NEWNS) == 0;
-        std::string const user = std::to_string(::geteuid());
-        std::string const group = std::to_string(::getegid());
-        return ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
-               Write("/proc/self/uid_map", "0 " + user + " 1") && Write("/proc/self/setgroups", "deny") &&
-               Write("/proc/self/gid_map", "0 " + group + " 1");
-    }
-
-    static bool Write(char const *path, std::string const &text) {
-        return static_cast<bool>(std::ofstream(path) << text << std::flush);
     }
 
     std::string store_;

@@ -130,7 +130,8 @@ TEST(Messages, LayoutIsTheSameBothWays) {
         EXPECT_EQ(Packed(message), bytes) << message.Type();
         auto const unpacked = vexa::Unpack(bytes.data(), bytes.size());
         ASSERT_TRUE(unpacked) << message.Type();
-        EXPECT_EQ(typeid(*unpacked), typeid(message));
+        cVexaMsg const &object = *unpacked;
+        EXPECT_EQ(typeid(object), typeid(message));
         EXPECT_EQ(unpacked->Type(), message.Type());
         EXPECT_EQ(Packed(*unpacked), bytes) << message.Type();
     }
@@ -147,10 +148,10 @@ TEST(Messages, SmallBuffersGetTheTypeOrNothing) {
         int result;
         unsigned written;
     } const cases[] = {
-        {request, 0, -1, 0},  {request, 3, -1, 0},    {request, 4, 4, 4},      {server, 3, -1, 0},
-        {server, 4, 4, 4},    {server, 27, 4, 4},     {server, 28, 28, 28},    {openVpn, 3, -1, 0},
-        {openVpn, 72, 4, 4},  {openVpn, 73, 73, 73},  {gprs, 3, -1, 0},        {gprs, 4, 404, 4},
-        {gprs, 100, 404, 4},  {gprs, 403, 404, 4},    {gprs, 404, 404, 404},
+        {request, 0, -1, 0}, {request, 3, -1, 0},   {request, 4, 4, 4},    {server, 3, -1, 0},
+        {server, 4, 4, 4},   {server, 27, 4, 4},    {server, 28, 28, 28},  {openVpn, 3, -1, 0},
+        {openVpn, 72, 4, 4}, {openVpn, 73, 73, 73}, {gprs, 3, -1, 0},      {gprs, 4, 404, 4},
+        {gprs, 100, 404, 4}, {gprs, 403, 404, 4},   {gprs, 404, 404, 404},
     };
     for (auto const &[message, size, result, written] : cases) {
         std::string buffer(500, '#');

@@ -8,9 +8,11 @@
 #include <memory>
 #include <vector>
 
-#include "tests/unit/vexa/RawMessage.h"
+#include "device/daemons/RawMessage.h"
 
 namespace {
+
+using daemons::RawMessage;
 
 /// Remembers what arrives; answers requests where it is told to.
 struct Recorder : cVexa_Handler {
@@ -19,8 +21,9 @@ struct Recorder : cVexa_Handler {
     bool HandleMessage(cVexaMsg *message, char const *sender, cVexa &client) override {
         types.push_back(message->Type());
         senders.emplace_back(sender);
-        if (answer)
+        if (answer) {
             EXPECT_GT(client.Send(sender, answer), 0) << sender;
+        }
         return true;
     }
 

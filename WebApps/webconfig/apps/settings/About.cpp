@@ -1,32 +1,24 @@
 #include "WebApps/webconfig/data/About.h"
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 #include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/util/Files.h"
 
 namespace webconfig::apps {
-
-namespace fs = std::filesystem;
 
 namespace {
 
 constexpr char title[] = "Open Source Software  Notices";
 
-bool IsNotice(fs::directory_entry const &entry) {
-    std::error_code failure;
-    return !entry.path().filename().string().starts_with('.') &&
-           (entry.is_symlink(failure) || entry.is_regular_file(failure));
-}
-
-std::set<data::OSSFile> NoticesIn(fs::path const &package) {
+std::set<data::OSSFile> NoticesIn(std::string const &package) {
     std::set<data::OSSFile> notices;
-    std::error_code failure;
-    for (auto const &entry : fs::directory_iterator(package, failure)) {
-        if (IsNotice(entry))
-            notices.insert({entry.path().filename(), {}});
-    }
+    util::ForEachEntry(package, [&](dirent const &entry) {
+        if (entry.d_name[0] != '.' && (entry.d_type == DT_REG || entry.d_type == DT_LNK))
+            notices.insert({entry.d_name, {}});
+    });
     return notices;
 }
 
@@ -41,14 +33,14 @@ std::string NoticeText(std::string const &path) {
 
 bool Settings::GetOSSFiles(std::string const &directory, data::OSSCatalogue &catalogue) {
     catalogue.clear();
-    std::error_code failure;
-    for (auto const &entry : fs::directory_iterator(directory, failure)) {
-        if (entry.is_symlink(failure) || !entry.is_directory(failure))
-            continue;
-        auto notices = NoticesIn(entry.path());
+    util::ForEachEntry(directory, [&](dirent const &entry) {
+        std::string const package = entry.d_name;
+        if (entry.d_type != DT_DIR || package == "." || package == "..")
+            return;
+        auto notices = NoticesIn(directory + '/' + package);
         if (!notices.empty())
-            catalogue.emplace(entry.path().filename(), std::move(notices));
-    }
+            catalogue.emplace(package, std::move(notices));
+    });
     return !catalogue.empty();
 }
 

@@ -38,8 +38,8 @@ class cVexa {
     int Listen();
 
     /// Delivers \a message to \a destination, opening the endpoint if needed. Never blocks. Returns the
-    /// number of bytes sent; -1 where the endpoint cannot be opened, nobody has that name, or its owner has
-    /// stopped reading and its queue is full.
+    /// number of bytes sent; -1 where the endpoint cannot be opened, nobody has that name, or too many
+    /// messages wait there, as at a daemon that has stopped reading.
     int Send(char const *destination, cVexaMsg const *message);
 
     /// Readable when something has arrived; -1 while the endpoint is not open.

@@ -1,9 +1,11 @@
 #pragma once
 
-#include <vexa/vexa.h>
+#include <vexa/Messages.h>
 
 #include <string>
 #include <utility>
+
+namespace daemons {
 
 /// A message that is sent as the bytes it is given.
 class RawMessage : public cVexaMsg {
@@ -17,3 +19,5 @@ class RawMessage : public cVexaMsg {
   private:
     std::string bytes_;
 };
+
+}  // namespace daemons
