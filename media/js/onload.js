@@ -213,6 +213,17 @@
         );
     }
 
+    /** One preformatted text of several parts, to append to a status box.
+     *  @param parts pairs of heading and text.
+     *  @param note what is said below them. */
+    function StatusReport(parts, note) {
+        const $report = $("<pre>");
+        for (const [title, text] of parts) {
+            $report.append($("<h2>").text(title), document.createTextNode(text));
+        }
+        return $report.append($("<b>").text(note));
+    }
+
     // -----------------------------------------------------------------------------------------------
 
     window.ClearFormResultMsg = ClearFormResultMsg;
@@ -221,6 +232,7 @@
     window.PollStatus = PollStatus;
     window.PollBriefStatus = PollBriefStatus;
     window.StatusSection = StatusSection;
+    window.StatusReport = StatusReport;
 
     // Hides what carries "hiddenOnLoad" from the first paint on; page scripts show it with jQuery's show().
     document.documentElement.classList.add("js");
