@@ -9,6 +9,7 @@ const pages = [
     "/",
     "/config/settings/about",
     "/config/settings/firmware",
+    "/config/settings/reboot",
 ];
 const rebootFlag = "/tmp/webconfig_reboot_flag";
 

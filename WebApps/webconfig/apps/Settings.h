@@ -21,6 +21,7 @@ class Settings : public Base {
     void Firmware();
     /// The progress of a running upgrade; without one, the way to the Firmware page.
     void FirmwareUpgradeStatus();
+    void Reboot();
     void About();
     /// \a package and \a file come from the URL; the route lets only names through that stay inside the
     /// licence directory.
