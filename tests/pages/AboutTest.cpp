@@ -59,7 +59,7 @@ TEST_F(AboutTest, OnlyListedNoticesAreShown) {
     // These names lead nowhere in the licence directory: no route takes them, and they show the Firmware page.
     for (char const *path : {"/test-package/.hidden", "/test-package/..", "/../about", "/test-package/%2e%2e",
                              "/test-package/c%20"})
-        EXPECT_EQ(Html(browser.Get(about + path).body).Count("//tr[@id='test-package']"), 0U) << path;
+        EXPECT_EQ(Html(browser.Get(about + path).body).Count("//tr[@id='test-package']//pre"), 0U) << path;
 }
 
 }  // namespace pages
