@@ -4,8 +4,11 @@
 
 #include "WebApps/webconfig/apps/Base.h"
 
+#include "WebApps/webconfig/data/PortForwardingRules.h"
+
 namespace webconfig::data {
 struct Ethernet1;
+struct PortForwarding;
 }  // namespace webconfig::data
 
 namespace webconfig::apps {
@@ -16,6 +19,7 @@ class Network : public Base {
     explicit Network(cppcms::service &service);
 
     void Ethernet1();
+    void PortForwarding();
 
   private:
     /// Registers a page at "/" + \a name, under \a name for links.
@@ -26,6 +30,18 @@ class Network : public Base {
     /// The page of a wired port, all but its command output.
     void EthernetInternal(data::Ethernet1 &content, EthernetPort const &port);
     void _EthernetSave(data::Ethernet1 &content, EthernetPort const &port);
+
+    static void _PortForwardingLoadData(data::PortForwardingRules &rules);
+    static bool _PortForwardingCheckRule(data::PortForwarding &content, data::PortForwardingKey const &key);
+    // One for each button of the page; they tell whether the rules have to be applied.
+    bool _PortForwardingAddHandler(data::PortForwarding &content);
+    bool _PortForwardingSaveHandler(data::PortForwarding &content);
+    bool _PortForwardingDeleteHandler(data::PortForwarding &content);
+    bool _PortForwardingEditHandler(data::PortForwarding &content);
+    bool _PortForwardingCancelHandler(data::PortForwarding &content);
+    static void _PortForwardingPrmWriteEntry(data::PortForwardingKey const &key,
+                                             data::PortForwardingEntry const &entry);
+    static void _PortForwardingPrmDeleteEntry(data::PortForwardingKey const &key);
 };
 
 }  // namespace webconfig::apps

@@ -97,6 +97,14 @@ std::vector<std::string> TakeCommands() {
     return commands;
 }
 
+KeptParameters::KeptParameters(std::string prefix)
+    : _prefix(std::move(prefix)), _lines(Shell("prm export " + _prefix)) {}
+
+KeptParameters::~KeptParameters() {
+    TemporaryFile const lines("/tmp/kept_parameters", _lines);
+    Shell("for key in $(prm list " + _prefix + "); do prm del $key; done; prm import /tmp/kept_parameters");
+}
+
 RefusedKey::RefusedKey(std::string const &key) {
     Shell(std::string("sqlite3 ") + store +
           " \"CREATE TRIGGER refused BEFORE INSERT ON parameter WHEN NEW.key='" + key +

@@ -53,6 +53,19 @@ class RecordingProgram {
 /// The command lines that were recorded since the last call.
 std::vector<std::string> TakeCommands();
 
+/// Puts the parameters whose names begin with \a prefix back in the end.
+class KeptParameters {
+  public:
+    explicit KeptParameters(std::string prefix);
+    ~KeptParameters();
+    KeptParameters(KeptParameters const &) = delete;
+    KeptParameters &operator=(KeptParameters const &) = delete;
+
+  private:
+    std::string _prefix;
+    std::string _lines;
+};
+
 /// Makes the parameter store refuse to write one key as long as the object lives.
 class RefusedKey {
   public:

@@ -7,6 +7,7 @@ namespace webconfig::apps {
 
 Network::Network(cppcms::service &service) : Base(service, "") {
     _Page("ethernet1", &Network::Ethernet1);
+    _Page("port_forwarding", &Network::PortForwarding);
 }
 
 void Network::_Page(std::string const &name, void (Network::*handler)()) {
