@@ -42,8 +42,8 @@ std::string Pem() {
 TEST(Certificates, IssuerAndSubjectOfTheClientCertificate) {
     std::string const pem = Pem();
     for (std::string const &text : {"client\n<ca>\nx\n</ca>\n<cert>\n" + pem + "</cert>\n<key>\n</key>\n",
-                                    "<cert>Certificate:\n  Data: v3\n" + pem + "</cert>",
-                                    "<cert>" + pem + "</cert><cert>second</cert>"}) {
+                                    "<cert>Certificate:\n  Version: 3\n" + pem + "</cert>",
+                                    "<cert>\n" + pem + "</cert><cert>second</cert>"}) {
         std::string issuer = "old";
         std::string subject = "old";
         EXPECT_TRUE(ReadCertificateDetails(text, issuer, subject)) << text;
