@@ -1,94 +1,22 @@
 #!/usr/bin/python3 -B
-"""The virtual device from the outside: that it starts, can be joined, stays apart from the host, and leaves nothing.
-
-WEBCONFIG_BUILD names the build folder (build/dev).
-"""
+"""The virtual device from the outside: that it starts, can be joined, stays apart from the host, and leaves nothing."""
 
 import os
 import signal
 import socket
 import subprocess
-import sys
-import time
 import unittest
-import urllib.error
-import urllib.request
 from pathlib import Path
 
-PROJECT = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(PROJECT / "device"))
-import common  # noqa: E402
+from support import BUILD, PROJECT, Device, common, eventually, get
 
-BUILD = os.path.abspath(os.environ.get("WEBCONFIG_BUILD", PROJECT / "build/dev"))
 AS_NOBODY = ["setpriv", "--reuid", "nobody", "--regid", "nogroup", "--clear-groups"]
-
-
-class NoRedirect(urllib.request.HTTPRedirectHandler):
-    def redirect_request(self, *_):
-        return None
-
-
-def get(url, password="admin"):
-    """Status and Location of a page, as admin; without a log-in where there is no password."""
-    accounts = urllib.request.HTTPPasswordMgrWithDefaultRealm()
-    if password is not None:
-        accounts.add_password(None, url, "admin", password)
-    opener = urllib.request.build_opener(urllib.request.ProxyHandler({}), NoRedirect,
-                                         urllib.request.HTTPDigestAuthHandler(accounts))
-    try:
-        with opener.open(url, timeout=10) as answer:
-            return answer.status, None
-    except urllib.error.HTTPError as error:
-        with error:
-            return error.code, error.headers["Location"]
-
-
-def eventually(condition, seconds=15):
-    deadline = time.monotonic() + seconds
-    while not condition():
-        if time.monotonic() > deadline:
-            return False
-        time.sleep(0.05)
-    return True
 
 
 def host_traces():
     """What a device could leave on the host: mounts, network devices, scratch folders."""
     mounts = Path("/proc/self/mountinfo").read_text(encoding="utf-8").splitlines()
     return {*mounts, *os.listdir("/sys/class/net"), *Path("/tmp").glob("webconfig-device.*")}
-
-
-class Device:
-    """A device that device/boot runs in the foreground."""
-
-    def __init__(self, name, *options, prefix=()):
-        self.name = f"test{os.getpid()}-{name}"
-        self.prefix = list(prefix)
-        self.launcher = subprocess.Popen(
-            [*self.prefix, PROJECT / "device/boot", "--name", self.name, "--port", "0", "--build", BUILD, *options],
-            cwd="/", stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-        self.url = self.launcher.stdout.readline().strip()
-        if not self.url:
-            raise AssertionError(self.launcher.communicate()[1])
-        self.init = common.init_pid(self.name)
-
-    def enter(self, *command, **options):
-        return subprocess.run([*self.prefix, PROJECT / "device/enter", "--name", self.name, *command], cwd="/",
-                              capture_output=True, text=True, timeout=30, check=False, **options)
-
-    def output(self, *command):
-        done = self.enter(*command)
-        assert done.returncode == 0, (command, done)
-        return done.stdout.strip()
-
-    def ended(self):
-        """Waits for the end; returns the launcher's exit status and what it said."""
-        said = self.launcher.communicate(timeout=20)[1]
-        return self.launcher.returncode, said
-
-    def end(self):
-        self.launcher.terminate()
-        return self.ended()
 
 
 class RunningDevice(unittest.TestCase):
@@ -232,10 +160,14 @@ class Ending(unittest.TestCase):
         self.check(lambda device: device.enter("poweroff"), 0)
 
     def test_death_of_a_service(self):
-        for service in ("webconfig", "lighttpd"):
-            with self.subTest(service):
-                self.check(lambda device, name=service: device.enter("kill", "-KILL", device.output("pgrep", "-x", name)), 1,
-                           f"{service} ended on signal 9")
+        def kill(device, service):
+            device.enter("pkill", "-KILL", "-x", service)
+
+        def kill_again_and_again(device):
+            self.assertTrue(eventually(lambda: kill(device, "webconfig") or device.launcher.poll() is not None))
+
+        self.check(lambda device: kill(device, "lighttpd"), 1, "lighttpd ended on signal 9")
+        self.check(kill_again_and_again, 1, "webconfig ended on signal 9: the device stops")
 
     def test_death_of_init(self):
         self.check(lambda device: os.kill(device.init, signal.SIGKILL), 1)

@@ -7,8 +7,10 @@
 #include "WebApps/webconfig/data/PortForwardingRules.h"
 
 namespace webconfig::data {
+struct AccessPoint;
 struct Ethernet1;
 struct PortForwarding;
+struct Wlan;
 }  // namespace webconfig::data
 
 namespace webconfig::apps {
@@ -20,6 +22,10 @@ class Network : public Base {
 
     void Ethernet1();
     void PortForwarding();
+    void Ntpd();
+    void DNSServer();
+    void AccessPoint();
+    void Wlan();
 
   private:
     /// Registers a page at "/" + \a name, under \a name for links.
@@ -42,6 +48,9 @@ class Network : public Base {
     static void _PortForwardingPrmWriteEntry(data::PortForwardingKey const &key,
                                              data::PortForwardingEntry const &entry);
     static void _PortForwardingPrmDeleteEntry(data::PortForwardingKey const &key);
+
+    void _AccessPointSave(data::AccessPoint &content);
+    static void _WlanSave(data::Wlan &content);
 };
 
 }  // namespace webconfig::apps

@@ -79,6 +79,12 @@ CountryChannels const &getCountryChannels() {
     return table.empty() ? none : table;  // what callers hold never changes under them
 }
 
+std::string WifiCountry() {
+    auto const &table = getCountryChannels();
+    std::string const stored = Prm::GetString("net/wifi/country");
+    return table.empty() || table.count(stored) ? stored : table.begin()->first;
+}
+
 std::vector<std::string> ChannelEntries(std::string const &country) {
     auto const &table = getCountryChannels();
     auto const found = table.find(country);

@@ -15,6 +15,10 @@ using CountryChannels = std::map<std::string, std::string>;
 /// is logged). Any thread may call it.
 CountryChannels const &getCountryChannels();
 
+/// The country of the Wi-Fi settings: the one stored or, where the table does not have that, the table's
+/// first. With an empty table, the one stored.
+std::string WifiCountry();
+
 /// The channels of a country as number, colon and centre frequency in MHz ("36:5180"); none for a country
 /// that is not in the table.
 std::vector<std::string> ChannelEntries(std::string const &country);

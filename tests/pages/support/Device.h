@@ -40,11 +40,15 @@ class TemporaryFile {
 class RecordingProgram {
   public:
     explicit RecordingProgram(std::string path);
+    /// A stand-in in any case, which runs \a script after that.
+    RecordingProgram(std::string path, std::string const &script);
     ~RecordingProgram();
     RecordingProgram(RecordingProgram const &) = delete;
     RecordingProgram &operator=(RecordingProgram const &) = delete;
 
   private:
+    void _StandIn(std::string const &script);
+
     std::string _path;
     std::string _aside;
     bool _standIn;
