@@ -4,8 +4,13 @@
 
 #include "WebApps/webconfig/apps/Base.h"
 
+#include "WebApps/webconfig/data/PortForwardingRules.h"
+
 namespace webconfig::data {
+struct AccessPoint;
 struct Ethernet1;
+struct PortForwarding;
+struct Wlan;
 }  // namespace webconfig::data
 
 namespace webconfig::apps {
@@ -16,6 +21,11 @@ class Network : public Base {
     explicit Network(cppcms::service &service);
 
     void Ethernet1();
+    void PortForwarding();
+    void Ntpd();
+    void DNSServer();
+    void AccessPoint();
+    void Wlan();
 
   private:
     /// Registers a page at "/" + \a name, under \a name for links.
@@ -26,6 +36,21 @@ class Network : public Base {
     /// The page of a wired port, all but its command output.
     void EthernetInternal(data::Ethernet1 &content, EthernetPort const &port);
     void _EthernetSave(data::Ethernet1 &content, EthernetPort const &port);
+
+    static void _PortForwardingLoadData(data::PortForwardingRules &rules);
+    static bool _PortForwardingCheckRule(data::PortForwarding &content, data::PortForwardingKey const &key);
+    // One for each button of the page; they tell whether the rules have to be applied.
+    bool _PortForwardingAddHandler(data::PortForwarding &content);
+    bool _PortForwardingSaveHandler(data::PortForwarding &content);
+    bool _PortForwardingDeleteHandler(data::PortForwarding &content);
+    bool _PortForwardingEditHandler(data::PortForwarding &content);
+    bool _PortForwardingCancelHandler(data::PortForwarding &content);
+    static void _PortForwardingPrmWriteEntry(data::PortForwardingKey const &key,
+                                             data::PortForwardingEntry const &entry);
+    static void _PortForwardingPrmDeleteEntry(data::PortForwardingKey const &key);
+
+    void _AccessPointSave(data::AccessPoint &content);
+    static void _WlanSave(data::Wlan &content);
 };
 
 }  // namespace webconfig::apps

@@ -23,6 +23,17 @@ void MinLength(cppcms::widgets::text &widget, unsigned min) {
     widget.error_message("Invalid length; minimum " + std::to_string(min));
 }
 
+bool IsSsid(cppcms::widgets::text &widget) {
+    constexpr std::size_t max = 32;
+    std::size_t const length = widget.value().size();
+    if (length >= 1 && length <= max)
+        return widget.valid();
+    widget.valid(false);
+    widget.error_message("Invalid length; minimum 1, maximum " + std::to_string(max));
+    AddClass(widget, "cppcms_error_msg");
+    return false;
+}
+
 void AddClass(cppcms::widgets::base_widget &widget, std::string const &cssClass) {
     if (cssClass.empty())
         return;

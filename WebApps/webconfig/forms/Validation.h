@@ -24,6 +24,9 @@ void Length(cppcms::widgets::file &widget, unsigned min, unsigned max);
 /// Limits a text to at least \a min characters.
 void MinLength(cppcms::widgets::text &widget, unsigned min);
 
+/// Whether a text that was validated is a network name of 1 to 32 bytes; marks it where it is not.
+bool IsSsid(cppcms::widgets::text &widget);
+
 /// Adds a style class to the widget's attribute string. An attribute string without a class attribute is
 /// replaced: its other attributes are dropped, on purpose.
 void AddClass(cppcms::widgets::base_widget &widget, std::string const &cssClass);

@@ -71,6 +71,7 @@ booster::intrusive_ptr<cppcms::application> MountStatus(cppcms::service &service
 /// One life of the service, from its configuration to its shutdown.
 void RunService(int argc, char *argv[]) {
     cppcms::service service(argc, argv);
+    util::HardenShell(service.settings().get("webconfig.hardening.shell", false));
     MountPages(service);
     auto const status = MountStatus(service);
     service.run();

@@ -11,6 +11,7 @@
 
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/ShellQuote.h"
 
 namespace webconfig::util {
 
@@ -73,7 +74,10 @@ bool MoveFile(std::string const &source, std::string const &destination) {
         return true;
     if (errno != EXDEV)
         return false;
-    return RunCommand("mv \"" + source + "\" \"" + destination + '"') == 0;
+    auto const quoted = [](std::string const &path) {
+        return '"' + ShellQuote(path, ShellPosition::DoubleQuoted) + '"';
+    };
+    return RunCommand("mv " + quoted(source) + ' ' + quoted(destination)) == 0;
 }
 
 bool ForEachEntry(std::string const &directory, std::function<void(dirent const &)> const &visit) {

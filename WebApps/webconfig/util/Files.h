@@ -15,8 +15,8 @@ bool FileExists(std::string const &path);
 /// Size in bytes; 0 where the file cannot be examined.
 std::uintmax_t FileSize(std::string const &path);
 
-/// Renames \a source to \a destination or, between file systems, runs "mv". True on success. Neither path
-/// may hold a double quote or another character with a meaning inside double quotes of the shell.
+/// Renames \a source to \a destination or, between file systems, runs "mv". True on success. Only with a
+/// hardened shell may a path hold characters that have a meaning inside double quotes.
 bool MoveFile(std::string const &source, std::string const &destination);
 
 /// Hands every entry of a directory to \a visit, in the directory's order, "." and ".." included. False

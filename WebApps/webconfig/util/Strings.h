@@ -18,4 +18,7 @@ class containsChars {
 /// \a text without any of \a characters.
 std::string StripChars(std::string text, std::string const &characters);
 
+/// The decimal number that \a text begins with; 0 where it begins with none, or with one that is too large.
+unsigned LeadingNumber(std::string const &text);
+
 }  // namespace webconfig::util

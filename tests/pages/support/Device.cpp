@@ -71,12 +71,20 @@ RecordingProgram::RecordingProgram(std::string path)
     : _path(std::move(path)),
       _aside(_path + ".aside"),
       _standIn(ReadFile(_path).find(recordScript) == std::string::npos) {
+    if (_standIn)
+        _StandIn("");
+}
+
+RecordingProgram::RecordingProgram(std::string path, std::string const &script)
+    : _path(std::move(path)), _aside(_path + ".aside"), _standIn(true) {
+    _StandIn(script);
+}
+
+void RecordingProgram::_StandIn(std::string const &script) {
     namespace fs = std::filesystem;
-    if (!_standIn)
-        return;
     if (fs::exists(_path))
         fs::rename(_path, _aside);
-    WriteFile(_path, std::string("#!/bin/sh\n. ") + recordScript + '\n');
+    WriteFile(_path, std::string("#!/bin/sh\n. ") + recordScript + '\n' + script + '\n');
     fs::permissions(_path, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
 }
 
@@ -95,6 +103,14 @@ std::vector<std::string> TakeCommands() {
         commands.push_back(line);
     WriteFile(commandList, "");
     return commands;
+}
+
+KeptParameters::KeptParameters(std::string prefix)
+    : _prefix(std::move(prefix)), _lines(Shell("prm export " + _prefix)) {}
+
+KeptParameters::~KeptParameters() {
+    TemporaryFile const lines("/tmp/kept_parameters", _lines);
+    Shell("for key in $(prm list " + _prefix + "); do prm del $key; done; prm import /tmp/kept_parameters");
 }
 
 RefusedKey::RefusedKey(std::string const &key) {

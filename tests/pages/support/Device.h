@@ -40,11 +40,15 @@ class TemporaryFile {
 class RecordingProgram {
   public:
     explicit RecordingProgram(std::string path);
+    /// A stand-in in any case, which runs \a script after that.
+    RecordingProgram(std::string path, std::string const &script);
     ~RecordingProgram();
     RecordingProgram(RecordingProgram const &) = delete;
     RecordingProgram &operator=(RecordingProgram const &) = delete;
 
   private:
+    void _StandIn(std::string const &script);
+
     std::string _path;
     std::string _aside;
     bool _standIn;
@@ -52,6 +56,19 @@ class RecordingProgram {
 
 /// The command lines that were recorded since the last call.
 std::vector<std::string> TakeCommands();
+
+/// Puts the parameters whose names begin with \a prefix back in the end.
+class KeptParameters {
+  public:
+    explicit KeptParameters(std::string prefix);
+    ~KeptParameters();
+    KeptParameters(KeptParameters const &) = delete;
+    KeptParameters &operator=(KeptParameters const &) = delete;
+
+  private:
+    std::string _prefix;
+    std::string _lines;
+};
 
 /// Makes the parameter store refuse to write one key as long as the object lives.
 class RefusedKey {

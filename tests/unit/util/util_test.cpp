@@ -119,6 +119,14 @@ TEST_F(Files, MoveReplacesAlsoBetweenFileSystems) {
     EXPECT_EQ(FileSize(folder_ / "none"), 0u);
 }
 
+TEST_F(Files, MoveBetweenFileSystemsTakesAnyNameWithAHardenedShell) {
+    HardenShell(true);
+    std::string const target = other_ / "$(touch broken) `id` \"$HOME\"\\ '\n";
+    EXPECT_TRUE(MoveFile(Make(folder_ / "\"; from \\", "new"), target));
+    EXPECT_EQ(FileSize(target), 3u);
+    HardenShell(false);
+}
+
 TEST_F(Files, MoveBetweenFileSystemsWorksWhileChildrenAreIgnored) {
     SignalDisposition const ignored(SIGCHLD, SIG_IGN);
     EXPECT_TRUE(MoveFile(Make(folder_ / "from", "new"), other_ / "to"));

@@ -42,9 +42,8 @@ constexpr Diagnosis diagnoses[] = {
 
 void Network::Ethernet1() {
     data::Ethernet1 content;
-    EthernetInternal(content,
-                     {"Ethernet 1", "net/lan_addr_mode", "net/lan_ipaddr", "net/lan_netmask",
-                      "net/lan_gateway", "net/lan_advertise_speed"});
+    EthernetInternal(content, {"Ethernet 1", "net/lan_addr_mode", "net/lan_ipaddr", "net/lan_netmask",
+                               "net/lan_gateway", "net/lan_advertise_speed"});
     for (auto const &diagnosis : diagnoses) {
         content.commands.sections.push_back(
             {diagnosis.title, util::ShellCommand(diagnosis.command, diagnosis.maxOutput)});

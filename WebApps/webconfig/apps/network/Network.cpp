@@ -7,6 +7,11 @@ namespace webconfig::apps {
 
 Network::Network(cppcms::service &service) : Base(service, "") {
     _Page("ethernet1", &Network::Ethernet1);
+    _Page("port_forwarding", &Network::PortForwarding);
+    _Page("ntp", &Network::Ntpd);
+    _Page("dns_server", &Network::DNSServer);
+    _Page("access_point", &Network::AccessPoint);
+    _Page("wlan", &Network::Wlan);
 }
 
 void Network::_Page(std::string const &name, void (Network::*handler)()) {

@@ -1,0 +1,123 @@
+#include "WebApps/webconfig/data/AccessPoint.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "WebApps/webconfig/apps/Network.h"
+#include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/apps/network/Wifi.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/Network";
+
+constexpr char enabledKey[] = "net/wifi/ap/enabled";
+constexpr char channelKey[] = "net/wifi/ap/channel";
+constexpr char ssidKey[] = "net/wifi/ap/essid";
+constexpr char pskKey[] = "net/wifi/ap/wpa_psk";
+constexpr char vendorKey[] = "net/wifi/vendor";
+
+constexpr char channelField[] = "apChannel";
+constexpr char automaticChannel[] = "0:";
+constexpr int last2GHzChannel = 35;
+
+void LoadFromStore(data::AccessPoint &content) {
+    content.enabled = util::IsOn(enabledKey);
+    content.channel = util::Prm::GetString(channelKey);
+    content.ssid = util::Prm::GetString(ssidKey);
+    content.country = util::WifiCountry();
+    content.key = util::Prm::GetString(pskKey);
+}
+
+void LoadModule(data::AccessPoint &content) {
+    content.country_locked = wifi::IsCountryLocked();
+    content.laird = util::Prm::GetString(vendorKey) == "laird";
+    content.channel_read_only = content.laird && util::IsOn(wifi::clientEnabledKey);
+    content.blocked =
+        content.channel_read_only && std::strtol(content.channel.c_str(), nullptr, 10) > last2GHzChannel;
+}
+
+void ShowStored(data::AccessPoint &content) {
+    content.form.enabled.value(content.enabled);
+    content.form.ssid.value(content.ssid);
+    content.form.country.Show(content.country);
+    content.form.security.selected_id("wpa");
+}
+
+/// Whether the page offers this channel in this country. What is stored may stay.
+bool IsChannelOffered(data::AccessPoint const &content, std::string const &channel,
+                      std::string const &country) {
+    if (channel == content.channel || (channel == automaticChannel && !content.laird))
+        return true;
+    auto const entries = util::ChannelEntries(country);
+    return std::find(entries.begin(), entries.end(), channel) != entries.end();
+}
+
+}  // namespace
+
+void Network::AccessPoint() {
+    util::Prm::FlushReadCache();  // the WLAN page and scripts change what this page reads
+    data::AccessPoint content;
+    Prepare(content);
+    content.title = "Config Access Point";
+    content.status_url = StatusUrl();
+    LoadFromStore(content);
+    LoadModule(content);
+
+    if (!HttpPost())
+        ShowStored(content);
+    else if (!ValidateForm(content.form))
+        content.message = data::Message::ValidationError();
+    else
+        _AccessPointSave(content);
+    content.form.country.ShowDomain();
+    render("AccessPoint", content);
+}
+
+void Network::_AccessPointSave(data::AccessPoint &content) {
+    forms::AccessPoint &form = content.form;
+    bool const switchesOn = form.enabled.value() && !content.enabled;
+    ParameterWriter writer;
+    if (!form.enabled.value()) {
+        writer.SetSwitchIfChanged(enabledKey, false);
+    } else if (content.blocked) {
+        content.message = data::Message::Error("Failed. Cannot enable Laird AP when WLAN is on 5GHz");
+        WEBCONFIG_LOG(error, logTag) << content.message.GetText();
+        ShowStored(content);
+        return;
+    } else {
+        std::string const ssid = form.ssid.value();
+        std::string const channel = HttpPost(channelField);
+        std::string const country = form.country.Posted();
+        auto const key = wifi::Key({content.ssid, content.key}, ssid, form.passPhrase.value());
+        if (!key)
+            wifi::Refuse(form.passPhrase);
+        if (!key || !IsChannelOffered(content, channel, country)) {
+            content.message = data::Message::ValidationError();
+            return;
+        }
+        writer.SetIfChanged(ssidKey, ssid)
+            .SetIfChanged(pskKey, *key)
+            .SetSwitchIfChanged(enabledKey, true)
+            .SetIfChanged(channelKey, channel)
+            .SetIfChanged(wifi::countryKey, country);
+    }
+
+    LoadFromStore(content);
+    ShowStored(content);
+    content.message = writer.Result();
+    if (!writer.Ok())
+        return;
+    form.passPhrase.value("");
+    content.message = wifi::Apply("wifi_ap", "access point");
+    if (content.message.GetResultClass() == data::Message::ResultClass::Error && switchesOn)
+        form.enabled.value(false);  // the store keeps "yes"
+}
+
+}  // namespace webconfig::apps

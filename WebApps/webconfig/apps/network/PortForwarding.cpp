@@ -1,0 +1,233 @@
+#include "WebApps/webconfig/data/PortForwarding.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+#include "WebApps/webconfig/apps/Network.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/Network";
+constexpr char applyRules[] = "/etc/nat_setup.sh web_forwarding";
+
+constexpr char vncPortKey[] = "net/vnc/port";
+constexpr char vncAddressKey[] = "net/vnc/ipaddr";
+
+constexpr auto integerParameter = static_cast<PRM_PAR_T>(0);
+
+using data::PortForwardingEntry;
+using data::PortForwardingKey;
+using data::PortForwardingRules;
+
+/// Where the rules of a protocol are in the store: one folder a rule below the parent, named with the
+/// source port, with the keys "d_ip" and "d_port".
+struct Protocol {
+    unsigned id;
+    char const *parent;
+    char const *badParameter;  // log text
+};
+constexpr Protocol protocols[] = {
+    {PortForwardingKey::Tcp, "net/portfwd/tcp", "PortForwarding load TCP values: Bad PRM parameter "},
+    {PortForwardingKey::Udp, "net/portfwd/udp", "PortForwarding load UDP values: Bad PRM parameter "},
+};
+
+std::string ParameterOf(PortForwardingKey const &key, char const *name) {
+    std::array<char, 128> parameter{};
+    std::snprintf(parameter.data(), parameter.size(), "net/portfwd/%s/%05u/%s", key.ProtocolId(),
+                  key.source_port, name);
+    return parameter.data();
+}
+
+/// The rules that the device's NAT script has built in. They are shown only.
+PortForwardingRules PresetRules() {
+    PortForwardingRules rules;
+    if (util::Prm::Exists(vncPortKey)) {
+        auto const port = static_cast<unsigned>(util::Prm::GetInt(vncPortKey));
+        rules[{PortForwardingKey::Tcp, port}] = {util::Prm::GetString(vncAddressKey), port};
+    } else {
+        WEBCONFIG_LOG(warning, logTag) << "net/vnc parameters not set";
+    }
+    rules[{PortForwardingKey::Tcp, 8002}] = {"192.168.0.100", 8002};
+    rules[{PortForwardingKey::Tcp, 8003}] = {"192.168.0.101", 8003};
+    rules[{PortForwardingKey::Tcp, 8800}] = {"192.168.0.20", 80};
+    return rules;
+}
+
+PortForwardingKey KeyOf(forms::PortForwardingRule &form) {
+    return {form.protocol.selected_id() == "tcp" ? PortForwardingKey::Tcp : PortForwardingKey::Udp,
+            form.sourcePort.value()};
+}
+
+PortForwardingEntry EntryOf(forms::PortForwardingRule &form) {
+    return {form.destinationIP.value(), form.destinationPort.value()};
+}
+
+/// Keeps the values of the open rule, as they are stored, in the hidden fields of its form.
+void KeepOldValues(data::PortForwarding &content) {
+    int row = 0;
+    for (auto const &[key, entry] : content.user_rules) {
+        if (content.IsEdited(row++)) {
+            content.edit_rule.protocolOld.value(key.ProtocolId());
+            content.edit_rule.sourcePortOld.value(std::to_string(key.source_port));
+            content.edit_rule.destinationIPOld.value(entry.destination_ip);
+            content.edit_rule.destinationPortOld.value(std::to_string(entry.destination_port));
+        }
+    }
+}
+
+}  // namespace
+
+void Network::PortForwarding() {
+    struct Action {
+        char const *field;
+        char const *caption;
+        bool (Network::*handler)(data::PortForwarding &);
+        bool appliesRules;
+    };
+    static constexpr Action actions[] = {
+        {"add", "Add Row", &Network::_PortForwardingAddHandler, true},
+        {"edit", "Edit", &Network::_PortForwardingEditHandler, false},
+        {"save", "Save", &Network::_PortForwardingSaveHandler, true},
+        {"delete", "Delete", &Network::_PortForwardingDeleteHandler, true},
+        {"cancel", "Cancel", &Network::_PortForwardingCancelHandler, false},
+    };
+
+    data::PortForwarding content;
+    Prepare(content);
+    content.title = "Port Forwarding";
+    content.status_url = StatusUrl();
+    content.preset_rules = PresetRules();
+    _PortForwardingLoadData(content.user_rules);
+    content.general.load(context());
+
+    if (HttpPost()) {
+        for (auto const &action : actions) {
+            if (HttpPost(action.field) != action.caption)
+                continue;
+            if ((this->*action.handler)(content) && action.appliesRules)
+                util::RunCommand(applyRules);
+            break;
+        }
+    }
+    KeepOldValues(content);
+    render("PortForwarding", content);
+}
+
+void Network::_PortForwardingLoadData(PortForwardingRules &rules) {
+    for (auto const &protocol : protocols) {
+        for (auto const &parameter : util::Prm::GetList(protocol.parent)) {
+            if (!parameter.starts_with(protocol.parent + std::string("/")))
+                continue;
+            std::string value;
+            PRM_PAR_T type{};
+            util::Prm::Get(parameter, value, type);
+            if (value.empty() || (type == integerParameter && value == "0")) {
+                WEBCONFIG_LOG(error, logTag) << protocol.badParameter << parameter;
+                continue;
+            }
+            std::string const port = parameter.substr(std::strlen(protocol.parent) + 1);
+            PortForwardingKey const key{protocol.id, util::LeadingNumber(port)};
+            if (parameter.find("/d_ip") != std::string::npos)
+                rules[key].destination_ip = value;
+            else if (parameter.find("/d_port") != std::string::npos)
+                rules[key].destination_port = util::LeadingNumber(value);
+        }
+    }
+}
+
+/// Whether the rule may be stored: there is no other one for its protocol and port.
+bool Network::_PortForwardingCheckRule(data::PortForwarding &content, PortForwardingKey const &key) {
+    if (content.preset_rules.contains(key)) {
+        content.message = data::Message::Error(
+            "Port forward rule not added. Preset rule exists with same protocol and source port.");
+        return false;
+    }
+    auto const same = content.user_rules.find(key);
+    if (same != content.user_rules.end() &&
+        !content.general.IsRow(std::distance(content.user_rules.begin(), same))) {
+        content.message = data::Message::Error(
+            "Port forward rule not added. User rule exists with same protocol and source port.");
+        return false;
+    }
+    return true;
+}
+
+bool Network::_PortForwardingAddHandler(data::PortForwarding &content) {
+    forms::PortForwardingAddRule &form = content.add_rule;
+    if (!ValidateForm(form)) {
+        WEBCONFIG_LOG(error, logTag) << "PortForwarding row add failed validation";
+        content.message = data::Message::ValidationError();
+        return false;
+    }
+    PortForwardingKey const key = KeyOf(form);
+    if (!_PortForwardingCheckRule(content, key))
+        return false;
+    content.user_rules[key] = EntryOf(form);
+    _PortForwardingPrmWriteEntry(key, content.user_rules[key]);
+    form.clear();
+    content.message = data::Message::SaveOK();
+    return true;
+}
+
+bool Network::_PortForwardingSaveHandler(data::PortForwarding &content) {
+    forms::PortForwardingEditRule &form = content.edit_rule;
+    if (!ValidateForm(form)) {
+        WEBCONFIG_LOG(error, logTag) << "PortForwarding row save failed validation";
+        content.message = data::Message::ValidationError();
+    } else if (PortForwardingKey const key = KeyOf(form); _PortForwardingCheckRule(content, key)) {
+        // The rule under the key from before stays, also when the key was changed: kept.
+        content.user_rules[key] = EntryOf(form);
+        _PortForwardingPrmDeleteEntry(key);
+        _PortForwardingPrmWriteEntry(key, content.user_rules[key]);
+        content.message = data::Message::SaveOK();
+        content.general.editing.value("false");
+        return true;
+    }
+    form.Restore();
+    content.general.editing.value("true");
+    return false;
+}
+
+/// Also where there is no such row the rules are applied again: kept.
+bool Network::_PortForwardingDeleteHandler(data::PortForwarding &content) {
+    content.general.editing.value("false");
+    int row = 0;
+    for (auto const &[key, entry] : content.user_rules) {
+        if (content.general.IsRow(row++)) {
+            _PortForwardingPrmDeleteEntry(key);
+            content.user_rules.erase(key);
+            break;
+        }
+    }
+    return true;
+}
+
+bool Network::_PortForwardingEditHandler(data::PortForwarding &content) {
+    content.general.editing.value("true");
+    content.edit_rule.load(context());
+    return true;
+}
+
+bool Network::_PortForwardingCancelHandler(data::PortForwarding &content) {
+    content.general.editing.value("false");
+    return true;
+}
+
+void Network::_PortForwardingPrmWriteEntry(PortForwardingKey const &key, PortForwardingEntry const &entry) {
+    util::Prm::Set(ParameterOf(key, "d_ip"), entry.destination_ip);
+    util::Prm::Set(ParameterOf(key, "d_port"), std::to_string(entry.destination_port));
+}
+
+void Network::_PortForwardingPrmDeleteEntry(PortForwardingKey const &key) {
+    util::Prm::Delete(ParameterOf(key, "d_ip"));
+    util::Prm::Delete(ParameterOf(key, "d_port"));
+}
+
+}  // namespace webconfig::apps

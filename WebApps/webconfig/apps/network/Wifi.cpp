@@ -1,0 +1,47 @@
+#include "WebApps/webconfig/apps/network/Wifi.h"
+
+#include <cstring>
+
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps::wifi {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/Network";
+constexpr char script[] = "/etc/init.d/network_funcs.sh ";
+constexpr std::size_t keyLength = 64;
+
+}  // namespace
+
+std::optional<std::string> Key(Credentials const &stored, std::string const &ssid,
+                               std::string const &passPhrase) {
+    std::string key;
+    if (!passPhrase.empty())
+        key = util::getPsk(ssid, passPhrase);
+    else if (ssid == stored.ssid && stored.key.size() >= keyLength)
+        key = stored.key;
+    return key.empty() ? std::nullopt : std::optional(key);
+}
+
+void Refuse(cppcms::widgets::base_widget &widget) {
+    widget.attributes_string("style='border-color:red'");
+    widget.valid(false);
+}
+
+bool IsCountryLocked() {
+    return util::getCountryChannels().size() == 1;
+}
+
+data::Message Apply(std::string const &function, std::string const &what) {
+    int const status = util::RunCommand(script + function);
+    if (status == 0)
+        return data::Message::OK("Configuration saved successfully");
+    int const exitCode = status >> 8 & 0xFF;
+    std::string const failure = "Failed to configure " + what + ". Error '" + std::strerror(exitCode) + '\'';
+    WEBCONFIG_LOG(error, logTag) << failure;
+    return data::Message::Error(failure);
+}
+
+}  // namespace webconfig::apps::wifi

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/IpAddress.h"
+
+namespace webconfig::forms {
+
+/// The inputs of one forwarding rule. Ports have no range: any number is taken, on purpose.
+class PortForwardingRule : public Base {
+  public:
+    cppcms::widgets::select protocol;
+    cppcms::widgets::numeric<unsigned> sourcePort;
+    widgets::IpAddress destinationIP;
+    cppcms::widgets::numeric<unsigned> destinationPort;
+
+  protected:
+    /// \a id is what the ids of the inputs begin with. The widgets are not in the form yet.
+    explicit PortForwardingRule(std::string const &id);
+};
+
+class PortForwardingAddRule : public PortForwardingRule {
+  public:
+    PortForwardingAddRule();
+
+    cppcms::widgets::submit addButton;
+};
+
+/// An open rule: beside each input the hidden value that the rule had before.
+class PortForwardingEditRule : public PortForwardingRule {
+  public:
+    PortForwardingEditRule();
+
+    /// Puts the values from before back into the inputs.
+    void Restore();
+
+    cppcms::widgets::hidden protocolOld;
+    cppcms::widgets::hidden sourcePortOld;
+    cppcms::widgets::hidden destinationIPOld;
+    cppcms::widgets::hidden destinationPortOld;
+    cppcms::widgets::submit saveButton;
+    cppcms::widgets::submit cancelButton;
+};
+
+/// State of the page.
+class PortForwardingGeneral : public Base {
+  public:
+    PortForwardingGeneral();
+
+    /// Whether the rule at position \a row is the one that the row's form acts on.
+    bool IsRow(std::ptrdiff_t row);
+
+    cppcms::widgets::hidden editing;  // "true" while the rule at rowId is open
+    cppcms::widgets::hidden rowId;
+};
+
+}  // namespace webconfig::forms

@@ -1,0 +1,50 @@
+#include "WebApps/webconfig/forms/WifiCountry.h"
+
+#include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/util/CountryChannels.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Wifi.h"
+
+namespace webconfig::forms {
+
+WifiCountry::WifiCountry(std::string const &prefix) {
+    code.name(prefix + "CountryCode");
+    code.id(prefix + "_country_code");
+    code.message("Country Code");
+    code.error_message("This country is not available");
+    for (auto const &[country, channels] : util::getCountryChannels())
+        code.add(country, country);
+    add(code);
+
+    copy.name(prefix + "CountryCode");
+    copy.id(prefix + "_country_code_copy");
+    add(copy);
+
+    regulatoryDomain.name(prefix + "RegulatoryDomain");
+    regulatoryDomain.id(prefix + "_regulatory_domain");
+    regulatoryDomain.message("Regulatory Domain");
+    regulatoryDomain.readonly(true);
+    regulatoryDomain.attributes_string("style='background-color:#DCDCDC;'");
+    add(regulatoryDomain);
+}
+
+void WifiCountry::Show(std::string const &country) {
+    SelectByValue(code, country);
+    copy.value(country);
+    ShowDomain();
+}
+
+void WifiCountry::ShowDomain() {
+    regulatoryDomain.value(util::getRegulatoryFriendlyName(util::Prm::GetString("net/wifi/region_code")));
+}
+
+std::string WifiCountry::Posted() {
+    return copy.value();  // the first of the name, and the select stands before the copy
+}
+
+bool WifiCountry::IsOffered() {
+    code.valid(util::getCountryChannels().count(Posted()) || Posted() == util::WifiCountry());
+    return code.valid();
+}
+
+}  // namespace webconfig::forms

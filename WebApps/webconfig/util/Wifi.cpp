@@ -1,0 +1,145 @@
+#include "WebApps/webconfig/util/Wifi.h"
+
+#include <openssl/err.h>
+#include <openssl/evp.h>
+#include <openssl/provider.h>
+
+#include <array>
+#include <boost/locale/utf.hpp>
+#include <cstdio>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+#include <vector>
+
+#include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/ShellQuote.h"
+
+namespace webconfig::util {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/util/Wifi";
+
+constexpr std::size_t minPassPhrase = 8;
+constexpr std::size_t maxPassPhrase = 63;
+constexpr unsigned maxPassPhraseOutput = 1024;
+
+using Bytes = std::vector<unsigned char>;
+
+/// The little-endian code units of a UTF-8 text; none where the text ends within a character.
+std::optional<Bytes> Utf16(std::string const &text) {
+    namespace utf = boost::locale::utf;
+    std::u16string units;
+    for (auto at = text.begin(); at != text.end();) {
+        utf::code_point const point = utf::utf_traits<char>::decode(at, text.end());
+        if (point == utf::incomplete)
+            return std::nullopt;
+        if (point == utf::illegal)
+            throw std::range_error("wstring_convert::from_bytes");
+        utf::utf_traits<char16_t>::encode(point, std::back_inserter(units));
+    }
+    Bytes bytes;
+    for (unsigned const unit : units) {
+        bytes.push_back(unit & 0xFF);
+        bytes.push_back(unit >> 8);
+    }
+    return bytes;
+}
+
+/// Frees an object of OpenSSL with the function that is made for it.
+template <auto Free>
+struct FreeWith {
+    template <typename Object>
+    void operator()(Object *object) const {
+        Free(object);
+    }
+};
+using Library = std::unique_ptr<OSSL_LIB_CTX, FreeWith<OSSL_LIB_CTX_free>>;
+using Provider = std::unique_ptr<OSSL_PROVIDER, FreeWith<OSSL_PROVIDER_unload>>;
+using Digest = std::unique_ptr<EVP_MD, FreeWith<EVP_MD_free>>;
+
+constexpr std::size_t md4Size = 16;
+
+/// MD4 is in OpenSSL's legacy provider only. It is loaded for each sum, which are rare, into a library
+/// context of its own: what the rest of the process may use does not change.
+std::optional<std::array<unsigned char, md4Size>> Md4(Bytes const &text) {
+    std::array<unsigned char, md4Size> sum{};
+    Library const library(OSSL_LIB_CTX_new());
+    Provider const legacy(OSSL_PROVIDER_load(library.get(), "legacy"));
+    Digest const md4(legacy ? EVP_MD_fetch(library.get(), "MD4", nullptr) : nullptr);
+    if (!md4 || EVP_Digest(text.data(), text.size(), sum.data(), nullptr, md4.get(), nullptr) != 1) {
+        std::array<char, 256> reason{};
+        ERR_error_string_n(ERR_get_error(), reason.data(), reason.size());
+        ERR_clear_error();
+        WEBCONFIG_LOG(error, logTag) << "No MD4, which is in the legacy provider of OpenSSL: "
+                                     << reason.data();
+        return std::nullopt;
+    }
+    return sum;
+}
+
+struct DomainName {
+    std::string_view code;
+    std::string_view name;
+};
+constexpr DomainName domainNames[] = {
+    {"AU", "AU,NZ"},
+    {"WW", "WW (World Mode)"},
+    {"ETSI", "ETSI (Europe)"},
+    {"EN440", "EN440 (Europe)"},
+    {"WW440", "WW440 (World Mode)"},
+};
+
+bool Contains(std::string const &line, char const *text) {
+    return line.find(text) != std::string::npos;
+}
+
+}  // namespace
+
+std::string getPsk(std::string const &ssid, std::string const &passPhrase) {
+    if (!passPhrase.empty() && (passPhrase.size() < minPassPhrase || passPhrase.size() > maxPassPhrase))
+        return {};
+    auto const quoted = [](std::string const &text) {
+        return '"' + ShellQuote(text, ShellPosition::DoubleQuoted) + '"';
+    };
+    std::istringstream output(
+        ShellCommand("wpa_passphrase " + quoted(ssid) + ' ' + quoted(passPhrase), maxPassPhraseOutput));
+
+    constexpr std::string_view keyMark = "psk=";
+    for (std::string line; std::getline(output, line);) {
+        // The pass phrase comes as a comment, and a network may have any name.
+        std::size_t const mark = line.find(keyMark);
+        if (mark != std::string::npos && !Contains(line, "#psk=") && !Contains(line, "ssid="))
+            return line.substr(mark + keyMark.size());
+    }
+    return {};
+}
+
+std::string getNtPasswordHash(std::string const &password) {
+    auto const text = Utf16(password);
+    auto const sum = text ? Md4(*text) : std::nullopt;
+    if (!sum)
+        return {};
+    std::string hash = "hash:";
+    for (unsigned const byte : *sum) {
+        std::array<char, 3> digits{};
+        std::snprintf(digits.data(), digits.size(), "%02x", byte);
+        hash += digits.data();
+    }
+    return hash + '\0';
+}
+
+std::string getRegulatoryFriendlyName(std::string const &domain) {
+    for (auto const &known : domainNames) {
+        if (known.code == domain)
+            return std::string(known.name);
+    }
+    return domain;
+}
+
+}  // namespace webconfig::util
