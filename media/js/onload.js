@@ -224,6 +224,43 @@
         return $report.append($("<b>").text(note));
     }
 
+    // --- Upload and upgrade progress -----------------------------------------------------------------
+
+    /** Width of the whole bar, in pixels. */
+    const progressWidth = 400;
+
+    /** What a status line of a device program describes, such as { 'state' : 'flash', 'size' : 7 }. Names
+     *  and texts are quoted either way. Null where the line is no such object. */
+    function ParseToolStatus(line) {
+        const json = String(line).replace(/"(?:[^"\\]|\\.)*"|'([^']*)'/g, (quoted, text) =>
+            text === undefined ? quoted : JSON.stringify(text),
+        );
+        try {
+            const status = JSON.parse(json);
+            return $.isPlainObject(status) ? status : null;
+        } catch {
+            return null;
+        }
+    }
+
+    /** Shows the state of a piece of work and, in the states `measured`, how much of it is done.
+     *  @param progress has `state`, `received` and `size`, in bytes; null shows nothing new. */
+    function ShowProgress(progress, measured) {
+        if (!progress) {
+            return;
+        }
+        $("#tp").text(progress.state);
+        if (measured.includes(progress.state) && progress.size > 0) {
+            $("#progressbar").width((progressWidth * progress.received) / progress.size);
+            $("#bytes").text(progress.received + " / " + progress.size);
+        }
+    }
+
+    /** As many random hexadecimal digits. */
+    function RandomHexDigits(count) {
+        return Array.from({ length: count }, () => Math.floor(Math.random() * 16).toString(16)).join("");
+    }
+
     // -----------------------------------------------------------------------------------------------
 
     window.ClearFormResultMsg = ClearFormResultMsg;
@@ -233,6 +270,9 @@
     window.PollBriefStatus = PollBriefStatus;
     window.StatusSection = StatusSection;
     window.StatusReport = StatusReport;
+    window.ParseToolStatus = ParseToolStatus;
+    window.ShowProgress = ShowProgress;
+    window.RandomHexDigits = RandomHexDigits;
 
     // Hides what carries "hiddenOnLoad" from the first paint on; page scripts show it with jQuery's show().
     document.documentElement.classList.add("js");

@@ -5,7 +5,7 @@
 //                  started at the root of the checkout
 // WEBCONFIG_LOGIN  "user:password" where the site asks for a log-in
 
-import { execFileSync } from "node:child_process";
+import { execFileSync, spawn } from "node:child_process";
 import { fileURLToPath } from "node:url";
 import { after, before } from "node:test";
 import { chromium } from "playwright-core";
@@ -30,6 +30,16 @@ function required(name) {
 /** Runs a program inside the device and returns what it prints, without the last line's end. */
 export function inDevice(...command) {
     return execFileSync(enter[0], [...enter.slice(1), ...command], { cwd: checkout, encoding: "utf8" }).trimEnd();
+}
+
+/** Starts a program inside the device. It is ended with the returned function. */
+export function startInDevice(...command) {
+    const child = spawn(enter[0], [...enter.slice(1), ...command], { cwd: checkout, stdio: ["pipe", "ignore", "inherit"] });
+    const ended = new Promise((resolve) => child.on("exit", resolve));
+    return async () => {
+        child.stdin.end();
+        await ended;
+    };
 }
 
 let browser;

@@ -5,7 +5,12 @@ import assert from "node:assert/strict";
 import { describe, test } from "node:test";
 import { desktop, inDevice, phone, withPage } from "./device.mjs";
 
-const pages = ["/", "/config/settings/about"];
+const pages = [
+    "/",
+    "/config/settings/about",
+    "/config/settings/firmware",
+    "/config/settings/reboot",
+];
 const rebootFlag = "/tmp/webconfig_reboot_flag";
 
 /** In the page: the texts in sight whose contrast with their background is below 4.5 to 1. */

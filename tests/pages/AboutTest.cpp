@@ -53,14 +53,13 @@ TEST_F(AboutTest, ShowsTheTextOfOneNotice) {
 }
 
 TEST_F(AboutTest, OnlyListedNoticesAreShown) {
-    for (char const *path : {"/test-package/none", "/none/A", "/test-package/inner", "/test-package/c%20"}) {
-        Answer const answer = browser.Get(std::string("/config/settings/about") + path);
-        EXPECT_EQ(Html(answer.body).Count("//pre"), 0U) << path;
-    }
-    for (char const *path :
-         {"/test-package/.hidden", "/test-package/..", "/../about", "/test-package/%2e%2e"})
-        EXPECT_EQ(Html(browser.Get(std::string("/config/settings/about") + path).body).Count("//pre"), 0U)
-            << path;
+    std::string const about = "/config/settings/about";
+    for (char const *path : {"/test-package/none", "/none/A", "/test-package/inner"})
+        EXPECT_EQ(Html(browser.Get(about + path).body).Count("//pre"), 0U) << path;
+    // These names lead nowhere in the licence directory: no route takes them, and they show the Firmware page.
+    for (char const *path : {"/test-package/.hidden", "/test-package/..", "/../about", "/test-package/%2e%2e",
+                             "/test-package/c%20"})
+        EXPECT_EQ(Html(browser.Get(about + path).body).Count("//tr[@id='test-package']//pre"), 0U) << path;
 }
 
 }  // namespace pages

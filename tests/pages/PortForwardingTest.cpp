@@ -21,26 +21,24 @@ Strings const nothing;
 class PortForwardingTest : public testing::Test {
   protected:
     PortForwardingTest() {
-        device::Shell("prm del net/portfwd; prm del net/vnc");
+        device::Shell("(prm del net/portfwd; prm del net/vnc) 2>/dev/null");
         device::TakeCommands();
     }
-    ~PortForwardingTest() override { device::Shell("prm del net/portfwd; prm del net/vnc"); }
 
+    Html Send(Fields const &fields) { return Html(browser.Post(forwardingPage, fields).body); }
     /// Posts a rule with a button and the position of the row that it stands in.
-    Answer Post(std::string const &button, std::string const &caption, std::string const &row,
-                Strings const &rule) {
-        return browser.Post(forwardingPage, {{"rowId", row},
-                                             {"protocol", rule[0]},
-                                             {"sourcePort", rule[1]},
-                                             {"destinationIP", rule[2]},
-                                             {"destinationPort", rule[3]},
-                                             {button, caption}});
+    Html Post(std::string const &button, std::string const &caption, std::string const &row,
+              Strings const &rule) {
+        return Send({{"rowId", row},
+                     {"protocol", rule[0]},
+                     {"sourcePort", rule[1]},
+                     {"destinationIP", rule[2]},
+                     {"destinationPort", rule[3]},
+                     {button, caption}});
     }
-    Html Add(std::string const &row, Strings const &rule) {
-        return Html(Post("add", "Add Row", row, rule).body);
-    }
+    Html Add(std::string const &row, Strings const &rule) { return Post("add", "Add Row", row, rule); }
     Html Press(std::string const &button, std::string const &caption, std::string const &row) {
-        return Html(browser.Post(forwardingPage, {{"rowId", row}, {button, caption}}).body);
+        return Send({{"rowId", row}, {button, caption}});
     }
 
     static std::string Stored() { return device::Shell("prm export net/portfwd"); }
@@ -64,6 +62,8 @@ class PortForwardingTest : public testing::Test {
         return rules;
     }
 
+    device::KeptParameters const rules{"net/portfwd/"};
+    device::KeptParameters const screen{"net/vnc/"};
     device::RecordingProgram const natScript{"/etc/nat_setup.sh"};
     Browser browser{device::address};
 };
@@ -133,14 +133,20 @@ TEST_F(PortForwardingTest, DuplicatesAndBadValuesAreNotAdded) {
         {"tcp", "81", "192.168.0.5", "<i>80</i>"}, {"tcp", "81", "192.168.0.256", "80"},
     };
     for (auto const &rule : badRules) {
-        Answer const answer = Post("add", "Add Row", "1", rule);
-        EXPECT_EQ(answer.status, 200);
-        Html const page(answer.body);
+        Html const page = Add("1", rule);
         EXPECT_EQ(page.One(failureMessage), invalid) << testing::PrintToString(rule);
         EXPECT_EQ(page.Count(fieldErrors), 1U) << testing::PrintToString(rule);
         EXPECT_EQ(page.Count("//i"), 0U);
     }
-    EXPECT_EQ(Html(browser.Post(forwardingPage, {{"add", "Add Row"}}).body).One(failureMessage), invalid);
+    EXPECT_EQ(Send({{"add", "Add Row"}}).One(failureMessage), invalid);
+    Fields const twice = {{"rowId", "1"},
+                          {"protocol", "udp"},
+                          {"protocol", "tcp"},
+                          {"sourcePort", "81"},
+                          {"destinationIP", "192.168.0.5"},
+                          {"destinationPort", "80"},
+                          {"add", "Add Row"}};
+    EXPECT_EQ(Send(twice).One(failureMessage), invalid);
     EXPECT_EQ(Stored(), before);
     EXPECT_EQ(device::TakeCommands(), nothing);
 }
@@ -150,7 +156,7 @@ TEST_F(PortForwardingTest, EditingOpensTheRowAndCancellingClosesIt) {
     std::string const before = Stored();
     device::TakeCommands();
 
-    Html const open(Post("edit", "Edit", "0", {"udp", "53", "192.168.0.5", "5353"}).body);
+    Html const open = Post("edit", "Edit", "0", {"udp", "53", "192.168.0.5", "5353"});
     std::string const row = "//*[@id='row_0']";
     EXPECT_EQ(open.One(row + "//*[@id='cfg_pfw_protocol']/option[@selected]/@value"), "udp");
     struct {
@@ -182,7 +188,7 @@ TEST_F(PortForwardingTest, EditingOpensTheRowAndCancellingClosesIt) {
 TEST_F(PortForwardingTest, SavingReplacesTheRuleOfTheNewKeyOnly) {
     Add("0", {"tcp", "80", "192.168.0.5", "80"});
     device::TakeCommands();
-    Html const same(Post("save", "Save", "0", {"tcp", "80", "192.168.0.6", "8080"}).body);
+    Html const same = Post("save", "Save", "0", {"tcp", "80", "192.168.0.6", "8080"});
     EXPECT_EQ(same.One(successMessage), saved);
     EXPECT_EQ(same.Count("//*[@id='row_0']//input[@name='edit']"), 1U) << "the row is closed";
     EXPECT_EQ(Stored(), Lines("tcp/00080", "192.168.0.6", "8080"));
@@ -210,25 +216,16 @@ TEST_F(PortForwardingTest, AFailedSaveKeepsTheRowOpenWithItsOldValues) {
         {"8003", "192.168.0.5", presetExists},
     };
     for (auto const &c : cases) {
-        Html const page(
-            browser
-                .Post(forwardingPage,
-                      {{"rowId", "0"}, {"protocol", "udp"}, {"protocol", "tcp"}, {"save", "Save"}})
-                .body);
-        EXPECT_EQ(page.One(failureMessage), invalid) << "a repeated field is no choice";
-
-        Html const failed(browser
-                              .Post(forwardingPage, {{"rowId", "0"},
-                                                     {"protocol", "tcp"},
-                                                     {"protocolOld", "tcp"},
-                                                     {"sourcePort", c.port},
-                                                     {"sourcePortOld", "80"},
-                                                     {"destinationIP", c.address},
-                                                     {"destinationIPOld", "192.168.0.5"},
-                                                     {"destinationPort", "1"},
-                                                     {"destinationPortOld", "80"},
-                                                     {"save", "Save"}})
-                              .body);
+        Html const failed = Send({{"rowId", "0"},
+                                  {"protocol", "tcp"},
+                                  {"protocolOld", "tcp"},
+                                  {"sourcePort", c.port},
+                                  {"sourcePortOld", "80"},
+                                  {"destinationIP", c.address},
+                                  {"destinationIPOld", "192.168.0.5"},
+                                  {"destinationPort", "1"},
+                                  {"destinationPortOld", "80"},
+                                  {"save", "Save"}});
         EXPECT_EQ(failed.One(failureMessage), c.message);
         EXPECT_EQ(failed.One("//*[@id='cfg_pfw_src_port']/@value"), "80");
         EXPECT_EQ(failed.One("//*[@id='cfg_pfw_dest_ip']/@value"), "192.168.0.5");

@@ -26,6 +26,14 @@ TEST(RoutingTest, TheStartPageIsGeneral) {
     EXPECT_EQ(root.location, std::string(device::address) + "/config/");
 }
 
+TEST(RoutingTest, SettingsWithoutAPageOfTheirOwnShowTheFirmwarePage) {
+    Browser browser(device::address);
+    for (char const *path :
+         {"/config/settings", "/config/settings/", "/config/settings/general", "/config/settings/nothing",
+          "/config/settings/a/b/c", "/config/settings/about/zlib/.hidden"})
+        EXPECT_EQ(Title(browser.Get(path)), " Firmware ") << path;
+}
+
 TEST(RoutingTest, UnknownPathsAreNotFound) {
     Browser browser(device::address);
     for (char const *path : {"/config/nothing", "/config/settings/a/b/c/d", "/config/settingsX",
@@ -35,7 +43,7 @@ TEST(RoutingTest, UnknownPathsAreNotFound) {
 
 TEST(RoutingTest, EveryPageHasTheSkeletonAndNoBrokenLinks) {
     Browser browser(device::address);
-    for (char const *path : {"/config/", "/config/settings/about"}) {
+    for (char const *path : {"/config/", "/config/settings/about", "/config/settings/firmware"}) {
         Answer const answer = browser.Get(path);
         EXPECT_EQ(answer.body.find("this_is_an_invalid_url_generated_by_url_mapper"), std::string::npos);
         Html const page(answer.body);

@@ -38,10 +38,15 @@ TEST(StatusTest, GeneralStatusHasItsFiveTexts) {
 TEST(StatusTest, WrongCallsGetTheirErrors) {
     Browser browser(device::address);
     for (char const *method :
-         {"general_dynamic_status", "fw_upgrade_status", "prepare_fw_upgrade", "reload"}) {
+         {"fw_upgrade_status", "general_dynamic_status", "ethernet1_status", "cellular_status",
+          "openvpn_status", "port_forwarding_status", "orvane_status", "tail_syslog", "ntpd_status",
+          "dns_server_status", "reload", "wifi_ap_status", "wifi_client_status", "prepare_fw_upgrade"}) {
         for (char const *parameters : {R"(["x"])", "[1,2]", "[null]"})
             EXPECT_EQ(browser.Call(method, parameters).body, Error("Invalid parametres number")) << method;
     }
+    for (char const *parameters : {"[]", R"(["DE","FR"])"})
+        EXPECT_EQ(browser.Call("wifi_get_channels", parameters).body, Error("Invalid parametres number"));
+    EXPECT_EQ(browser.Call("wifi_get_channels", "[1]").body, Error("Invalid parameters"));
     EXPECT_EQ(browser.Call("no_such_method").body, Error("Method not found"));
 
     struct {

@@ -54,6 +54,7 @@ void DevelopmentSite::StartPage() {
     response().set_redirect_header('/' + settings().get<std::string>("webconfig.root.sync") + '/');
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the URL dispatcher hands texts over by value
 void DevelopmentSite::MediaFile(std::string path) {
     std::ifstream file;
     // No part of the path may lead out of the folder.

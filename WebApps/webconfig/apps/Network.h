@@ -22,6 +22,8 @@ class Network : public Base {
 
     void Ethernet1();
     void PortForwarding();
+    void Ntpd();
+    void DNSServer();
     void AccessPoint();
     void Wlan();
 

@@ -5,6 +5,10 @@
 #include "WebApps/webconfig/apps/Base.h"
 #include "WebApps/webconfig/data/About.h"
 
+namespace webconfig::data {
+struct Firmware;
+}  // namespace webconfig::data
+
 namespace webconfig::apps {
 
 /// Pages of the device's own settings. The root application also routes the site's start page to General().
@@ -13,6 +17,11 @@ class Settings : public Base {
     explicit Settings(cppcms::service &service);
 
     void General();
+    /// The Firmware page: also the application's start page, and what any unknown path below it shows.
+    void Firmware();
+    /// The progress of a running upgrade; without one, the way to the Firmware page.
+    void FirmwareUpgradeStatus();
+    void Reboot();
     void About();
     /// \a package and \a file come from the URL; the route lets only names through that stay inside the
     /// licence directory.
@@ -22,6 +31,9 @@ class Settings : public Base {
     static bool GetOSSFiles(std::string const &directory, data::OSSCatalogue &catalogue);
 
   private:
+    void _PrepareFirmware(data::Firmware &content);
+    bool _StartFirmwareUpgrade(data::Firmware &content);
+
     std::string const _licenceDirectory = "/usr/share/common-licenses";
 };
 

@@ -145,6 +145,11 @@ bool fastcgi_connection::finish() {
     bool const keep = request_.keepConnection && !is_last_request() && FCGX_GetError(request_.out) == 0 &&
                       FCGX_GetChar(request_.in) == EOF && FCGX_GetError(request_.in) == 0;
     FCGX_Free(&request_, 0);
+    if (!keep) {
+        // The end of the body may be there unread; closing with it could cost the client its answer.
+        std::array<char, 16384> waste;
+        ::recv(descriptor(), waste.data(), waste.size(), MSG_DONTWAIT);
+    }
     return keep;
 }
 

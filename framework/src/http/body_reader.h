@@ -8,7 +8,7 @@ namespace cppcms::impl {
 
 /// Most bytes that a request may bring, and where its files go.
 struct body_limits {
-    unsigned long long plain = 1024 * 1024;  ///< a body that is not multipart; fields of one that is
+    unsigned long long plain = 1024ull * 1024;  ///< a body that is not multipart; fields of one that is
     unsigned long long multipart = 64ull * 1024 * 1024;  ///< a multipart body
     std::size_t file_in_memory = 131072;                 ///< of one file, before it goes to disk
     std::string uploads_path;

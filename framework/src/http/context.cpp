@@ -97,7 +97,7 @@ impl::environment const &context::environment() {
 }
 
 impl::refusal context::load() {
-    impl::refusal const problem = d->request->load(*d->connection);
+    impl::refusal problem = d->request->load(*d->connection);
     d->body_is_read = !problem;
     return problem;
 }

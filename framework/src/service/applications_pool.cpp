@@ -37,7 +37,7 @@ void applications_pool::mount(booster::intrusive_ptr<application> app, mount_poi
     bool const ours = root.references_ == 1;
     table_->add(at,
                 std::make_shared<impl::single_application>(
-                    root.mounted_, ours ? app : booster::intrusive_ptr<application>()),
+                    root.mounted_, ours ? std::move(app) : booster::intrusive_ptr<application>()),
                 true);
 }
 
@@ -65,7 +65,7 @@ void applications_pool::mount(booster::shared_ptr<application_specific_pool> poo
 }
 
 void applications_pool::unmount(booster::weak_ptr<application_specific_pool> pool) {
-    if (auto const found = pool.lock()) {
+    if (auto const found = std::exchange(pool, {}).lock()) {
         table_->remove(found);
         found->mounted_ = false;
     }

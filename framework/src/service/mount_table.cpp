@@ -14,9 +14,9 @@ booster::intrusive_ptr<application> application_cache::take() {
     return booster::intrusive_ptr<application>(make_().release());
 }
 
-void application_cache::give_back(booster::intrusive_ptr<application> app) {
+void application_cache::give_back(booster::intrusive_ptr<application> const &app) {
     std::lock_guard const lock(guard_);
-    idle_.push_back(std::move(app));
+    idle_.push_back(app);
 }
 
 booster::intrusive_ptr<application> single_application::take() {

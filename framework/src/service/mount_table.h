@@ -28,7 +28,7 @@ class application_source : public booster::noncopyable {
     virtual bool is_alive() const { return true; }
     /// An application for one request, a null pointer where there is none. Throws what its constructor does.
     virtual booster::intrusive_ptr<application> take() = 0;
-    virtual void give_back(booster::intrusive_ptr<application> /*app*/) {}
+    virtual void give_back(booster::intrusive_ptr<application> const & /*app*/) {}
 
   private:
     bool asynchronous_;
@@ -43,7 +43,7 @@ class application_cache : public application_source {
         : application_source(asynchronous), make_(std::move(make)) {}
 
     booster::intrusive_ptr<application> take() override;
-    void give_back(booster::intrusive_ptr<application> app) override;
+    void give_back(booster::intrusive_ptr<application> const &app) override;
 
   private:
     maker make_;

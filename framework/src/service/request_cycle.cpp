@@ -20,7 +20,7 @@ class lease : public booster::noncopyable {
     explicit lease(application_source &source) : source_(source), app_(source.take()) {}
     ~lease() {
         if (app_)
-            source_.give_back(std::move(app_));
+            source_.give_back(app_);
     }
     application *get() const { return app_.get(); }
 

@@ -10,6 +10,7 @@
 #include <pthread.h>
 #include <sys/eventfd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <optional>
@@ -50,6 +51,21 @@ descriptor make_event() {
     return event;
 }
 
+/// Settings of the framework's API that change nothing here.
+constexpr std::array unsupported{"daemon.enable",   "file_server.enable", "forwarding.rules",
+                                 "http.rewrite",    "http.proxy.behind",  "service.worker_processes",
+                                 "session.location"};
+
+void warn_of_unsupported(json::value const &settings) {
+    for (char const *key : unsupported) {
+        json::value const &found = settings.find(key);
+        bool const off = found.is_undefined() || found == json::value(false) || found == json::value(0) ||
+                         found == json::value("none") || found == json::value(json::array());
+        if (!off)
+            BOOSTER_WARNING("cppcms") << "The setting " << key << " is not supported, it has no effect";
+    }
+}
+
 void block_broken_pipe() {
     sigset_t set;
     sigemptyset(&set);
@@ -86,6 +102,7 @@ service::service(cppcms::service &owner, json::value const &settings)
 
 void service::run() {
     block_broken_pipe();
+    warn_of_unsupported(settings_);
     server_ = std::make_unique<server>(
         open_listeners(settings_, cached_.threads),
         [this](listener const &from, descriptor client) { return make_connection(from, std::move(client)); },

@@ -55,6 +55,19 @@ Answer Browser::Post(std::string const &path, std::string const &body, std::stri
     return Perform(path);
 }
 
+Answer Browser::Post(std::string const &path, Upload const &upload) {
+    curl_easy_reset(_curl.get());
+    std::unique_ptr<curl_mime, decltype(&curl_mime_free)> const form(curl_mime_init(_curl.get()),
+                                                                     &curl_mime_free);
+    curl_mimepart *const part = curl_mime_addpart(form.get());
+    curl_mime_name(part, upload.field.c_str());
+    curl_mime_filedata(part, upload.path.c_str());
+    curl_mime_filename(part, upload.name.c_str());
+    curl_mime_type(part, upload.type.c_str());
+    curl_easy_setopt(_curl.get(), CURLOPT_MIMEPOST, form.get());
+    return Perform(path);
+}
+
 Answer Browser::Call(std::string const &method, std::string const &parameters) {
     return Post("/status/rpc", R"({"method":")" + method + R"(","params":)" + parameters + R"(,"id":1})",
                 "application/json");
@@ -79,6 +92,8 @@ Answer Browser::Perform(std::string const &path) {
     curl_easy_setopt(_curl.get(), CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(_curl.get(), CURLOPT_WRITEFUNCTION, &Append);
     curl_easy_setopt(_curl.get(), CURLOPT_WRITEDATA, &answer.body);
+    curl_easy_setopt(_curl.get(), CURLOPT_HEADERDATA, &answer.headers);
+    curl_easy_setopt(_curl.get(), CURLOPT_HEADERFUNCTION, &Append);
     if (curl_easy_perform(_curl.get()) != CURLE_OK)
         return {};
     curl_easy_getinfo(_curl.get(), CURLINFO_RESPONSE_CODE, &answer.status);

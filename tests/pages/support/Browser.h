@@ -13,7 +13,16 @@ struct Answer {
     long status = 0;  // 0: no answer
     std::string contentType;
     std::string location;
+    std::string headers;
     std::string body;
+};
+
+/// A file as a browser's form sends it.
+struct Upload {
+    std::string field;
+    std::string name;
+    std::string type;
+    std::string path;  ///< where the content is
 };
 
 using Fields = std::vector<std::pair<std::string, std::string>>;
@@ -28,6 +37,7 @@ class Browser {
     Answer Get(std::string const &path);
     Answer Post(std::string const &path, Fields const &fields);
     Answer Post(std::string const &path, std::string const &body, std::string const &contentType);
+    Answer Post(std::string const &path, Upload const &upload);
     /// Calls a status method; \a parameters is the text of a JSON array.
     Answer Call(std::string const &method, std::string const &parameters = "[]");
 

@@ -67,16 +67,44 @@ TemporaryFile::~TemporaryFile() {
     std::filesystem::remove(_path);
 }
 
+ReplacedFile::ReplacedFile(std::string path) : _path(std::move(path)), _aside(_path + ".aside") {
+    if (std::filesystem::exists(_path))
+        std::filesystem::rename(_path, _aside);
+}
+
+ReplacedFile::ReplacedFile(std::string path, std::string const &text) : ReplacedFile(std::move(path)) {
+    WriteFile(_path, text);
+}
+
+ReplacedFile::~ReplacedFile() {
+    std::filesystem::remove(_path);
+    if (std::filesystem::exists(_aside))
+        std::filesystem::rename(_aside, _path);
+}
+
+ReplacedProgram::ReplacedProgram(std::string const &path, std::string const &script)
+    : ReplacedFile(path, "#!/bin/sh\n" + script) {
+    std::filesystem::permissions(path, std::filesystem::perms::all);
+}
+
 RecordingProgram::RecordingProgram(std::string path)
     : _path(std::move(path)),
       _aside(_path + ".aside"),
       _standIn(ReadFile(_path).find(recordScript) == std::string::npos) {
+    if (_standIn)
+        _StandIn("");
+}
+
+RecordingProgram::RecordingProgram(std::string path, std::string const &script)
+    : _path(std::move(path)), _aside(_path + ".aside"), _standIn(true) {
+    _StandIn(script);
+}
+
+void RecordingProgram::_StandIn(std::string const &script) {
     namespace fs = std::filesystem;
-    if (!_standIn)
-        return;
     if (fs::exists(_path))
         fs::rename(_path, _aside);
-    WriteFile(_path, std::string("#!/bin/sh\n. ") + recordScript + '\n');
+    WriteFile(_path, std::string("#!/bin/sh\n. ") + recordScript + '\n' + script + '\n');
     fs::permissions(_path, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
 }
 

@@ -8,6 +8,8 @@ namespace webconfig::apps {
 Network::Network(cppcms::service &service) : Base(service, "") {
     _Page("ethernet1", &Network::Ethernet1);
     _Page("port_forwarding", &Network::PortForwarding);
+    _Page("ntp", &Network::Ntpd);
+    _Page("dns_server", &Network::DNSServer);
     _Page("access_point", &Network::AccessPoint);
     _Page("wlan", &Network::Wlan);
 }

@@ -52,6 +52,7 @@ void Settings::About() {
     render("About", content);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the URL dispatcher hands texts over by value
 void Settings::About(std::string package, std::string file) {
     data::About content;
     Prepare(content);

@@ -15,10 +15,16 @@ Settings::Settings(cppcms::service &service) : Base(service, "") {
     mapper().assign("about", "/about");
     mapper().assign("about2", "/about/{1}/{2}");
 
+    dispatcher().assign("/?", &Settings::Firmware, this);
+    dispatcher().assign("/general", &Settings::Firmware, this);
+    dispatcher().assign("/firmware", &Settings::Firmware, this);
+    dispatcher().assign("/firmware_upgrade_status", &Settings::FirmwareUpgradeStatus, this);
+    dispatcher().assign("/reboot", &Settings::Reboot, this);
     dispatcher().assign("/about", static_cast<void (Settings::*)()>(&Settings::About), this);
     dispatcher().assign("/about/([A-Za-z0-9][A-Za-z0-9-\\+\\.]*)/([A-Za-z0-9][A-Za-z0-9-_\\+\\.]*)",
                         static_cast<void (Settings::*)(std::string, std::string)>(&Settings::About), this, 1,
                         2);
+    dispatcher().assign("[\\s\\S]*", &Settings::Firmware, this);  // any other text
 }
 
 }  // namespace webconfig::apps

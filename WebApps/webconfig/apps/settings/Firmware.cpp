@@ -1,0 +1,128 @@
+#include "WebApps/webconfig/data/Firmware.h"
+
+#include <cppcms/cppcms_error.h>
+#include <cppcms/http_file.h>
+#include <cppcms/http_response.h>
+#include <cppcms/service.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+
+#include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
+
+constexpr char hardwarePlatform[] = "brq4";
+constexpr char baseVersion[] = "1.05";
+constexpr char imageType[] = "application/octet-stream";
+constexpr char failedUpgrade[] = "failedUpgrade";
+constexpr unsigned maxOutput = 4096;
+constexpr int imageNumbers = 10000;
+
+/// Moves the upload to where the firmware tool takes it; nothing where that fails.
+std::optional<std::string> SaveImage(cppcms::http::file &upload) {
+    // NOLINTNEXTLINE(cert-msc30-c,cert-msc50-cpp): keeps names apart, is no secret
+    std::string const path = "/tmp/firmware" + std::to_string(std::rand() % imageNumbers);
+    try {
+        upload.save_to(path);
+        return path;
+    } catch (cppcms::cppcms_error const &failure) {
+        WEBCONFIG_LOG(error, logTag) << "Firmware image not saved: " << failure.what();
+    }
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);  // the part that there was room for
+    return {};
+}
+
+}  // namespace
+
+void Settings::Firmware() {
+    data::Firmware content;
+    _PrepareFirmware(content);
+    content.versions = util::ShellCommand("/usr/bin/ubi_get_volume_versions.sh", maxOutput);
+    if (content.versions.empty()) {
+        content.versions = "n/a";
+        content.message = data::Message::Error("Unknown firmware version(s)", true);
+    }
+    content.tool_status = util::ShellCommand("/usr/bin/fwtool -s", maxOutput);
+
+    if (util::IsFirmareUpgradeInProgress()) {
+        render("FirmwareUpgradeProgress", content);
+        return;
+    }
+    if (HttpGet("type") == failedUpgrade) {
+        content.message = data::Message::Error("Firmware upgrade failed", true);
+        render("Firmware", content);
+        return;
+    }
+    if (HttpPost() && _StartFirmwareUpgrade(content))
+        return;
+    content.platform = hardwarePlatform;
+    render("Firmware", content);
+}
+
+void Settings::FirmwareUpgradeStatus() {
+    if (!util::IsFirmareUpgradeInProgress()) {
+        response().set_redirect_header(url("/settings/firmware"));
+        return;
+    }
+    data::Firmware content;
+    _PrepareFirmware(content);
+    render("FirmwareUpgradeProgress", content);
+}
+
+void Settings::_PrepareFirmware(data::Firmware &content) {
+    Prepare(content);
+    content.title = "Firmware";
+    content.base_version = baseVersion;
+    content.internal_server = UsingInternalServer();
+    content.status_url = StatusUrl();
+}
+
+/// Takes the uploaded image, answers with the progress page and stops the service, between two runs of
+/// which the upgrade starts. False, with a message on the page, where there is nothing to start.
+bool Settings::_StartFirmwareUpgrade(data::Firmware &content) {
+    if (!ValidateForm(content.form)) {
+        content.message = data::Message::ValidationError();
+        return false;
+    }
+    auto const upload = content.form.file.value();
+    if (upload->mime() != imageType) {
+        WEBCONFIG_LOG(error, logTag) << "Unrecognized firmware MIME type " << upload->mime();
+        content.message = data::Message::SaveError();
+        return false;
+    }
+
+    // Of two browsers that send images at once, the second one sees the progress of the first.
+    static std::mutex guard;
+    std::lock_guard const lock(guard);
+    if (util::IsFirmwareUpgradeFlagged()) {
+        render("FirmwareUpgradeProgress", content);
+        return true;
+    }
+    auto const image = SaveImage(*upload);
+    if (!image) {
+        content.message = data::Message::SaveError();
+        return false;
+    }
+    util::RunCommand("/bin/rm -f /tmp/fwtool_status.txt /var/volatile/tmp/fwtool_status.txt");
+    if (content.internal_server)
+        setenv("FWBOOT", "1", 1);  // for the firmware tool, which inherits it
+    util::FirmwareUpgradeFile() = *image;
+
+    render("FirmwareUpgradeProgress", content);
+    util::MarkFirmwareUpgrade(true);
+    util::MarkForceReload(true);
+    service().shutdown();
+    return true;
+}
+
+}  // namespace webconfig::apps

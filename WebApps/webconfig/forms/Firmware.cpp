@@ -1,0 +1,41 @@
+#include "WebApps/webconfig/forms/Firmware.h"
+
+#include <cppcms/http_file.h>
+
+#include "WebApps/webconfig/forms/Validation.h"
+
+namespace webconfig::forms {
+
+namespace {
+
+constexpr long long minSize = 1;
+constexpr long long maxSize = 300LL << 20;  // bytes
+constexpr char imageNames[] = ".*\\.(bin|itb)";
+constexpr char imageMagic[] = "\xD0\x0D\xFE\xED";  // of a flattened device tree
+constexpr char notAnImage[] = "This is not a firmware image; its name ends in .bin or .itb";
+
+}  // namespace
+
+Firmware::Firmware() {
+    file.name("fwupload");
+    file.id("cfg_frw_file");
+    file.message("Load Firmware");
+    util::validation::Length(file, minSize, maxSize);
+    file.filename(booster::regex(imageNames));
+    file.add_valid_magic(imageMagic);
+    // The type that the browser declares is no rule here: the handler tells and logs it.
+    add(file);
+
+    load.id("cfg_frw_save");
+    load.value("Load Firmware");
+    add(load);
+}
+
+bool Firmware::validate() {
+    bool const valid = Base::validate();
+    if (!file.valid() && file.set() && file.value()->size() >= minSize && file.value()->size() <= maxSize)
+        file.error_message(notAnImage);
+    return valid;
+}
+
+}  // namespace webconfig::forms
