@@ -7,6 +7,9 @@ import { desktop, inDevice, phone, source, withPage } from "./device.mjs";
 
 const pages = [
     "/",
+    "/config/network/cellular",
+    "/config/network/openvpn",
+    "/config/network/orvane",
     "/config/settings/about",
     "/config/settings/firmware",
     "/config/settings/reboot",
