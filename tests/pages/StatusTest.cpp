@@ -106,8 +106,7 @@ TEST(StatusTest, WhileAnUpgradeRunsNoPageShowsItsNormalContent) {
 
 TEST(StatusTest, PreparingAnUpgradeAnswersTheRawStatusOfTheCommand) {
     Browser browser(device::address);
-    // Another test's upgrade may have stopped it.
-    device::Shell("supvis --add deployer --cmd 'sleep infinity'");
+    device::Shell("$APPLICATION_DIR/etc/rcS.d/deployer start");  // an upgrade may have stopped it
     EXPECT_EQ(browser.Call("prepare_fw_upgrade").body, Result("0"));
     EXPECT_EQ(device::Shell("tail -n 1 /var/log/device-commands"), "/usr/bin/supvis --suspend deployer\n");
     EXPECT_NE(device::Shell("supvis --list").find("deployer\tsuspended"), std::string::npos);

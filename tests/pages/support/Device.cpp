@@ -67,6 +67,26 @@ TemporaryFile::~TemporaryFile() {
     std::filesystem::remove(_path);
 }
 
+ReplacedFile::ReplacedFile(std::string path) : _path(std::move(path)), _aside(_path + ".aside") {
+    if (std::filesystem::exists(_path))
+        std::filesystem::rename(_path, _aside);
+}
+
+ReplacedFile::ReplacedFile(std::string path, std::string const &text) : ReplacedFile(std::move(path)) {
+    WriteFile(_path, text);
+}
+
+ReplacedFile::~ReplacedFile() {
+    std::filesystem::remove(_path);
+    if (std::filesystem::exists(_aside))
+        std::filesystem::rename(_aside, _path);
+}
+
+ReplacedProgram::ReplacedProgram(std::string const &path, std::string const &script)
+    : ReplacedFile(path, "#!/bin/sh\n" + script) {
+    std::filesystem::permissions(path, std::filesystem::perms::all);
+}
+
 RecordingProgram::RecordingProgram(std::string path) : _path(std::move(path)) {
     if (ReadFile(_path).find(recordScript) == std::string::npos)
         _StandIn("");
