@@ -214,9 +214,11 @@
     }
 
     /** A heading with a preformatted text below, to append to a status box.
-     *  @param framed puts the text into a block of its own. */
+     *  @param framed puts the text into a block of its own, as fits tables: the first line keeps its indent. */
     function StatusSection(title, text, framed) {
-        const $text = $("<pre>").text($.trim(text));
+        const $text = $("<pre>").text(
+            framed ? String(text ?? "").replace(/^\s*\n|\s+$/g, "") : $.trim(text),
+        );
         return $("<div>").append(
             $("<h3>").text(title),
             framed ? $("<div class='command_output'>").append($text) : $text,

@@ -165,7 +165,8 @@ describe("NTP page", () => {
     const box = "#ntpd_status";
 
     test("with chrony: the daemon's tables, and a button that outlives the refreshes", async () => {
-        const result = { isChronyd: true, running: true, tracking: "Stratum 1", rawOutput: "S", clients: "C" };
+        const sources = "\n  .-- S\n / .- T\n";
+        const result = { isChronyd: true, running: true, tracking: "Stratum 1", rawOutput: sources, clients: "C" };
         await withPage(path, answering({ result }), async (page) => {
             assert.deepEqual(await shown(page, box, /Stratum 1/), [
                 ["h3", "State"],
@@ -173,7 +174,7 @@ describe("NTP page", () => {
                 ["h3", "Tracking"],
                 ["pre", "Stratum 1"],
                 ["h3", "Sources"],
-                ["pre", "S"],
+                ["pre", "  .-- S\n / .- T"],
                 ["h3", "Clients"],
                 ["pre", "C"],
             ]);
