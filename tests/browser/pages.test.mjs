@@ -10,6 +10,8 @@ const pages = [
     "/config/settings/about",
     "/config/settings/firmware",
     "/config/settings/reboot",
+    "/config/network/access_point",
+    "/config/network/wlan",
 ];
 const rebootFlag = "/tmp/webconfig_reboot_flag";
 
