@@ -17,6 +17,8 @@ const pages = [
     "/config/network/port_forwarding",
     "/config/network/ntp",
     "/config/network/dns_server",
+    "/config/network/access_point",
+    "/config/network/wlan",
 ];
 const rebootFlag = "/tmp/webconfig_reboot_flag";
 

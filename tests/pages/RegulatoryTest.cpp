@@ -30,7 +30,7 @@ class RegulatoryTest : public testing::Test {
     }
     static std::string StoredDomain() { return device::Shell("prm get net/wifi/region_code"); }
     Html Save(std::string const &domain) {
-        return Html(browser.Post(regulatoryPage, {{"hidden_domain", domain}, {"Save", "Save"}}).body);
+        return Html(browser.Post(regulatoryPage, Fields{{"hidden_domain", domain}, {"Save", "Save"}}).body);
     }
 
     Browser browser{device::address};
@@ -79,7 +79,8 @@ TEST_F(RegulatoryTest, NothingIsRunForTheSameDomainNoDomainOrAnotherModule) {
     EXPECT_EQ(Save("").Count(message), 0U);
     SetModule("other", "FCC");
     for (char const *button : {"Save", "Reboot"}) {
-        Html const page(browser.Post(regulatoryPage, {{"hidden_domain", "KCC"}, {button, button}}).body);
+        Html const page(
+            browser.Post(regulatoryPage, Fields{{"hidden_domain", "KCC"}, {button, button}}).body);
         EXPECT_EQ(page.One("//div[@id='id_warning']"),
                   "Error. Your WiFi module does not support changing regulatory domain");
         EXPECT_EQ(page.Count("//form"), 0U);

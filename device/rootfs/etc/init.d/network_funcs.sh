@@ -59,14 +59,18 @@ hex() {
 }
 
 # Lets the program that is to take a configuration read it: starts it without a radio, and ends it again.
+# It notes its process id after its start has been reported, and must be gone before the next one starts.
 check_with() {
-    if ! errors=$("$@" -B -P "/run/$interface.pid" 2>&1); then
-        refuse "$1: $(echo "$errors" | grep '^Line' | head -n 1)"
+    pid_file=/run/$interface.pid
+    rm -f "$pid_file"
+    if ! errors=$("$@" -B -P "$pid_file" 2>&1); then
+        refuse "$(echo "$errors" | grep -m 1 .)"
     fi
-    # To its very end: it would take away what the next one to be started needs.
-    pid=$(cat "/run/$interface.pid")
-    kill "$pid"
-    timeout 5 tail --pid="$pid" -s 0.05 -f /dev/null
+    tries=100
+    until [ -s "$pid_file" ] || [ $((tries -= 1)) -eq 0 ]; do
+        sleep 0.05
+    done
+    pid=$(cat "$pid_file") && kill "$pid" && timeout 5 tail --pid="$pid" -s 0.05 -f /dev/null
 }
 
 access_point() {

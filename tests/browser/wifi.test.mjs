@@ -1,0 +1,209 @@
+// The Wi-Fi pages: which fields can be used when, the channels of a country, live status; and the service
+// page of the regulatory domain, up to the return after the reboot.
+
+import assert from "node:assert/strict";
+import { after, before, beforeEach, describe, test } from "node:test";
+import { desktop, inDevice, withPage } from "./device.mjs";
+
+const accessPointPage = "/config/network/access_point";
+const wlanPage = "/config/network/wlan";
+const regulatoryPage = "/config/regulatory/wifi";
+const kept = `/tmp/wifi_settings_${process.pid}`;
+
+const key = "a".repeat(64);
+const settings = {
+    "vendor": "laird", "region_code": "FCC", "country": "US",
+    "ap/enabled": "no", "ap/channel": "6:2437", "ap/essid": "field", "ap/wpa_psk": key,
+    "client/enabled": "no", "client/essid": "plant", "client/security": "wpa", "client/wpa_psk": key,
+    "client/eap/identity": "", "client/eap/password": "", "client/mobile_qx": "no",
+};
+
+const inShell = (command) => inDevice("sh", "-c", command);
+const stored = (name) => inDevice("prm", "get", `net/wifi/${name}`);
+
+function store(values) {
+    inShell(Object.entries(values).map(([name, value]) => `prm set net/wifi/${name} '${value}'`).join("; "));
+}
+
+before(() => inShell(`prm export net/wifi >${kept}`));
+beforeEach(() => store(settings));
+after(() =>
+    inShell(
+        `prm del /net/wifi; prm import ${kept}; rm ${kept};` +
+            "/etc/init.d/network_funcs.sh wifi_ap; /etc/init.d/network_funcs.sh wifi_client",
+    ),
+);
+
+/** Ids of the enabled ones among the fields of a page, without the switch and the button. */
+function usable(page, prefix) {
+    return page.$$eval("#config_pane :is(input, select):enabled", (fields, start) =>
+        fields
+            .filter((field) => field.id.startsWith(start) && !/_enabled|_submit|_domain/.test(field.id))
+            .map((field) => field.id.slice(start.length)), prefix);
+}
+
+async function save(page, button) {
+    await Promise.all([page.waitForNavigation(), page.click(button)]);
+    return (await page.locator(".form_result_msg").textContent()).trim();
+}
+
+async function statusText(page, box, pattern) {
+    await page.click("a[href='#status_tab']");
+    await page.waitForFunction(
+        ([selector, source]) => new RegExp(source, "s").test(document.querySelector(selector).textContent),
+        [box, pattern.source],
+        { timeout: 15000 },
+    );
+}
+
+const channelsLoaded = (page) => page.waitForFunction(() => document.querySelectorAll("#ap_channel option").length > 1);
+
+describe("Access point page", () => {
+    test("fields follow the switch; the country is fixed where the domain has one only", async () => {
+        await withPage(accessPointPage, desktop, async (page) => {
+            assert.deepEqual(await usable(page, "ap_"), []);
+            await page.check("#ap_enabled");
+            assert.deepEqual(await usable(page, "ap_"), ["country_code_copy", "channel", "security", "ess_id", "pass_phrase"]);
+            assert.ok(!(await page.isVisible("#ap_country_copy_row")));
+        });
+    });
+
+    test("offers the channels of the country and sets up an access point that the Status tab shows", async () => {
+        await withPage(accessPointPage, desktop, async (page) => {
+            await statusText(page, "#status_access_point", /^Not enabled$/);
+            await page.click("a[href='#config_tab']");
+            await page.check("#ap_enabled");
+            await channelsLoaded(page);
+            assert.equal(await page.locator("#ap_channel option").first().textContent(), "[1] 2412 MHz");
+            assert.equal(await page.inputValue("#ap_channel"), "6:2437");
+            await page.selectOption("#ap_channel", "36:5180");
+            await page.fill("#ap_ess_id", "<b id='x'>net</b>");
+            await page.fill("#ap_pass_phrase", `pass "$(id)"`);
+            assert.equal(await save(page, "#ap_submit"), "Configuration saved successfully");
+            await statusText(page, "#status_access_point", /Access Point interface.*Connected clients.*DHCP leases.*<b id='x'>net<\/b>/);
+            assert.equal(await page.locator("#x").count(), 0, "no markup from the device");
+        });
+        assert.equal(stored("ap/channel"), "36:5180");
+        assert.equal(stored("ap/essid"), "<b id='x'>net</b>");
+    });
+
+    test("with the WLAN client on, the channel of a Laird module stays", async () => {
+        store({ "client/enabled": "yes" });
+        await withPage(accessPointPage, desktop, async (page) => {
+            await page.check("#ap_enabled");
+            await channelsLoaded(page);
+            assert.equal(await page.textContent("#channel_name_append"), " (readonly if WLAN enabled)");
+            assert.ok((await usable(page, "ap_")).includes("channel_copy"));
+            assert.ok(await page.isDisabled("#ap_channel"));
+            assert.equal(await save(page, "#ap_submit"), "Configuration saved successfully");
+        });
+        assert.equal(stored("ap/channel"), "6:2437");
+    });
+
+    test("without the list of channels the stored one can be kept", async () => {
+        const prepare = (page) =>
+            page.route("**/status/rpc", (route) =>
+                route.request().postData().includes("wifi_get_channels") ? route.abort() : route.continue());
+        await withPage(accessPointPage, { ...desktop, faulty: true, prepare }, async (page) => {
+            await page.check("#ap_enabled");
+            assert.equal(await page.textContent("#ap_channel"), "[6] 2437 MHz");
+            assert.equal(await save(page, "#ap_submit"), "Configuration saved successfully");
+        });
+        assert.equal(stored("ap/channel"), "6:2437");
+    });
+
+    test("other modules choose the channel themselves, in the country that is chosen", async () => {
+        store({ "vendor": "other", "ap/channel": "0:" });
+        const countries = [];
+        const prepare = (page) =>
+            page.on("request", (request) => {
+                const call = request.url().endsWith("/rpc") ? JSON.parse(request.postData()) : {};
+                if (call.method === "wifi_get_channels") {
+                    countries.push([...call.params, call.id]);
+                }
+            });
+        await withPage(accessPointPage, { ...desktop, prepare }, async (page) => {
+            await page.check("#ap_enabled");
+            await channelsLoaded(page);
+            assert.equal(await page.locator("#ap_channel option:checked").textContent(), "Automatic");
+            await page.evaluate(() => {
+                const select = document.querySelector("#ap_country_code");
+                select.disabled = false;
+                select.dispatchEvent(new Event("change"));
+            });
+            await page.waitForResponse(/rpc$/);
+        });
+        assert.deepEqual(countries, [["US", "258"], ["US", "147"]]);
+    });
+});
+
+describe("WLAN page", () => {
+    test("fields follow the switch and the kind of security", async () => {
+        await withPage(wlanPage, desktop, async (page) => {
+            assert.deepEqual(await usable(page, "wlan_"), []);
+            await page.check("#wlan_enabled");
+            const common = ["ess_id", "country_code_copy", "security"];
+            for (const [security, own] of [["none", []], ["wpa", ["pass_phrase"]], ["wpa_eap", ["identity", "pass_phrase"]]]) {
+                await page.selectOption("#wlan_security", security);
+                assert.deepEqual(await usable(page, "wlan_"), [...common, ...own, "mobile_qx"], security);
+            }
+            await page.uncheck("#wlan_enabled");
+            assert.deepEqual(await usable(page, "wlan_"), []);
+        });
+    });
+
+    test("joins a network that the Status tab shows; what is wrong is marked", async () => {
+        await withPage(wlanPage, desktop, async (page) => {
+            await page.check("#wlan_enabled");
+            await page.fill("#wlan_ess_id", "other");
+            await page.fill("#wlan_pass_phrase", "short");
+            assert.equal(await save(page, "#wlan_submit"), "Invalid values: The form values were not saved.");
+            const refused = page.locator("tr.cppcms_error_msg");
+            assert.match(await refused.textContent(), /Invalid length, minimum 8/);
+            await page.fill("#wlan_pass_phrase", "long enough");
+            assert.equal(await save(page, "#wlan_submit"), "Configuration saved successfully");
+            assert.equal(await page.inputValue("#wlan_pass_phrase"), "");
+            await statusText(page, "#status_wlan", /Client Interface.*Client Network.*Routing.*client of 'other'.*check system log file/);
+        });
+        assert.equal(stored("client/wpa_psk").length, 64);
+    });
+});
+
+describe("Regulatory domain page", () => {
+    test("sets a domain, asks for the reboot and returns after it", async () => {
+        inShell("mkdir -p /etc/fail; echo 1 >/etc/fail/reboot; rm -rf /var/lib/lmu");
+        try {
+            let probes = 0;
+            const prepare = async (page) => {
+                await page.clock.install();
+                await page.route("**/wifi?rand=*", (route) => (++probes < 3 ? route.abort() : route.continue()));
+                await page.route("**/settings/general", (route) => route.fulfill({ body: "the device is back" }));
+            };
+            await withPage(regulatoryPage, { ...desktop, faulty: true, prepare }, async (page) => {
+                assert.equal(await page.inputValue("#id_domain"), "FCC");
+                await page.selectOption("#id_domain", "KCC");
+                await Promise.all([page.waitForNavigation(), page.click("#id_save")]);
+                assert.match(await page.textContent("#id_message"), /^Regulatory domain was changed/);
+                assert.ok(!(await page.isVisible("#id_domain")) && !(await page.isVisible("#id_save")));
+                await page.clock.runFor(5000);
+                assert.ok(!(await page.isVisible("#id_message")));
+
+                await Promise.all([page.waitForNavigation(), page.click("[name='Reboot']")]);
+                assert.ok(await page.isVisible("#id_rebooting_txt"));
+                assert.ok(!(await page.isVisible("#id_message")));
+                await page.clock.runFor(8000);
+                assert.equal(probes, 0, "the device has time to go down");
+                for (let i = 0; i < 20 && !page.url().endsWith("/settings/general"); i++) {
+                    await page.clock.runFor(1000);
+                    await page.waitForTimeout(100);
+                }
+                assert.match(page.url(), /\/config\/settings\/general$/);
+                assert.equal(probes, 3);
+            });
+            assert.equal(stored("region_code"), "KCC");
+            assert.equal(inShell("tail -n 1 /var/log/device-commands"), "/sbin/reboot -d 5");
+        } finally {
+            inShell("rm -rf /etc/fail/reboot /var/lib/lmu");
+        }
+    });
+});
