@@ -70,8 +70,7 @@ class RecordingProgram {
     void _StandIn(std::string const &script);
 
     std::string _path;
-    std::string _aside;
-    bool _standIn;
+    std::string _standIn;  // mounted over a program that is there: the host's own cannot be renamed
 };
 
 /// The command lines that were recorded since the last call.
