@@ -79,7 +79,7 @@ TEST_F(RegulatoryTest, NothingIsRunForTheSameDomainNoDomainOrAnotherModule) {
     EXPECT_EQ(Save("").Count(message), 0U);
     SetModule("other", "FCC");
     for (char const *button : {"Save", "Reboot"}) {
-        Html const page(browser.Post(regulatoryPage, Fields{{"hidden_domain", "KCC"}, {button, button}}).body);
+        Html const page(browser.Post(regulatoryPage, {{"hidden_domain", "KCC"}, {button, button}}).body);
         EXPECT_EQ(page.One("//div[@id='id_warning']"),
                   "Error. Your WiFi module does not support changing regulatory domain");
         EXPECT_EQ(page.Count("//form"), 0U);
