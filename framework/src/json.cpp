@@ -58,7 +58,9 @@ value::value() noexcept = default;
 value::value(value const &) = default;
 value::value(value &&) noexcept = default;
 value::~value() = default;
-bool value::operator==(value const &) const = default;
+bool value::operator==(value const &other) const {
+    return data_ == other.data_;  // written out, because Clang 14 crashes on the default
+}
 
 void value::swap(value &other) noexcept {
     data_.swap(other.data_);

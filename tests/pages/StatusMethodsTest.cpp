@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <thread>
 
 #include "tests/pages/support/Browser.h"
 #include "tests/pages/support/Device.h"
@@ -180,6 +181,17 @@ TEST(StatusMethodsTest, SiteServerLink) {
                                     R"(vexaClient.Send("statusd", cVexaMsgRequestServerStats) failed)"));
     device::Shell("supvis --resume statusd; sleep 0.5");
     ExpectParts(Status("orvane_status"), {R"("isConnected":true)"});
+}
+
+TEST(StatusMethodsTest, ManyPollersOfASilentDaemonWaitTogether) {
+    device::ReplacedFile const file("/etc/daemons/statusd", "answer = silent\n");
+    auto const start = std::chrono::steady_clock::now();
+    std::vector<std::thread> pollers;
+    for (int i = 0; i < 10; ++i)
+        pollers.emplace_back([] { EXPECT_EQ(Status("orvane_status"), unknownLink); });
+    for (auto &poller : pollers)
+        poller.join();
+    EXPECT_LT(Seconds(start), 4);
 }
 
 TEST(StatusMethodsTest, OpenVpnConnection) {

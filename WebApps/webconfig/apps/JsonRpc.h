@@ -1,9 +1,11 @@
 #pragma once
 
+#include <booster/shared_ptr.h>
 #include <cppcms/json.h>
 #include <cppcms/rpc_json.h>
 
 #include <string>
+#include <vector>
 
 namespace webconfig::apps {
 
@@ -35,9 +37,18 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
     void PrepareFWUpgrade();
 
   private:
-    void _Bind(char const *method, void (JsonRpc::*handler)());
+    using Handler = void (JsonRpc::*)();
+    using Calls = std::vector<booster::shared_ptr<cppcms::rpc::json_call>>;
+
+    void _Bind(char const *method, Handler handler);
+    void _BindShared(char const *method, Handler handler);
+    void _AnswerTogether(Handler handler, Calls &waiting);
     /// Returns \a result with each of its texts cleaned: what tools and daemons print may be any bytes.
     void _Return(cppcms::json::value result);
+    /// Ends the call with HTTP status 404 and no result.
+    void _Refuse();
+
+    Calls _together;  // the calls that the running handler answers, where it is not the current one
 };
 
 }  // namespace webconfig::apps

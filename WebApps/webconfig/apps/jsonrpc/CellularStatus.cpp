@@ -1,5 +1,3 @@
-#include <cppcms/http_response.h>
-
 #include "WebApps/webconfig/apps/JsonRpc.h"
 #include "WebApps/webconfig/apps/jsonrpc/CellularTexts.h"
 #include "WebApps/webconfig/apps/jsonrpc/CommandOutputs.h"
@@ -19,8 +17,8 @@ namespace {
 constexpr char interfaceAddress[] =
     "/sbin/ifconfig ppp0 | head -n 2 | tail -n 1 | awk '{print $2}' | awk -F ':' '{print $2}'";
 
-/// The search for networks, which others run. The polls after its end, all callers' together, tell that it
-/// is complete.
+/// The search for networks, which others run. The answers after its end, all callers' together, tell that
+/// it is complete.
 char const *NetworkRefreshState() {
     constexpr int completePolls = 6;
     static int countdown = 0;
@@ -92,7 +90,7 @@ void JsonRpc::CellularStatus() {
     if (isDialup) {
         auto const [canReceive, modem] = util::AskSeriald();
         if (!canReceive) {
-            response().status(cppcms::http::response::not_found);  // no result: the page sees a failed poll
+            _Refuse();  // the page sees a failed poll
             return;
         }
         status["have_gprs_stats"] = modem != nullptr;
