@@ -89,6 +89,15 @@ export async function withPage(path, { faulty = false, prepare, ...options }, us
     }
 }
 
+/** Waits until the text of an element matches. */
+export async function waitForText(page, selector, pattern) {
+    await page.waitForFunction(
+        ([where, source, flags]) => new RegExp(source, flags).test(document.querySelector(where)?.textContent ?? ""),
+        [selector, pattern.source, pattern.flags],
+        { timeout: 15000 },
+    );
+}
+
 /** Lists, as they happen, a page's script errors, refused and failed requests, requests to other hosts. */
 function collectProblems(page) {
     const problems = [];

@@ -10,6 +10,10 @@ const pages = [
     "/config/settings/about",
     "/config/settings/firmware",
     "/config/settings/reboot",
+    "/config/network/ethernet1",
+    "/config/network/port_forwarding",
+    "/config/network/ntp",
+    "/config/network/dns_server",
 ];
 const rebootFlag = "/tmp/webconfig_reboot_flag";
 

@@ -128,7 +128,7 @@ TEST(StatusTest, ReloadsWhileABrowserPolls) {
         }
     });
     Browser browser(device::address);
-    std::string const pid = device::Shell("pidof webconfig");
+    std::string const pid = device::Shell("pgrep -o -x webconfig");
     for (int i = 0; i < 10; ++i) {
         browser.Call("reload");
         EXPECT_TRUE(browser.WaitUntilUp());
@@ -136,7 +136,7 @@ TEST(StatusTest, ReloadsWhileABrowserPolls) {
     stop = true;
     poller.join();
     EXPECT_GE(polls, 10);
-    EXPECT_EQ(device::Shell("pidof webconfig"), pid) << "the service is rebuilt in the same process";
+    EXPECT_EQ(device::Shell("pgrep -o -x webconfig"), pid) << "the service is rebuilt in the same process";
     EXPECT_EQ(device::Shell("test -e /tmp/webconfig_freload_flag && echo set"), "");
 }
 
