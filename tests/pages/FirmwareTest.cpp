@@ -55,7 +55,7 @@ class FirmwareTest : public testing::Test {
   protected:
     Answer Send(std::string const &content, std::string const &name, std::string const &type = octets) {
         device::TemporaryFile const file("/var/tmp/image", content);
-        return browser.Post(firmwarePage, Upload{"fwupload", name, type, "/var/tmp/image"});
+        return browser.PostFile(firmwarePage, Upload{"fwupload", name, type, "/var/tmp/image"});
     }
 
     Browser browser{device::address};
@@ -132,7 +132,7 @@ TEST_F(FirmwareTest, RefusesMoreThanThreeHundredMegabytes) {
     device::TemporaryFile const file("/var/tmp/large/image", magic);
     fs::resize_file("/var/tmp/large/image", (300U << 20) + 1);
     Answer const answer =
-        browser.Post(firmwarePage, Upload{"fwupload", "image.bin", octets, "/var/tmp/large/image"});
+        browser.PostFile(firmwarePage, Upload{"fwupload", "image.bin", octets, "/var/tmp/large/image"});
     EXPECT_EQ(Html(answer.body).One("//span[@class='cppcms_error_msg']"),
               "Invalid file length; minimum 1, maximum 314572800 bytes.");
     EXPECT_TRUE(BecomesEmpty(uploads));

@@ -71,13 +71,13 @@ bool server::stop(clock::time_point deadline) {
     if (!stopping_.exchange(true)) {
         for (listener &l : listeners_) {
             ::epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, l.socket, nullptr);
-            // Who waits at a socket of ours would be turned away by its end; an inherited one keeps them.
-            while (l.owned.get() >= 0) {
+            // Who waits at a socket of ours would be turned away by its end; an inherited one keeps them. A
+            // thread may still be at the socket: it is closed when they have ended.
+            while (l.owned.get() >= 0 && clock::now() < deadline) {
                 descriptor client = accept_one(l);
-                if (client.get() >= 0)
-                    park(make_(l, std::move(client)));
-                else
-                    l.owned = descriptor();
+                if (client.get() < 0)
+                    break;
+                park(make_(l, std::move(client)));
             }
         }
         std::uint64_t const count = std::max<std::size_t>(1, threads_.size());
@@ -91,6 +91,7 @@ void server::join() {
     for (std::thread &thread : threads_)
         thread.join();
     threads_.clear();
+    listeners_.clear();
     waiting_.clear();
 }
 
