@@ -146,6 +146,26 @@ class Firmware(DeviceTest):
         self.assertTrue(eventually(lambda: get(self.device.url)[0] == 302))
 
 
+class Restart(DeviceTest):
+    def test_pending_settings_are_in_effect_after_a_reboot(self):
+        for settings, address, resolver in (
+                ({"lan_ipaddr": "192.168.7.1", "lan_dns1": "9.9.9.9", "lan_dns_is_append": "yes", "lan_dns_suffix": "plant"},
+                 "192.168.7.1/24", "search plant\nnameserver 9.9.9.9\nnameserver 10.99.0.1"),
+                ({"lan_addr_mode": "dhcp", "lan_dns_is_append": "no", "lan_dns_suffix": ""},
+                 "192.168.0.150/24", "nameserver 9.9.9.9"),
+                ({"lan_addr_mode": "static", "lan_ipaddr": "nonsense", "lan_dns1": ""}, None, "nameserver 10.99.0.1")):
+            with self.subTest(settings):
+                self.set(**{"net/" + name: value for name, value in settings.items()}, syslogd__persistent="yes")
+                self.shell("touch /tmp/before")
+                self.device.enter("reboot", "-d", "0")
+                self.assertTrue(eventually(lambda: self.device.status("test -e /tmp/before") == 1, 30))
+                self.assertTrue(eventually(lambda: get(self.device.url)[0] == 302, 30))
+                found = self.shell("ip -4 -br address show br1").split()[2:]
+                self.assertEqual([address] if address else [], found)
+                self.assertEqual(resolver, self.shell("cat /etc/resolv.conf"))
+        self.shell("logger kept-line; grep -q kept-line /home/root/log/messages")
+
+
 class Wifi(DeviceTest):
     KEY = "0123456789abcdef" * 4
     ACCESS_POINT = {"enabled": "yes", "essid": "Field  box", "wpa_psk": KEY, "channel": "36:5180"}
