@@ -10,6 +10,8 @@ const pages = [
     "/config/settings/about",
     "/config/settings/firmware",
     "/config/settings/reboot",
+    "/config/settings/advanced",
+    "/config/service/assemblysn",
 ];
 const rebootFlag = "/tmp/webconfig_reboot_flag";
 

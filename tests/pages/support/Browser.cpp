@@ -55,7 +55,7 @@ Answer Browser::Post(std::string const &path, std::string const &body, std::stri
     return Perform(path);
 }
 
-Answer Browser::Post(std::string const &path, Upload const &upload) {
+Answer Browser::PostFile(std::string const &path, Upload const &upload) {
     curl_easy_reset(_curl.get());
     std::unique_ptr<curl_mime, decltype(&curl_mime_free)> const form(curl_mime_init(_curl.get()),
                                                                      &curl_mime_free);

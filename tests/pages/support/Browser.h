@@ -37,7 +37,7 @@ class Browser {
     Answer Get(std::string const &path);
     Answer Post(std::string const &path, Fields const &fields);
     Answer Post(std::string const &path, std::string const &body, std::string const &contentType);
-    Answer Post(std::string const &path, Upload const &upload);
+    Answer PostFile(std::string const &path, Upload const &upload);
     /// Calls a status method; \a parameters is the text of a JSON array.
     Answer Call(std::string const &method, std::string const &parameters = "[]");
 

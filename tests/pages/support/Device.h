@@ -54,6 +54,13 @@ class RecordingProgram {
     bool _standIn;
 };
 
+/// A script for RecordingProgram that leaves word of how it was started, for ExpectDetachedStart().
+extern char const tellStart[];
+
+/// Waits for that word, and expects that the program runs in a session of its own, with
+/// nothing of its starter's sockets or ignored signals. Returns the value of the variable FWBOOT there.
+std::string ExpectDetachedStart();
+
 /// The command lines that were recorded since the last call.
 std::vector<std::string> TakeCommands();
 
