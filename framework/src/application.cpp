@@ -74,22 +74,22 @@ url_mapper &application::mapper() {
     return *mapper_;
 }
 
-void application::render(std::string view, base_content &content) {
-    render(context().skin(), std::move(view), content);
+void application::render(std::string const &view, base_content &content) {
+    render(context().skin(), view, content);
 }
 
-void application::render(std::string skin, std::string view, base_content &content) {
+void application::render(std::string const &skin, std::string const &view, base_content &content) {
     // Before the output is opened: a wrong view must still be able to end as the error page.
     impl::check_view(skin, view, content);
-    render(std::move(skin), std::move(view), response().out(), content);
+    render(skin, view, response().out(), content);
 }
 
-void application::render(std::string view, std::ostream &out, base_content &content) {
-    render(has_context() ? context().skin() : service_.views_pool().default_skin(), std::move(view), out,
-           content);
+void application::render(std::string const &view, std::ostream &out, base_content &content) {
+    render(has_context() ? context().skin() : service_.views_pool().default_skin(), view, out, content);
 }
 
-void application::render(std::string skin, std::string view, std::ostream &out, base_content &content) {
+void application::render(std::string const &skin, std::string const &view, std::ostream &out,
+                         base_content &content) {
     base_content::app_guard const guard(content, *this);
     service_.views_pool().render(skin, view, out, content);
 }

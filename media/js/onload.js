@@ -156,18 +156,28 @@
      *  interval begins when the answer is there, so that calls never pile up.
      *  @param interval in milliseconds.
      *  @param show is given the box (jQuery) and each result, and fills the box.
-     *  @param problems the texts for failures, such as statusProblems, which is the default. */
-    function PollStatus(url, method, id, interval, boxSelector, show, problems = statusProblems) {
+     *  @param problems the texts for failures, such as statusProblems, which is the default.
+     *  @param wanted tells whether to call; by default, whether the box is in sight. */
+    function PollStatus(
+        url,
+        method,
+        id,
+        interval,
+        boxSelector,
+        show,
+        problems = statusProblems,
+        wanted = () => $(boxSelector).is(":visible"),
+    ) {
         function arm() {
             setTimeout(poll, interval);
         }
 
         function poll() {
-            const $box = $(boxSelector);
-            if (!$box.is(":visible")) {
+            if (!wanted()) {
                 arm();
                 return;
             }
+            const $box = $(boxSelector);
             $.ajax({
                 type: "POST",
                 url: url,
@@ -211,6 +221,16 @@
             $("<h3>").text(title),
             framed ? $("<div class='command_output'>").append($text) : $text,
         );
+    }
+
+    /** A heading with a table of two columns below, to append to a status box.
+     *  @param rows pairs of heading and text. */
+    function StatusTable(title, rows) {
+        const $table = $("<table>");
+        for (const [heading, text] of rows) {
+            $table.append($("<tr>").append($("<th>").text(heading), $("<td>").text(text)));
+        }
+        return $("<div>").append($("<h3>").text(title), $table);
     }
 
     /** One preformatted text of several parts, to append to a status box.
@@ -269,6 +289,7 @@
     window.PollStatus = PollStatus;
     window.PollBriefStatus = PollBriefStatus;
     window.StatusSection = StatusSection;
+    window.StatusTable = StatusTable;
     window.StatusReport = StatusReport;
     window.ParseToolStatus = ParseToolStatus;
     window.ShowProgress = ShowProgress;

@@ -42,6 +42,12 @@ export function startInDevice(...command) {
     };
 }
 
+/** The text of a page as the site sends it. (Playwright's own requests know no digest log-in.) */
+export function source(path) {
+    const login = username ? ["--digest", "--user", `${username}:${password}`] : [];
+    return execFileSync("curl", ["-sf", "--noproxy", "*", ...login, new URL(path, site).href], { encoding: "utf8" });
+}
+
 let browser;
 
 before(async () => {
@@ -81,6 +87,15 @@ export async function withPage(path, { faulty = false, prepare, ...options }, us
     } finally {
         await context.close();
     }
+}
+
+/** Waits until the text of an element matches. */
+export async function waitForText(page, selector, pattern) {
+    await page.waitForFunction(
+        ([where, source, flags]) => new RegExp(source, flags).test(document.querySelector(where)?.textContent ?? ""),
+        [selector, pattern.source, pattern.flags],
+        { timeout: 15000 },
+    );
 }
 
 /** Lists, as they happen, a page's script errors, refused and failed requests, requests to other hosts. */

@@ -2,7 +2,7 @@
 
 import assert from "node:assert/strict";
 import { after, describe, test } from "node:test";
-import { desktop, inDevice, withPage } from "./device.mjs";
+import { desktop, inDevice, waitForText, withPage } from "./device.mjs";
 
 const nameField = "#cfg_grl_device_name";
 const message = ".form_result_msg";
@@ -14,14 +14,6 @@ async function save(page, name) {
     await page.fill(nameField, name);
     await page.click("#cfg_grl_save");
     await page.waitForLoadState("load");
-}
-
-async function waitForText(page, selector, pattern) {
-    await page.waitForFunction(
-        ([where, source, flags]) => new RegExp(source, flags).test(document.querySelector(where)?.textContent ?? ""),
-        [selector, pattern.source, pattern.flags],
-        { timeout: 15000 },
-    );
 }
 
 const isStatusCall = (request) => request.postData()?.includes('"general_dynamic_status"') ?? false;

@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { describe, test } from "node:test";
-import { desktop, inDevice, phone, withPage } from "./device.mjs";
+import { desktop, inDevice, phone, source, withPage } from "./device.mjs";
 
 const pages = [
     "/",
@@ -12,6 +12,10 @@ const pages = [
     "/config/settings/reboot",
     "/config/settings/advanced",
     "/config/service/assemblysn",
+    "/config/network/ethernet1",
+    "/config/network/port_forwarding",
+    "/config/network/ntp",
+    "/config/network/dns_server",
 ];
 const rebootFlag = "/tmp/webconfig_reboot_flag";
 
@@ -99,9 +103,12 @@ describe("page frame", () => {
     test("the icon is there", async () => {
         await withPage("/", desktop, async (page) => {
             const icon = await page.getAttribute("link[rel='shortcut icon']", "href");
-            const answer = await page.request.get(new URL(icon, page.url()).href);
-            assert.equal(answer.status(), 200);
-            assert.equal((await answer.body()).readUInt16LE(2), 1, "an icon file");
+            const [status, ...head] = await page.evaluate(async (address) => {
+                const answer = await fetch(address);
+                return [answer.status, ...new Uint8Array(await answer.arrayBuffer()).slice(0, 4)];
+            }, icon);
+            assert.equal(status, 200);
+            assert.deepEqual(head, [0, 0, 1, 0], "an icon file");
         });
     });
 
@@ -157,12 +164,11 @@ describe("page frame", () => {
     test("a sub-menu opens and closes with its parent", async () => {
         const prepare = (page) =>
             page.route("**/", async (route) => {
-                const answer = await route.fetch();
                 const menu =
                     `<li class=" parentSideMenu parentSubMenu "><a id="menu_More_pages" href=""> More pages</a></li>` +
                     `<li class=" childSideMenu subMenu hiddenOnLoad menu_More_pages"><a href="/one"> One</a></li>`;
-                const body = (await answer.text()).replace(/(<ul class="nav2">)/, `$1${menu}`);
-                await route.fulfill({ response: answer, body });
+                const body = source("/config/").replace(/(<ul class="nav2">)/, `$1${menu}`);
+                await route.fulfill({ contentType: "text/html; charset=UTF-8", body });
             });
         await withPage("/", { ...desktop, prepare }, async (page) => {
             const entry = page.locator("li.menu_More_pages");

@@ -23,19 +23,25 @@ class NoRedirect(urllib.request.HTTPRedirectHandler):
         return None
 
 
-def get(url, password="admin"):
-    """Status and Location of a page, as admin; without a log-in where there is no password."""
+def request(url, body=None, headers=None, password="admin"):
+    """Status, body and Location of an answer, as admin; without a log-in where there is no password."""
     accounts = urllib.request.HTTPPasswordMgrWithDefaultRealm()
     if password is not None:
         accounts.add_password(None, url, "admin", password)
     opener = urllib.request.build_opener(urllib.request.ProxyHandler({}), NoRedirect,
                                          urllib.request.HTTPDigestAuthHandler(accounts))
     try:
-        with opener.open(url, timeout=10) as answer:
-            return answer.status, None
+        with opener.open(urllib.request.Request(url, body, headers or {}), timeout=30) as answer:
+            return answer.status, answer.read(), None
     except urllib.error.HTTPError as error:
         with error:
-            return error.code, error.headers["Location"]
+            return error.code, error.read(), error.headers["Location"]
+
+
+def get(url, password="admin"):
+    """Status and Location of a page."""
+    status, _, location = request(url, password=password)
+    return status, location
 
 
 def eventually(condition, seconds=15):

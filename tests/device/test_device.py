@@ -167,7 +167,7 @@ class Ending(unittest.TestCase):
             self.assertTrue(eventually(lambda: kill(device, "webconfig") or device.launcher.poll() is not None))
 
         self.check(lambda device: kill(device, "lighttpd"), 1, "lighttpd ended on signal 9")
-        self.check(kill_again_and_again, 1, "webconfig ended on signal 9: the device stops")
+        self.check(kill_again_and_again, 1, "webconfig ended on signal 9 (Killed): the device stops")
 
     def test_death_of_init(self):
         self.check(lambda device: os.kill(device.init, signal.SIGKILL), 1)

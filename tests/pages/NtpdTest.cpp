@@ -95,7 +95,7 @@ TEST_F(NtpdTest, TheClockJumpsOnRequestOnly) {
         Strings commands;
     } const cases[] = {{"Jump system time", {"/usr/bin/chronyc online"}}, {"jump", {}}, {"", {}}};
     for (auto const &c : cases) {
-        Html const page(browser.Post(ntpPage, {{"submit", c.action}, {"server0", "x"}}).body);
+        Html const page(browser.Post(ntpPage, Fields{{"submit", c.action}, {"server0", "x"}}).body);
         EXPECT_EQ(page.Count(anyMessage), 0U);
         EXPECT_EQ(device::TakeCommands(), c.commands) << c.action;
     }

@@ -147,6 +147,7 @@ TEST_F(PortForwardingTest, DuplicatesAndBadValuesAreNotAdded) {
                           {"destinationPort", "80"},
                           {"add", "Add Row"}};
     EXPECT_EQ(Send(twice).One(failureMessage), invalid);
+    EXPECT_TRUE(device::WaitForText("/var/log/messages", "PortForwarding row add failed validation"));
     EXPECT_EQ(Stored(), before);
     EXPECT_EQ(device::TakeCommands(), nothing);
 }
@@ -266,6 +267,19 @@ TEST_F(PortForwardingTest, BadStoredEntriesAreSkippedAndHalfRulesShown) {
     EXPECT_TRUE(device::WaitForText(
         "/var/log/messages",
         "PortForwarding load TCP values: Bad PRM parameter net/portfwd/tcp/00011/d_port"));
+}
+
+TEST_F(PortForwardingTest, AForwardedPortCarriesConnectionsUntilItIsDeleted) {
+    auto const askFromOutside = [] {
+        return device::Shell("nsenter --net=/run/netns/outside curl -s -m 1 http://10.99.0.2:4711/");
+    };
+    std::string const wanted = device::Shell("curl -s http://192.168.0.20/");
+    ASSERT_NE(wanted, "");
+    EXPECT_EQ(askFromOutside(), "");
+    Add("0", {"tcp", "4711", "192.168.0.20", "80"});
+    EXPECT_EQ(askFromOutside(), wanted);
+    Press("delete", "Delete", "0");
+    EXPECT_EQ(askFromOutside(), "");
 }
 
 TEST_F(PortForwardingTest, AStoreThatRefusesIsNotNoticed) {

@@ -106,6 +106,7 @@ TEST(StatusTest, WhileAnUpgradeRunsNoPageShowsItsNormalContent) {
 
 TEST(StatusTest, PreparingAnUpgradeAnswersTheRawStatusOfTheCommand) {
     Browser browser(device::address);
+    device::Shell("$APPLICATION_DIR/etc/rcS.d/deployer start");  // an upgrade may have stopped it
     EXPECT_EQ(browser.Call("prepare_fw_upgrade").body, Result("0"));
     EXPECT_EQ(device::Shell("tail -n 1 /var/log/device-commands"), "/usr/bin/supvis --suspend deployer\n");
     EXPECT_NE(device::Shell("supvis --list").find("deployer\tsuspended"), std::string::npos);
@@ -127,7 +128,7 @@ TEST(StatusTest, ReloadsWhileABrowserPolls) {
         }
     });
     Browser browser(device::address);
-    std::string const pid = device::Shell("pidof webconfig");
+    std::string const pid = device::Shell("pgrep -o -x webconfig");
     for (int i = 0; i < 10; ++i) {
         browser.Call("reload");
         EXPECT_TRUE(browser.WaitUntilUp());
@@ -135,7 +136,7 @@ TEST(StatusTest, ReloadsWhileABrowserPolls) {
     stop = true;
     poller.join();
     EXPECT_GE(polls, 10);
-    EXPECT_EQ(device::Shell("pidof webconfig"), pid) << "the service is rebuilt in the same process";
+    EXPECT_EQ(device::Shell("pgrep -o -x webconfig"), pid) << "the service is rebuilt in the same process";
     EXPECT_EQ(device::Shell("test -e /tmp/webconfig_freload_flag && echo set"), "");
 }
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cppcms/json.h>
+#include <curl/curl.h>
+
+#include <cstddef>
 #include <string>
 
 #include "WebApps/webconfig/apps/Base.h"
@@ -8,7 +12,10 @@
 
 namespace webconfig::data {
 struct AccessPoint;
+struct Cellular;
 struct Ethernet1;
+struct OpenVPN;
+struct Orvane;
 struct PortForwarding;
 struct Wlan;
 }  // namespace webconfig::data
@@ -21,7 +28,10 @@ class Network : public Base {
     explicit Network(cppcms::service &service);
 
     void Ethernet1();
+    void OpenVPN();
+    void Orvane();
     void PortForwarding();
+    void Cellular();
     void Ntpd();
     void DNSServer();
     void AccessPoint();
@@ -37,6 +47,26 @@ class Network : public Base {
     void EthernetInternal(data::Ethernet1 &content, EthernetPort const &port);
     void _EthernetSave(data::Ethernet1 &content, EthernetPort const &port);
 
+    // One for each button of the page.
+    void _OpenVPNSave(data::OpenVPN &content);
+    void _OpenVPNUpload(data::OpenVPN &content);
+    void _OpenVPNProvision(data::OpenVPN &content);
+    /// Posts \a request to the \a endpoint of a provisioning server and, where \a answer is not null, reads
+    /// its answer into it. False with the text for the page in \a error where that fails.
+    static bool _PostQuery(CURL *curl, std::string const &server, std::string const &endpoint, bool tls,
+                           cppcms::json::value const &request, cppcms::json::value *answer,
+                           std::string &error);
+    /// Appends what curl received to \a stream, an std::ostream.
+    static std::size_t _OpenVPNWriteDataCallback(char *data, std::size_t size, std::size_t count,
+                                                 void *stream);
+    /// The name for the configuration of a provisioning server's \a answer.
+    static std::string _GenerateCertFileName(cppcms::json::value const &answer);
+    /// Installs the configuration at \a path. False where that fails, with the text for the page in
+    /// \a error or, where there is none, an empty text.
+    static bool _OpenVPNUpdate(std::string const &path, std::string &error);
+
+    void _OrvaneSave(data::Orvane &content);
+
     static void _PortForwardingLoadData(data::PortForwardingRules &rules);
     static bool _PortForwardingCheckRule(data::PortForwarding &content, data::PortForwardingKey const &key);
     // One for each button of the page; they tell whether the rules have to be applied.
@@ -48,6 +78,13 @@ class Network : public Base {
     static void _PortForwardingPrmWriteEntry(data::PortForwardingKey const &key,
                                              data::PortForwardingEntry const &entry);
     static void _PortForwardingPrmDeleteEntry(data::PortForwardingKey const &key);
+
+    // One for each button of the page; \a apnPrefix is what the keys of the SIM card's access begin with.
+    void _CellularSave(data::Cellular &content);
+    void _CellularGprsSave(data::Cellular &content, std::string const &apnPrefix);
+    static void _CellularRefreshNetwork(data::Cellular &content);
+    static void _CellularCancelRefresh(data::Cellular &content);
+    void _CellularCdmaSave(data::Cellular &content);
 
     void _AccessPointSave(data::AccessPoint &content);
     static void _WlanSave(data::Wlan &content);

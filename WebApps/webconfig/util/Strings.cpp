@@ -4,6 +4,21 @@
 
 namespace webconfig::util {
 
+std::string Trimmed(std::string const &text) {
+    constexpr char blanks[] = " \t\n\v\f\r";
+    auto const begin = text.find_first_not_of(blanks);
+    return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+}
+
+std::string TextBetween(std::string const &text, std::string const &marker, std::string const &ends) {
+    auto const found = text.find(marker);
+    if (found == std::string::npos)
+        return "";
+    std::string const rest = text.substr(found + marker.size());
+    auto const end = rest.find_first_of(ends);
+    return end == 0 ? rest : rest.substr(0, end);  // never cut to nothing: kept as it is
+}
+
 std::string StripChars(std::string text, std::string const &characters) {
     std::erase_if(text, containsChars(characters));
     return text;

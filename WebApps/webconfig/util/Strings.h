@@ -15,6 +15,13 @@ class containsChars {
     std::string characters_;
 };
 
+/// \a text without the white space around it.
+std::string Trimmed(std::string const &text);
+
+/// What follows the first \a marker in \a text, up to the first of the characters \a ends. Where none of
+/// them follows, or one follows at once, the whole rest. Empty where there is no marker.
+std::string TextBetween(std::string const &text, std::string const &marker, std::string const &ends);
+
 /// \a text without any of \a characters.
 std::string StripChars(std::string text, std::string const &characters);
 

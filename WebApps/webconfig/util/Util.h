@@ -1,6 +1,7 @@
 #pragma once
 
 // The system utilities, all subjects at once.
+#include "WebApps/webconfig/util/Certificates.h"
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/CountryChannels.h"
 #include "WebApps/webconfig/util/Device.h"
@@ -11,4 +12,5 @@
 #include "WebApps/webconfig/util/Settings.h"
 #include "WebApps/webconfig/util/ShellQuote.h"
 #include "WebApps/webconfig/util/Strings.h"
+#include "WebApps/webconfig/util/Utf8.h"
 #include "WebApps/webconfig/util/Wifi.h"

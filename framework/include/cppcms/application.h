@@ -64,10 +64,10 @@ class application : public booster::noncopyable {
 
     /// Renders a view of the context's (or the given) skin to the response, or to the given stream.
     /// Throws cppcms_error for an unknown skin or view and for content of the wrong type.
-    void render(std::string view, base_content &content);
-    void render(std::string skin, std::string view, base_content &content);
-    void render(std::string view, std::ostream &out, base_content &content);
-    void render(std::string skin, std::string view, std::ostream &out, base_content &content);
+    void render(std::string const &view, base_content &content);
+    void render(std::string const &skin, std::string const &view, base_content &content);
+    void render(std::string const &view, std::ostream &out, base_content &content);
+    void render(std::string const &skin, std::string const &view, std::ostream &out, base_content &content);
 
     // add: make a child of `app`, which must outlive this object. attach: the same, and own it. A regular
     // expression with the group that is the child's URL mounts it in the dispatcher, a name with a pattern

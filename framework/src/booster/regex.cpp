@@ -61,7 +61,7 @@ void regex::assign(std::string const &pattern, int flags) {
         options |= PCRE2_UTF;
     auto search = compile(pattern, options);  // first, for error offsets in the caller's own text
     auto match = compile("(?:" + pattern + ")\\z", options | PCRE2_ANCHORED);
-    code_ = std::make_shared<code const>(pattern, flags, std::move(search), std::move(match));
+    code_ = std::make_shared<code const>(code{pattern, flags, std::move(search), std::move(match)});
 }
 
 bool regex::run(bool whole, char const *begin, char const *end, marks_type *marks) const {
@@ -77,10 +77,9 @@ bool regex::run(bool whole, char const *begin, char const *end, marks_type *mark
     if (marks) {
         PCRE2_SIZE const *offsets = pcre2_get_ovector_pointer(data.get());
         marks->assign(mark_count() + 1, {-1, -1});
-        for (int i = 0; i < groups; ++i) {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(groups); ++i) {
             if (offsets[2 * i] != PCRE2_UNSET)
-                (*marks)[static_cast<std::size_t>(i)] = {static_cast<int>(offsets[2 * i]),
-                                                         static_cast<int>(offsets[2 * i + 1])};
+                (*marks)[i] = {static_cast<int>(offsets[2 * i]), static_cast<int>(offsets[2 * i + 1])};
         }
     }
     return true;

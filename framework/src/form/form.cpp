@@ -104,7 +104,7 @@ form::iterator &form::iterator::operator++() {
 }
 
 form::iterator form::iterator::operator++(int) {
-    iterator const before = *this;
+    iterator before = *this;
     ++*this;
     return before;
 }

@@ -147,10 +147,8 @@ bool fastcgi_connection::finish() {
     FCGX_Free(&request_, 0);
     if (!keep) {
         // The end of the body may be there unread; closing with it could cost the client its answer.
-        std::array<char, 1024> waste;
-        while (::recv(descriptor(), waste.data(), waste.size(), MSG_DONTWAIT) ==
-               static_cast<ssize_t>(waste.size())) {
-        }
+        std::array<char, 16384> waste;
+        ::recv(descriptor(), waste.data(), waste.size(), MSG_DONTWAIT);
     }
     return keep;
 }

@@ -72,11 +72,13 @@ bool server::stop(clock::time_point deadline) {
         for (listener &l : listeners_) {
             ::epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, l.socket, nullptr);
             // Who waits at a socket of ours would be turned away by its end; an inherited one keeps them.
-            while (l.owned.get() >= 0)
-                if (auto c = accept_one(l))
-                    park(std::move(c));
+            while (l.owned.get() >= 0) {
+                descriptor client = accept_one(l);
+                if (client.get() >= 0)
+                    park(make_(l, std::move(client)));
                 else
                     l.owned = descriptor();
+            }
         }
         std::uint64_t const count = std::max<std::size_t>(1, threads_.size());
         [[maybe_unused]] auto const written = ::write(wake_.get(), &count, sizeof(count));
@@ -132,43 +134,28 @@ bool server::work_once(bool draining) {
 }
 
 void server::accept(listener const &from) {
-    // All that have come must be taken, as they are told only once. The first is served here, for the others
-    // other threads wake up.
-    auto first = accept_one(from);
-    if (!first)
-        return;
-    while (auto next = accept_one(from))
-        park(std::move(next));
-    serve(std::move(first));
+    descriptor client = accept_one(from);
+    // The next client is for another thread.
+    watch(EPOLL_CTL_MOD, from);
+    if (client.get() >= 0)
+        serve(make_(from, std::move(client)));
 }
 
-std::unique_ptr<connection> server::accept_one(listener const &from) {
+/// The descriptor is not set where nobody waits, or nobody can be let in now.
+descriptor server::accept_one(listener const &from) {
     for (;;) {
         descriptor client(::accept4(from.socket, nullptr, nullptr, SOCK_CLOEXEC));
-        if (client.get() >= 0)
-            return make_(from, std::move(client));
-        switch (errno) {
-            case EAGAIN:
-                return nullptr;
-            case EMFILE:
-            case ENFILE:
-            case ENOBUFS:
-            case ENOMEM:
-                BOOSTER_ERROR("cppcms") << "Failed to accept a client: " << std::strerror(errno);
-                if (drop_oldest())
-                    break;
-                // A request has to end first. The clients at hand will not be told again by themselves.
-                std::this_thread::sleep_for(std::chrono::milliseconds(50));
-                watch(EPOLL_CTL_MOD, from);
-                return nullptr;
-            case EINTR:
-            case ECONNABORTED:
-            case EPROTO:
-                break;
-            default:
-                BOOSTER_ERROR("cppcms") << "Failed to accept a client: " << std::strerror(errno);
-                return nullptr;
-        }
+        if (client.get() >= 0 || errno == EAGAIN)
+            return client;
+        if (errno == EINTR || errno == ECONNABORTED || errno == EPROTO)
+            continue;
+        int const problem = errno;
+        BOOSTER_ERROR("cppcms") << "Failed to accept a client: " << std::strerror(problem);
+        if ((problem == EMFILE || problem == ENFILE) && drop_oldest())
+            continue;
+        // Some request has to end first.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return client;
     }
 }
 
@@ -187,9 +174,9 @@ bool server::drop_oldest() {
 }
 
 void server::watch(int operation, listener const &l) {
-    // Edge-triggered, so that one thread wakes up for a client and not all of them.
+    // Once, so that one thread wakes up for a client and not all of them.
     epoll_event event{};
-    event.events = EPOLLIN | EPOLLET;
+    event.events = EPOLLIN | EPOLLONESHOT;
     event.data.ptr = const_cast<listener *>(&l);
     ::epoll_ctl(epoll_.get(), operation, l.socket, &event);
 }
@@ -226,8 +213,8 @@ void server::park(std::unique_ptr<connection> c) {
     std::lock_guard const lock(guard_);
     waiting_[key] = {std::move(c), deadline};
     int const fd = key->descriptor();
-    if (::epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, fd, &event) != 0 &&
-        ::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0)
+    if (::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0 &&
+        ::epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, fd, &event) != 0)
         waiting_.erase(key);
 }
 

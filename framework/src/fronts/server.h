@@ -52,7 +52,7 @@ class server : public booster::noncopyable {
     void work();
     bool work_once(bool draining);
     void accept(listener const &from);
-    std::unique_ptr<connection> accept_one(listener const &from);
+    descriptor accept_one(listener const &from);
     void serve(std::unique_ptr<connection> c);
     void park(std::unique_ptr<connection> c);
     std::unique_ptr<connection> take(connection *c);

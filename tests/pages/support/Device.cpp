@@ -68,33 +68,51 @@ TemporaryFile::~TemporaryFile() {
     std::filesystem::remove(_path);
 }
 
-RecordingProgram::RecordingProgram(std::string path)
-    : _path(std::move(path)),
-      _aside(_path + ".aside"),
-      _standIn(ReadFile(_path).find(recordScript) == std::string::npos) {
-    if (_standIn)
+ReplacedFile::ReplacedFile(std::string path) : _path(std::move(path)), _aside(_path + ".aside") {
+    if (std::filesystem::exists(_path))
+        std::filesystem::rename(_path, _aside);
+}
+
+ReplacedFile::ReplacedFile(std::string path, std::string const &text) : ReplacedFile(std::move(path)) {
+    WriteFile(_path, text);
+}
+
+ReplacedFile::~ReplacedFile() {
+    std::filesystem::remove(_path);
+    if (std::filesystem::exists(_aside))
+        std::filesystem::rename(_aside, _path);
+}
+
+ReplacedProgram::ReplacedProgram(std::string const &path, std::string const &script)
+    : ReplacedFile(path, "#!/bin/sh\n" + script) {
+    std::filesystem::permissions(path, std::filesystem::perms::all);
+}
+
+RecordingProgram::RecordingProgram(std::string path) : _path(std::move(path)) {
+    if (ReadFile(_path).find(recordScript) == std::string::npos)
         _StandIn("");
 }
 
-RecordingProgram::RecordingProgram(std::string path, std::string const &script)
-    : _path(std::move(path)), _aside(_path + ".aside"), _standIn(true) {
+RecordingProgram::RecordingProgram(std::string path, std::string const &script) : _path(std::move(path)) {
     _StandIn(script);
 }
 
 void RecordingProgram::_StandIn(std::string const &script) {
     namespace fs = std::filesystem;
-    if (fs::exists(_path))
-        fs::rename(_path, _aside);
-    WriteFile(_path, std::string("#!/bin/sh\n. ") + recordScript + '\n' + script + '\n');
-    fs::permissions(_path, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
+    bool const missing = !fs::exists(_path);
+    _standIn = missing ? _path : "/tmp/stand-in-" + fs::path(_path).filename().string();
+    WriteFile(_standIn, std::string("#!/bin/sh\n. ") + recordScript + '\n' + script + '\n');
+    fs::permissions(_standIn, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
+    if (!missing)
+        Shell("mount --bind " + _standIn + ' ' + _path);
 }
 
 RecordingProgram::~RecordingProgram() {
-    if (!_standIn)
+    if (_standIn.empty())
         return;
-    std::filesystem::remove(_path);
-    if (std::filesystem::exists(_aside))
-        std::filesystem::rename(_aside, _path);
+    if (_standIn != _path)
+        Shell("umount --lazy " + _path);  // it may still be running
+    std::filesystem::remove(_standIn);
 }
 
 char const tellStart[] =

@@ -34,6 +34,26 @@ class TemporaryFile {
     std::string _path;
 };
 
+/// Another file, or none, in the place of the one at \a path as long as the object lives.
+class ReplacedFile {
+  public:
+    explicit ReplacedFile(std::string path);
+    ReplacedFile(std::string path, std::string const &text);
+    ~ReplacedFile();
+    ReplacedFile(ReplacedFile const &) = delete;
+    ReplacedFile &operator=(ReplacedFile const &) = delete;
+
+  private:
+    std::string _path;
+    std::string _aside;
+};
+
+/// A shell script, for a program that the device lacks or that shall answer otherwise.
+class ReplacedProgram : public ReplacedFile {
+  public:
+    ReplacedProgram(std::string const &path, std::string const &script);
+};
+
 /// A program that notes its command line in the device's list of commands, as the device's own scripts do.
 /// Where the one at \a path does not, or is not there, a stand-in takes its place as long as the object
 /// lives.
@@ -50,8 +70,7 @@ class RecordingProgram {
     void _StandIn(std::string const &script);
 
     std::string _path;
-    std::string _aside;
-    bool _standIn;
+    std::string _standIn;  // mounted over a program that is there: the host's own cannot be renamed
 };
 
 /// A script for RecordingProgram that leaves word of how it was started, for ExpectDetachedStart().

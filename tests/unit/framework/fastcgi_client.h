@@ -71,7 +71,7 @@ inline Answer TakeAnswer(std::string &bytes) {
             answer.output += bytes.substr(8, size);
         answer.ended = bytes[1] == end_request;
         if (answer.ended)
-            answer.protocol_status = bytes[12];
+            answer.protocol_status = static_cast<unsigned char>(bytes[12]);
         bytes.erase(0, whole);
     }
     return answer;

@@ -269,6 +269,7 @@ TEST_F(HttpFront, DropsClientsThatStaySilent) {
 TEST_F(HttpFront, ServesStatusCallsOneAtATimeBesidesThePages) {
     RunningService service(settings_);
     std::vector<std::future<std::string>> calls;
+    calls.reserve(4);
     for (int i = 0; i < 4; ++i)
         calls.push_back(std::async(std::launch::async, [this] { return Get(port_, "/status/slow"); }));
     while (service.counters.status_calls == 0)

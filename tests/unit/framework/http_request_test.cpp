@@ -27,7 +27,7 @@ cppcms::json::value Quiet() {
 std::string Text(http::request::form_type const &fields) {
     std::string text;
     for (auto const &[name, value] : fields)
-        text += name + '=' + value + ';';
+        text.append(name).append("=").append(value).append(";");
     return text;
 }
 

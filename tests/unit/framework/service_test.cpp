@@ -28,6 +28,7 @@ class CommandLine : public testing::Test {
     static value Load(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "program");
         std::vector<char *> pointers;
+        pointers.reserve(arguments.size() + 1);
         for (auto &argument : arguments)
             pointers.push_back(argument.data());
         pointers.push_back(nullptr);

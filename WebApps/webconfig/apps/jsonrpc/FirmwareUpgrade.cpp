@@ -51,7 +51,7 @@ void JsonRpc::FirmwareUpgradeStatus() {
     } else if (!inProgress) {
         status = FailedStatus();
     }
-    return_result(status);
+    _Return(status);
 }
 
 void JsonRpc::PrepareFWUpgrade() {

@@ -7,7 +7,10 @@ namespace webconfig::apps {
 
 Network::Network(cppcms::service &service) : Base(service, "") {
     _Page("ethernet1", &Network::Ethernet1);
+    _Page("openvpn", &Network::OpenVPN);
+    _Page("orvane", &Network::Orvane);
     _Page("port_forwarding", &Network::PortForwarding);
+    _Page("cellular", &Network::Cellular);
     _Page("ntp", &Network::Ntpd);
     _Page("dns_server", &Network::DNSServer);
     _Page("access_point", &Network::AccessPoint);

@@ -63,7 +63,10 @@ check_with() {
     if ! errors=$("$@" -B -P "/run/$interface.pid" 2>&1); then
         refuse "$1: $(echo "$errors" | grep '^Line' | head -n 1)"
     fi
-    kill "$(cat "/run/$interface.pid")"
+    # To its very end: it would take away what the next one to be started needs.
+    pid=$(cat "/run/$interface.pid")
+    kill "$pid"
+    timeout 5 tail --pid="$pid" -s 0.05 -f /dev/null
 }
 
 access_point() {

@@ -1,0 +1,73 @@
+#include "WebApps/webconfig/apps/JsonRpc.h"
+#include "WebApps/webconfig/apps/jsonrpc/CommandOutputs.h"
+#include "WebApps/webconfig/apps/jsonrpc/Duration.h"
+#include "WebApps/webconfig/util/Certificates.h"
+#include "WebApps/webconfig/util/DaemonQuery.h"
+#include "WebApps/webconfig/util/Files.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Strings.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char defaultConfiguration[] = "/etc/openvpn/client.conf";
+
+constexpr CommandOutput log[] = {
+    {"logOutput", "tail -20 /tmp/openvpn.log 2>/dev/null"},
+};
+
+void AddConnection(cppcms::json::value &status) {
+    if (auto const tunnel = util::AskOpenvpnd().answer) {
+        status["connectionStatus"] = std::string(tunnel->status);
+        status["isConnected"] = tunnel->connected != 0;
+        status["currentStateTimeString"] = DurationText(tunnel->secondsInState);
+    } else {
+        for (char const *const key : {"connectionStatus", "isConnected", "currentStateTimeString"})
+            status[key] = "Unknown";
+    }
+}
+
+std::string OrMissing(std::string const &text) {
+    return text.empty() ? "Missing" : text;
+}
+
+/// Adds where the configuration and the keys are; returns the file with the certificate to tell about.
+std::string AddConfiguration(cppcms::json::value &status) {
+    if (std::string const uploaded = util::Prm::GetString("net/openvpn/client_ovpn");
+        !uploaded.empty() && util::FileExists(uploaded)) {
+        status["configurationFile"] = uploaded;
+        for (char const *const key : {"caCertificate", "clientCertificate", "clientKey"})
+            status[key] = "Embedded in " + uploaded;
+        return uploaded;
+    }
+    std::string const authority = util::Prm::GetString("net/openvpn/ca_crt");
+    status["configurationFile"] = util::FileExists(defaultConfiguration) ? defaultConfiguration : "Missing";
+    status["caCertificate"] = OrMissing(authority);
+    status["clientCertificate"] = OrMissing(util::Prm::GetString("net/openvpn/client_crt"));
+    status["clientKey"] = OrMissing(util::Prm::GetString("net/openvpn/client_key"));
+    return authority;
+}
+
+/// Who signed the certificate, which is the server's side, and whom it is for.
+void AddNames(cppcms::json::value &status, std::string const &certificateFile) {
+    std::string issuer;
+    std::string subject;
+    util::GetCertificateDetails(certificateFile, issuer, subject);
+    status["server"] = util::TextBetween(issuer, "CN=", "-,/");
+    status["organization"] = util::TextBetween(issuer, "O=", ",/");
+    status["organizationalUnit"] = util::TextBetween(issuer, "OU=", ",/");
+    status["client"] = util::TextBetween(subject, "CN=", ",/");
+}
+
+}  // namespace
+
+void JsonRpc::OpenvpnStatus() {
+    cppcms::json::value status;
+    AddConnection(status);
+    AddNames(status, AddConfiguration(status));
+    AddOutputs(status, log);
+    _Return(status);
+}
+
+}  // namespace webconfig::apps

@@ -1,0 +1,197 @@
+#include "WebApps/webconfig/data/Cellular.h"
+
+#include "WebApps/webconfig/apps/Network.h"
+#include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Switch.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char functionKey[] = "serial/port/gprs/function";
+constexpr char dialup[] = "gprs_dialup";
+constexpr char noFunction[] = "none";
+
+constexpr char radioTechnologyKey[] = "cellular/radio_technology";
+constexpr char roamingKey[] = "cellular/allow_roaming";
+constexpr char checkReceivingKey[] = "cellular/check_ppp_receiving";
+constexpr char useSimPinKey[] = "cellular/use_sim_pin";
+constexpr char simPinKey[] = "cellular/sim_pin";
+
+constexpr char simTypeKey[] = "gprs/sim_type";
+constexpr char gprsDialCommandKey[] = "gprs/dial_command";
+
+constexpr char carrierKey[] = "cdma/current_carrier";
+constexpr char cdmaUsernameKey[] = "cdma/username";
+constexpr char cdmaPasswordKey[] = "cdma/password";
+constexpr char cdmaDialCommandKey[] = "cdma/dial_command";
+constexpr char activationCommandKey[] = "cdma/custom/activation_command";
+constexpr char activationResponseKey[] = "cdma/custom/activation_response";
+constexpr char forceActivationKey[] = "cdma/force_activation";
+
+/// The index of each tab. CDMA has none of its own and opens the last one.
+enum Tab : unsigned { MainTab = 0, GprsTab = 1, StatusTab = 2, CdmaTab = StatusTab };
+
+/// Each kind of SIM card has its access settings in a folder of its own.
+struct Sim {
+    char const *type;
+    char const *name;
+    char const *apnPrefix;
+};
+constexpr Sim sims[] = {{"kpn", "Varnel KPN", "gprs/kpn/"}, {"att", "AT&T", "gprs/att/"}};
+constexpr Sim unknownSim = {"", "Unknown", "gprs/"};
+
+Sim CurrentSim() {
+    std::string const type = util::Prm::GetString(simTypeKey);
+    for (auto const &sim : sims) {
+        if (type == sim.type)
+            return sim;
+    }
+    return unknownSim;
+}
+
+void Load(forms::Cellular &form) {
+    form.enabled.value(util::Prm::GetString(functionKey) == dialup);
+    forms::SelectByValue(form.radioTechnology, util::Prm::GetString(radioTechnologyKey));
+    form.allowRoaming.value(util::IsOn(roamingKey));
+    form.checkReceiving.value(util::IsOn(checkReceivingKey));
+    form.useSimPin.value(util::IsOn(useSimPinKey));
+    form.simPin.value(util::Prm::GetString(simPinKey));
+}
+
+void Load(forms::CellularGprs &form, Sim const &sim) {
+    std::string const prefix = sim.apnPrefix;
+    form.SelectNetwork(util::Prm::GetString(form.modeKey));
+    if (util::IsOn(form.refreshKey))
+        form.refresh.value(form.cancelCaption);
+    form.simType.value(sim.name);
+    form.apn.value(util::Prm::GetString(prefix + "apn"));
+    form.username.value(util::Prm::GetString(prefix + "username"));
+    form.password.value(util::Prm::GetString(prefix + "password"));
+    form.dialCommand.value(util::Prm::GetString(gprsDialCommandKey));
+}
+
+void Load(forms::CellularCdma &form) {
+    forms::SelectByValue(form.carrier, util::Prm::GetString(carrierKey));
+    form.username.value(util::Prm::GetString(cdmaUsernameKey));
+    form.password.value(util::Prm::GetString(cdmaPasswordKey));
+    form.dialCommand.value(util::Prm::GetString(cdmaDialCommandKey));
+    form.activationCommand.value(util::Prm::GetString(activationCommandKey));
+    form.activationResponse.value(util::Prm::GetString(activationResponseKey));
+    form.forceActivation.value(false);
+}
+
+}  // namespace
+
+void Network::Cellular() {
+    data::Cellular content;
+    Prepare(content);
+    content.title = "Cellular Port Configuration";
+    content.status_url = StatusUrl();
+
+    Sim const sim = CurrentSim();
+    Load(content.main);
+    Load(content.gprs, sim);
+    Load(content.cdma);
+
+    if (HttpPost()) {
+        constexpr char save[] = "Save";
+        std::string const network = HttpPost("gprsNetwork");
+        if (HttpPost("cellular") == save)
+            _CellularSave(content);
+        else if (HttpPost("gprs") == save)
+            _CellularGprsSave(content, sim.apnPrefix);
+        else if (network == content.gprs.refreshCaption)
+            _CellularRefreshNetwork(content);
+        else if (network == content.gprs.cancelCaption)
+            _CellularCancelRefresh(content);
+        else if (HttpPost("cdma") == save)
+            _CellularCdmaSave(content);
+        else
+            content.message = data::Message::ValidationError();
+    }
+    content.gprs.simType.value(sim.name);  // whatever was sent for it
+    render("Cellular", content);
+}
+
+void Network::_CellularSave(data::Cellular &content) {
+    content.selected_tab = MainTab;
+    forms::Cellular &form = content.main;
+    if (!ValidateForm(form)) {
+        content.message = data::Message::ValidationError();
+        return;
+    }
+    ParameterWriter writer;
+    writer.Set(functionKey, std::string(form.enabled.value() ? dialup : noFunction))
+        .Set(radioTechnologyKey, form.radioTechnology.selected_id())
+        .SetSwitch(roamingKey, form.allowRoaming.value())
+        .SetSwitch(checkReceivingKey, form.checkReceiving.value())
+        .SetSwitch(useSimPinKey, form.useSimPin.value());
+    if (form.useSimPin.value())
+        writer.Set(simPinKey, form.simPin.value());
+    else
+        form.simPin.value(util::Prm::GetString(simPinKey));
+    content.message = writer.Result();
+}
+
+void Network::_CellularGprsSave(data::Cellular &content, std::string const &apnPrefix) {
+    content.selected_tab = GprsTab;
+    forms::CellularGprs &form = content.gprs;
+    if (!ValidateForm(form)) {
+        content.message = data::Message::ValidationError();
+        return;
+    }
+    ParameterWriter writer;
+    writer.Set(apnPrefix + "apn", form.apn.value())
+        .Set(apnPrefix + "username", form.username.value())
+        .Set(apnPrefix + "password", form.password.value())
+        .Set(gprsDialCommandKey, form.dialCommand.value())
+        .Set(form.modeKey, form.NetworkMode());
+    content.message = writer.Result();
+}
+
+void Network::_CellularRefreshNetwork(data::Cellular &content) {
+    ParameterWriter writer;
+    writer.SetSwitch(content.gprs.refreshKey, true);
+    content.message = writer.Result();
+    content.selected_tab = writer.Ok() ? StatusTab : GprsTab;  // the status tells how it goes on
+    if (writer.Ok()) {
+        content.gprs.refresh.value(content.gprs.cancelCaption);
+        content.gprs.save.disabled(true);
+        content.main.save.disabled(true);
+    }
+}
+
+void Network::_CellularCancelRefresh(data::Cellular &content) {
+    content.selected_tab = GprsTab;
+    ParameterWriter writer;
+    writer.SetSwitch(content.gprs.refreshKey, false);
+    if (writer.Ok())
+        content.gprs.refresh.value(content.gprs.refreshCaption);
+    else
+        content.message = data::Message::SaveError();
+}
+
+void Network::_CellularCdmaSave(data::Cellular &content) {
+    content.selected_tab = CdmaTab;
+    forms::CellularCdma &form = content.cdma;
+    if (!ValidateForm(form)) {
+        content.message = data::Message::ValidationError();
+        return;
+    }
+    ParameterWriter writer;
+    writer.Set(carrierKey, form.carrier.selected_id())
+        .Set(cdmaUsernameKey, form.username.value())
+        .Set(cdmaPasswordKey, form.password.value())
+        .Set(cdmaDialCommandKey, form.dialCommand.value())
+        .Set(activationCommandKey, form.activationCommand.value())
+        .Set(activationResponseKey, form.activationResponse.value());
+    if (form.forceActivation.value())
+        writer.SetSwitch(forceActivationKey, true);
+    form.forceActivation.value(false);
+    content.message = writer.Result();
+}
+
+}  // namespace webconfig::apps

@@ -1,0 +1,91 @@
+#include "WebApps/webconfig/data/Orvane.h"
+
+#include "WebApps/webconfig/apps/Network.h"
+#include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char enabledKey[] = "tern/enabled";
+constexpr char startLink[] = "/usr/bin/supvis --add ternd --cmd '/usr/bin/ternd --init --no-datalog'";
+constexpr char stopLink[] = "/usr/bin/supvis --remove ternd";
+
+/// A way to the site server, in the order of the tabs, which begin with the common one.
+struct Path {
+    std::string name;  // also of the submit button
+    forms::Orvane data::Orvane::*form;
+    unsigned tab;
+
+    std::string ServerKey() const { return "tern/" + name + "/server"; }
+    std::string PortKey() const { return "tern/" + name + "/ipport"; }
+};
+Path const paths[] = {
+    {"mesh", &data::Orvane::mesh, 1},
+    {"cellular", &data::Orvane::cellular, 2},
+    {"openvpn", &data::Orvane::openvpn, 3},
+};
+
+void SwitchLink(bool on) {
+    bool const wasOn = util::IsOn(enabledKey);
+    ParameterWriter().SetSwitch(enabledKey, on);
+    if (on != wasOn)
+        util::RunCommand(on ? startLink : stopLink);
+}
+
+/// Both values are written in any case.
+data::Message Store(Path const &path, forms::Orvane &form) {
+    bool const server = util::Prm::Set(path.ServerKey(), form.server.value());
+    bool const port = util::Prm::Set(path.PortKey(), form.port.value());
+    return server && port ? data::Message::SaveOK() : data::Message::SaveError();
+}
+
+void LoadFromStore(data::Orvane &content) {
+    bool const enabled = util::IsOn(enabledKey);
+    content.common.enabled.value(enabled);
+    for (auto const &path : paths) {
+        forms::Orvane &form = content.*path.form;
+        form.server.value(util::Prm::GetString(path.ServerKey()));
+        form.port.value(util::Prm::GetInt(path.PortKey()));
+        form.SetState(enabled);
+    }
+}
+
+}  // namespace
+
+void Network::Orvane() {
+    data::Orvane content;
+    Prepare(content);
+    content.title = "Orvane Server Configuration";
+    content.status_url = StatusUrl();
+    if (HttpPost())
+        _OrvaneSave(content);
+    LoadFromStore(content);
+    render("Orvane", content);
+}
+
+void Network::_OrvaneSave(data::Orvane &content) {
+    constexpr char pressed[] = "Save";
+    content.message = data::Message::ValidationError();
+    if (HttpPost("configuration") == pressed) {
+        if (ValidateForm(content.common)) {
+            SwitchLink(content.common.enabled.value());
+            content.message = {};
+        }
+        return;
+    }
+    for (auto const &path : paths) {
+        if (HttpPost(path.name) != pressed)
+            continue;
+        content.selected_tab = path.tab;
+        forms::Orvane &form = content.*path.form;
+        if (ValidateForm(form))
+            content.message = Store(path, form);
+        return;
+    }
+}
+
+}  // namespace webconfig::apps

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "WebApps/webconfig/data/BaseTabbed.h"
+#include "WebApps/webconfig/forms/Orvane.h"
+
+namespace webconfig::data {
+
+struct Orvane : public BaseTabbed {
+    forms::OrvaneConfig common;
+    forms::Orvane mesh{"mesh"};
+    forms::Orvane cellular{"cellular"};
+    forms::Orvane openvpn{"openvpn"};
+    unsigned refresh_interval = 1000;  // milliseconds
+    std::string status_url;
+};
+
+}  // namespace webconfig::data

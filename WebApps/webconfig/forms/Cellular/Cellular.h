@@ -1,0 +1,21 @@
+#pragma once
+
+#include "WebApps/webconfig/forms/Base.h"
+
+namespace webconfig::forms {
+
+/// Main settings of the modem.
+class Cellular : public Base {
+  public:
+    Cellular();
+
+    cppcms::widgets::checkbox enabled;
+    cppcms::widgets::select radioTechnology;
+    cppcms::widgets::checkbox allowRoaming;
+    cppcms::widgets::checkbox checkReceiving;
+    cppcms::widgets::checkbox useSimPin;
+    cppcms::widgets::text simPin;
+    cppcms::widgets::submit save;
+};
+
+}  // namespace webconfig::forms

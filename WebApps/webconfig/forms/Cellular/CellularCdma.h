@@ -1,0 +1,22 @@
+#pragma once
+
+#include "WebApps/webconfig/forms/Base.h"
+
+namespace webconfig::forms {
+
+/// Settings of a CDMA carrier. No tab shows them; they are only taken.
+class CellularCdma : public Base {
+  public:
+    CellularCdma();
+
+    cppcms::widgets::select carrier;
+    cppcms::widgets::text username;
+    cppcms::widgets::password password;
+    cppcms::widgets::text dialCommand;
+    cppcms::widgets::text activationCommand;
+    cppcms::widgets::text activationResponse;
+    cppcms::widgets::checkbox forceActivation;
+    cppcms::widgets::submit save;
+};
+
+}  // namespace webconfig::forms

@@ -1,0 +1,305 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tests/pages/support/Browser.h"
+#include "tests/pages/support/Device.h"
+
+namespace pages {
+
+namespace {
+
+/// The text of the answer's result.
+std::string Status(std::string const &method, std::string const &parameters = "[]") {
+    constexpr std::string_view before = R"({"id":1,"error":null,"result":)";
+    Browser browser(device::address);
+    std::string const body = browser.Call(method, parameters).body;
+    EXPECT_TRUE(body.starts_with(before) && body.ends_with('}')) << body;
+    return body.size() > before.size() ? body.substr(before.size(), body.size() - before.size() - 1) : "";
+}
+
+void ExpectParts(std::string const &status, std::vector<std::string> const &parts) {
+    for (std::string const &part : parts)
+        EXPECT_NE(status.find(part), std::string::npos) << part << "\nis not in " << status;
+}
+
+void SetParameter(std::string const &key, std::string const &value) {
+    device::Shell("prm set " + key + " '" + value + '\'');
+}
+
+double Seconds(std::chrono::steady_clock::time_point since) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - since).count();
+}
+
+constexpr char unknownLink[] = R"({"isConnected":"Unknown","serverAddress":"Unknown"})";
+
+}  // namespace
+
+TEST(StatusMethodsTest, OutputsOfNetworkTools) {
+    ExpectParts(Status("ethernet1_status"),
+                {R"("br1":"br1       Link encap:Ethernet)", R"("brctl":"bridge name\tbridge id)"});
+    ExpectParts(Status("port_forwarding_status"),
+                {R"("filtering":"Chain INPUT)", "Chain FORWARD", R"("nat":"Chain PREROUTING)"});
+}
+
+TEST(StatusMethodsTest, OutputsAreCutAndAlwaysText) {
+    struct {
+        std::string content;
+        std::string status;
+    } const cases[] = {
+        {"nameserver 10.0.0.1\n", R"({"currentConf":"nameserver 10.0.0.1\n"})"},
+        {std::string(4096, 'x'), R"({"currentConf":")" + std::string(4096, 'x') + "\"}"},
+        {std::string(4097, 'x'), R"({"currentConf":")" + std::string(4093, 'x') + "...\"}"},
+        {"caf\xE9 \x1B[2J\xC2\x9B"
+         "2J é<b>\n",
+         "{\"currentConf\":\"caf\uFFFD \uFFFD[2J\uFFFD\uFFFD2J é<b>\\n\"}"},
+    };
+    for (auto const &[content, status] : cases) {
+        device::ReplacedFile const file("/etc/resolv.conf", content);
+        EXPECT_EQ(Status("dns_server_status"), status);
+    }
+    device::ReplacedFile const none("/etc/resolv.conf");
+    ExpectParts(Status("dns_server_status"), {"No such file or directory"});
+}
+
+TEST(StatusMethodsTest, TailOfTheSystemLogInUse) {
+    device::KeptParameters const kept("syslogd/");
+    SetParameter("syslogd/persistent", "no");
+    device::Shell("logger -t test 'the volatile log'");
+    device::WaitForText("/var/log/messages", "the volatile log");
+    ExpectParts(Status("tail_syslog"), {"test: the volatile log"});
+
+    std::string const line = std::string(299, 'x') + '\n';
+    std::string lines = "the line before the last thirty\n";
+    for (int i = 0; i < 30; ++i)
+        lines += line;
+    device::ReplacedFile const log("/home/root/log/messages", lines);
+    SetParameter("syslogd/persistent", "yes");
+    std::string const tail = Status("tail_syslog");
+    EXPECT_EQ(tail.find("before"), std::string::npos);
+    // 26 whole lines, and of the next what fits into 8096 bytes.
+    EXPECT_TRUE(tail.ends_with("x\\n" + std::string(8096 - 26 * 300 - 3, 'x') + "...\"}")) << tail;
+    EXPECT_EQ(tail.size(), std::string_view(R"({"tail":""})").size() + 8096 + 26);
+}
+
+TEST(StatusMethodsTest, WifiInterfacesTellMoreWhenTheyAreOn) {
+    device::KeptParameters const kept("net/wifi/");
+    for (char const *const off : {"no", "", "YES"}) {
+        SetParameter("net/wifi/ap/enabled", off);
+        SetParameter("net/wifi/client/enabled", off);
+        EXPECT_EQ(Status("wifi_ap_status"), R"({"ap0_enabled":false})");
+        EXPECT_EQ(Status("wifi_client_status"), R"({"client0_enabled":false})");
+    }
+    SetParameter("net/wifi/ap/enabled", "yes");
+    SetParameter("net/wifi/client/enabled", "yes");
+    device::ReplacedFile const leases("/tmp/dhcp.leases", "1 aa:bb 192.168.2.7 phone\n");
+    device::ReplacedProgram const iw("/usr/sbin/iw", "echo \"$*\"; echo 'signal: -50'; echo 'tx bitrate: 6'");
+    device::Shell("for i in 1 2 3 4 5 6 7 8 9; do logger -t test \"a WIFI line $i\"; done");
+    device::WaitForText("/var/log/messages", "WIFI line 9");
+
+    std::string const accessPoint = Status("wifi_ap_status");
+    ExpectParts(accessPoint, {R"("ap0_enabled":true)", R"("ap0_status":"dev ap0 info\nsignal: -50\n)",
+                              R"("connected_clients":"dev ap0 station dump\n)",
+                              R"("clients_dhcp_lease":"1 aa:bb 192.168.2.7 phone\n")", "a WIFI line 2\\n",
+                              "a WIFI line 9\\n\""});
+    EXPECT_EQ(accessPoint.find("a WIFI line 1"), std::string::npos) << "only the last eight";
+    ExpectParts(
+        Status("wifi_client_status"),
+        {R"("client0_enabled":true)",
+         R"("client0_status":"dev client0 info\nsignal: -50\ntx bitrate: 6\nsignal: -50\ntx bitrate: 6\n")",
+         R"("client0_ifconfig_status":)", R"("Routing":"Kernel IP routing table\n)", "a WIFI line 9\\n"});
+}
+
+TEST(StatusMethodsTest, ChannelsOfACountry) {
+    std::string const country = device::Shell(
+        "python3 -c \"import json; print(*json.load(open('/etc/countryChannelsLaird'))['$(prm get "
+        "net/wifi/region_code)'])\"");
+    std::string const code = country.substr(0, country.find_first_of(" \n"));
+    ExpectParts(Status("wifi_get_channels", "[\"" + code + "\"]"),
+                {R"("channels":["1:2412","2:2417",)", R"("36:5180")", "\"countryCode\":\"" + code + '"'});
+    EXPECT_EQ(Status("wifi_get_channels", R"(["no such country"])"), R"({"countryCode":"no such country"})");
+    EXPECT_EQ(Status("wifi_get_channels", R"([""])"), R"({"countryCode":""})");
+}
+
+TEST(StatusMethodsTest, ChronydWhereThereIsChronyc) {
+    ExpectParts(Status("ntpd_status"),
+                {R"("isChronyd":true)", R"("running":true)", R"("tracking":"Reference ID)",
+                 R"("rawOutput":")", R"("clients":"Hostname)"});
+    device::ReplacedProgram const chronyc("/usr/bin/chronyc", "echo '506 Cannot talk to daemon'");
+    EXPECT_EQ(Status("ntpd_status"), R"({"isChronyd":true,"running":false})");
+}
+
+TEST(StatusMethodsTest, NtpdWhereThereIsNone) {
+    device::ReplacedFile const noChronyc("/usr/bin/chronyc");
+    struct {
+        char const *script;
+        char const *status;
+    } const cases[] = {
+        {"echo 'ntpq: read: Connection refused' >&2",
+         R"({"gpsSync":false,"hasGps":false,"ppsSync":false,"rawOutput":"ntpq: read: Connection refused\n","running":false,"syncTo":""})"},
+        {"echo '*127.127.28.0 .GPS. 0 l'; echo 'o127.127.22.0 .PPS. 0 l'",
+         R"({"gpsSync":true,"hasGps":true,"ppsSync":true,"rawOutput":"*127.127.28.0 .GPS. 0 l\no127.127.22.0 .PPS. 0 l\n","running":true,"syncTo":"GPS with PPS"})"},
+        {"echo \"*192.168.1.10 10.0.0.1 $*\"",
+         R"({"gpsSync":false,"hasGps":false,"ppsSync":false,"rawOutput":"*192.168.1.10 10.0.0.1 -pn\n","running":true,"syncTo":"192.168.1.10"})"},
+    };
+    for (auto const &[script, status] : cases) {
+        device::ReplacedProgram const ntpq("/usr/bin/ntpq", script);
+        EXPECT_EQ(Status("ntpd_status"), status);
+    }
+}
+
+TEST(StatusMethodsTest, SiteServerLink) {
+    struct {
+        char const *report;
+        char const *status;
+        double longest;
+    } const cases[] = {
+        {"connected = 1\nserver_address = 10.99.0.1\n", R"({"isConnected":true,"serverAddress":"10.99.0.1"})",
+         0.9},
+        {"connected = 0\n", R"({"isConnected":false,"serverAddress":"0.0.0.0"})", 0.9},
+        {"delay = 300\nserver_address = 1.2.3.4\n", R"({"isConnected":false,"serverAddress":"1.2.3.4"})",
+         0.9},
+        {"answer = garbage\n", R"({"isConnected":true,"serverAddress":"255.255.255.255"})", 0.9},
+        {"answer = silent\n", unknownLink, 1.9},
+        {"answer = short\n", unknownLink, 1.9},
+        {"answer = noise\n", unknownLink, 1.9},
+        {"delay = 1300\nconnected = 1\n", unknownLink, 1.9},
+    };
+    for (auto const &[report, status, longest] : cases) {
+        device::ReplacedFile const file("/etc/daemons/statusd", report);
+        auto const start = std::chrono::steady_clock::now();
+        EXPECT_EQ(Status("orvane_status"), status) << report;
+        EXPECT_LT(Seconds(start), longest) << report;
+    }
+    device::Shell("sleep 0.5");  // the late answer goes to nobody
+    ExpectParts(Status("orvane_status"), {R"("isConnected":true)"});
+
+    device::Shell("supvis --suspend statusd");
+    EXPECT_EQ(Status("orvane_status"), unknownLink);
+    EXPECT_TRUE(device::WaitForText("/var/log/messages",
+                                    R"(vexaClient.Send("statusd", cVexaMsgRequestServerStats) failed)"));
+    device::Shell("supvis --resume statusd; sleep 0.5");
+    ExpectParts(Status("orvane_status"), {R"("isConnected":true)"});
+}
+
+TEST(StatusMethodsTest, OpenVpnConnection) {
+    struct {
+        char const *report;
+        std::vector<std::string> parts;
+    } const cases[] = {
+        {"connected = 1\nseconds_in_state = 301\nstatus = Connected <b>\n",
+         {R"("connectionStatus":"Connected <b>")", R"("isConnected":true)",
+          R"("currentStateTimeString":"5 minutes")"}},
+        {"answer = garbage\n", {R"("isConnected":true)", "\"connectionStatus\":\"\uFFFD\uFFFD"}},
+        {"answer = silent\n",
+         {R"("connectionStatus":"Unknown")", R"("isConnected":"Unknown")",
+          R"("currentStateTimeString":"Unknown")", R"("caCertificate":)", R"("logOutput":)"}},
+    };
+    for (auto const &[report, parts] : cases) {
+        device::ReplacedFile const file("/etc/daemons/openvpnd", report);
+        ExpectParts(Status("openvpn_status"), parts);
+    }
+}
+
+TEST(StatusMethodsTest, OpenVpnConfiguration) {
+    device::KeptParameters const kept("net/openvpn/");
+    constexpr char path[] = "/tmp/status_methods.ovpn";
+    device::Shell("prm del /net/openvpn; rm -f /tmp/openvpn.log");
+    device::ReplacedFile const noDefault("/etc/openvpn/client.conf");
+    ExpectParts(Status("openvpn_status"),
+                {R"("configurationFile":"Missing")", R"("caCertificate":"Missing","client":"",)",
+                 R"("clientCertificate":"Missing","clientKey":"Missing")", R"("server":"")",
+                 R"("organization":"","organizationalUnit":"")", R"("logOutput":"")"});
+
+    device::Shell(
+        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -keyout /dev/null "
+        "-subj '/O=Field, Ltd/CN=vpn-1.example' -out /tmp/status_methods.pem 2>&1");
+    device::TemporaryFile const configuration(
+        path, "client\n<cert>\n" + device::ReadFile("/tmp/status_methods.pem") + "</cert>\n");
+    std::vector<std::string> const names = {R"("server":"vpn")", R"("client":"vpn-1.example")",
+                                            R"("organization":"Field","organizationalUnit":"")"};
+    // The uploaded configuration is there; then only its name is left.
+    SetParameter("net/openvpn/client_ovpn", path);
+    SetParameter("net/openvpn/ca_crt", "/tmp/none.crt");
+    device::TemporaryFile const log("/tmp/openvpn.log", "one\ntwo\n");
+    std::string const embedded = std::string("\"Embedded in ") + path + '"';
+    std::string const uploaded = Status("openvpn_status");
+    ExpectParts(uploaded, names);
+    ExpectParts(uploaded, {std::string("\"configurationFile\":\"") + path + '"',
+                           "\"caCertificate\":" + embedded, "\"clientCertificate\":" + embedded,
+                           "\"clientKey\":" + embedded, R"("logOutput":"one\ntwo\n")"});
+    SetParameter("net/openvpn/client_ovpn", "/tmp/gone.ovpn");
+    device::Shell("mkdir -p /etc/openvpn");
+    device::TemporaryFile const standard("/etc/openvpn/client.conf");
+    SetParameter("net/openvpn/client_key", "/tmp/some.key");
+    ExpectParts(Status("openvpn_status"),
+                {R"("configurationFile":"/etc/openvpn/client.conf")", R"("caCertificate":"/tmp/none.crt")",
+                 R"("clientCertificate":"Missing","clientKey":"/tmp/some.key")", R"("server":"")"});
+    SetParameter("net/openvpn/ca_crt", path);
+    ExpectParts(Status("openvpn_status"), names);
+    device::Shell("rm -f /tmp/status_methods.pem");
+}
+
+TEST(StatusMethodsTest, CellularModem) {
+    device::KeptParameters const kept("serial/port/gprs/");
+    SetParameter("serial/port/gprs/function", "gprs_dialup");
+    device::ReplacedFile const modem("/etc/daemons/seriald",
+                                     "mobile_number = 123^A^1\nsim_status = 10\nsim_ccid = 8949\n"
+                                     "network_kind = 3\naccess_technology = 2\nfrequency = 850\n"
+                                     "signal_quality = -75\nbit_error_rate = 7\nforced_automatic = 2\n"
+                                     "seconds_connected = 18001\nmodule_temperature = -2147483648\n"
+                                     "temperature_indication = -1\nppp_rx_bytes_total = 4294967295\n");
+    ExpectParts(Status("cellular_status"),
+                {R"("have_gprs_stats":true)", R"("mobile_number":"123")", R"("assembly_number":"A^1")",
+                 R"("sim_status":"Unknown")", R"("sim_ccid":"Unknown")", R"("connection_type":"CDMA - EVDO (≈850MHz)")",
+                 R"("signal_strength":"-75 dBm")", R"("bit_error_rate":"> 8.0%")", R"("forced_automatic":true)",
+                 R"("connection_duration":"5 hours")", R"("module_temp_degrees":"Unknown")",
+                 R"("module_temp_indication":"Below low temp alert limit")", R"("ppp_rx_bytes_total":4294967295)"});
+    device::WriteFile("/etc/daemons/seriald", "answer = garbage\n");
+    std::string const garbage = Status("cellular_status");
+    ExpectParts(garbage, {R"("have_gprs_stats":true)", R"("sim_status":"Unknown")", "\"network\":\"\uFFFD"});
+    device::WriteFile("/etc/daemons/seriald", "mobile_number = 123\nanswer = normal\n");
+    EXPECT_EQ(Status("cellular_status").find("assembly_number"), std::string::npos);
+    device::WriteFile("/etc/daemons/seriald", "answer = silent\n");
+    ExpectParts(Status("cellular_status"), {R"("gprs_dialup_enabled":true)", R"("have_gprs_stats":false)",
+                                            R"("have_serial_stats":true)"});
+    // Nobody asks for what is not there, but the ports are asked in any case.
+    SetParameter("serial/port/gprs/function", "none");
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(
+        Status("cellular_status"),
+        R"({"gprs_dialup_enabled":false,"gprs_network_refresh":"none","have_gprs_stats":false,"have_serial_stats":true,"port_rx_packets_total":3400,"port_tx_packets_total":1200,"serial_message":"Connected"})");
+    EXPECT_LT(Seconds(start), 0.9);
+}
+
+TEST(StatusMethodsTest, CellularSerialPort) {
+    device::KeptParameters const kept("serial/port/gprs/");
+    SetParameter("serial/port/gprs/function", "none");
+    constexpr char none[] =
+        R"({"gprs_dialup_enabled":false,"gprs_network_refresh":"none","have_gprs_stats":false,"have_serial_stats":false})";
+    for (char const *const ports :
+         {"ports = 1\nport1.function = 2\n", "ports = 1\nport1.function = 2\nport2.function = 4\n",
+          "answer = silent\n", "answer = short\nports = 1\nport1.function = 4\n",
+          "answer = long\nports = 1\nport1.function = 4\n"}) {
+        device::ReplacedFile const file("/etc/daemons/seriald.ports", ports);
+        auto const start = std::chrono::steady_clock::now();
+        EXPECT_EQ(Status("cellular_status"), none) << ports;
+        EXPECT_LT(Seconds(start), 0.9) << ports;
+    }
+}
+
+TEST(StatusMethodsTest, SixPollsTellThatTheNetworkSearchIsComplete) {
+    device::KeptParameters const kept("gprs/network/");
+    device::KeptParameters const port("serial/port/gprs/");
+    SetParameter("serial/port/gprs/function", "none");
+    SetParameter("gprs/network/refresh", "yes");
+    for (int i = 0; i < 3; ++i)
+        ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"progress")"});
+    SetParameter("gprs/network/refresh", "no");
+    for (int i = 0; i < 6; ++i)
+        ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"complete")"});
+    for (int i = 0; i < 2; ++i)
+        ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"none")"});
+}
+
+}  // namespace pages
