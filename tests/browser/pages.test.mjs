@@ -13,6 +13,8 @@ const pages = [
     "/config/settings/about",
     "/config/settings/firmware",
     "/config/settings/reboot",
+    "/config/settings/advanced",
+    "/config/service/assemblysn",
     "/config/network/ethernet1",
     "/config/network/port_forwarding",
     "/config/network/ntp",

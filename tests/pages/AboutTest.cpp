@@ -56,7 +56,8 @@ TEST_F(AboutTest, OnlyListedNoticesAreShown) {
     std::string const about = "/config/settings/about";
     for (char const *path : {"/test-package/none", "/none/A", "/test-package/inner"})
         EXPECT_EQ(Html(browser.Get(about + path).body).Count("//pre"), 0U) << path;
-    // These names lead nowhere in the licence directory: no route takes them, and they show the Firmware page.
+    // These names lead nowhere in the licence directory: no route takes them, and they show the Firmware
+    // page.
     for (char const *path : {"/test-package/.hidden", "/test-package/..", "/../about", "/test-package/%2e%2e",
                              "/test-package/c%20"})
         EXPECT_EQ(Html(browser.Get(about + path).body).Count("//tr[@id='test-package']//pre"), 0U) << path;

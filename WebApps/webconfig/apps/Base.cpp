@@ -64,6 +64,11 @@ bool Base::ValidateForm(forms::Base &form) {
     return form.validate();
 }
 
+void Base::RequireReboot(data::Base &content) {
+    util::MarkRebootRequired();
+    content.reboot_required = util::IsRebootRequired();
+}
+
 bool Base::UsingInternalServer() {
     return settings().get<std::string>("service.api") == "http";
 }

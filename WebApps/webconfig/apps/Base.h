@@ -33,6 +33,9 @@ class Base : public cppcms::application {
     /// Loads the form from the request and validates it. For POST only.
     bool ValidateForm(forms::Base &form);
 
+    /// Raises the flag that a reboot is required, and its alert on this page.
+    static void RequireReboot(data::Base &content);
+
     /// Whether the service speaks HTTP itself, for development. Throws where "service.api" is not set.
     bool UsingInternalServer();
     /// URL of the JSON-RPC endpoint that the status tabs poll.

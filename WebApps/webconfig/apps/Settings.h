@@ -6,8 +6,13 @@
 #include "WebApps/webconfig/data/About.h"
 
 namespace webconfig::data {
+struct Advanced;
 struct Firmware;
 }  // namespace webconfig::data
+
+namespace webconfig::forms {
+class AdvancedPassword;
+}  // namespace webconfig::forms
 
 namespace webconfig::apps {
 
@@ -22,6 +27,8 @@ class Settings : public Base {
     /// The progress of a running upgrade; without one, the way to the Firmware page.
     void FirmwareUpgradeStatus();
     void Reboot();
+    /// Told apart by the button that was pressed: administration, erasing, passwords, downloads.
+    void Advanced();
     void About();
     /// \a package and \a file come from the URL; the route lets only names through that stay inside the
     /// licence directory.
@@ -33,6 +40,18 @@ class Settings : public Base {
   private:
     void _PrepareFirmware(data::Firmware &content);
     bool _StartFirmwareUpgrade(data::Firmware &content);
+
+    // The actions of the Advanced page. They return true where they have answered with a download.
+    bool _SaveAdministration(data::Advanced &content);
+    bool _EraseConfiguration(data::Advanced &content);
+    bool _ErasePartition(data::Advanced &content);
+    bool _SaveWebPassword(data::Advanced &content);
+    bool _SaveRootPassword(data::Advanced &content);
+    bool _BackupConfiguration(data::Advanced &content);
+    bool _DownloadSyslog(data::Advanced &content);
+    bool _DownloadDeployerLog(data::Advanced &content);
+    data::Message _WebPassword(forms::AdvancedPassword &form);
+    data::Message _RootPassword(forms::AdvancedPassword &form);
 
     std::string const _licenceDirectory = "/usr/share/common-licenses";
 };

@@ -9,6 +9,7 @@
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/Regulatory.h"
+#include "WebApps/webconfig/apps/Service.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -22,6 +23,7 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
     // Networks accept one segment at most.
     attach(new Network(service), "network", "/network{1}", "/network(/[^/]*$)?", 1);
     attach(new Regulatory(service, ""), "regulatory", "/regulatory{1}", "/regulatory(/(.*))?", 1);
+    attach(new Service(service, ""), "service", "/service{1}", "/service(/(.*))?", 1);
 
     mapper().root('/' + settings().get<std::string>("webconfig.root.sync"));
 }

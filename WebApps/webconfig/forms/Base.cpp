@@ -4,17 +4,11 @@
 
 namespace webconfig::forms {
 
-namespace {
-
-constexpr char errorClass[] = "cppcms_error_msg";
-
-}  // namespace
-
 bool Base::validate() {
     bool allValid = true;
     for (auto &widget : *this) {
         if (!widget.validate()) {
-            util::validation::AddClass(widget, errorClass);
+            util::validation::AddClass(widget, util::validation::errorClass);
             allValid = false;
         }
     }

@@ -28,10 +28,14 @@ bool IsSsid(cppcms::widgets::text &widget) {
     std::size_t const length = widget.value().size();
     if (length >= 1 && length <= max)
         return widget.valid();
-    widget.valid(false);
-    widget.error_message("Invalid length; minimum 1, maximum " + std::to_string(max));
-    AddClass(widget, "cppcms_error_msg");
+    Refuse(widget, "Invalid length; minimum 1, maximum " + std::to_string(max));
     return false;
+}
+
+void Refuse(cppcms::widgets::base_widget &widget, std::string const &reason) {
+    widget.valid(false);
+    widget.error_message(reason);
+    AddClass(widget, errorClass);
 }
 
 void AddClass(cppcms::widgets::base_widget &widget, std::string const &cssClass) {

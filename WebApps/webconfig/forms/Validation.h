@@ -8,6 +8,9 @@
 /// rule replaces that of an earlier one.
 namespace webconfig::util::validation {
 
+/// The style class of refused inputs, and of the reasons beside them.
+inline constexpr char errorClass[] = "cppcms_error_msg";
+
 /// Makes a text, select or numeric widget, or an address, required.
 template <typename Widget>
 void NonEmpty(Widget &widget) {
@@ -26,6 +29,9 @@ void MinLength(cppcms::widgets::text &widget, unsigned min);
 
 /// Whether a text that was validated is a network name of 1 to 32 bytes; marks it where it is not.
 bool IsSsid(cppcms::widgets::text &widget);
+
+/// Marks a widget that was validated, for a reason that only its form or its page knows.
+void Refuse(cppcms::widgets::base_widget &widget, std::string const &reason);
 
 /// Adds a style class to the widget's attribute string. An attribute string without a class attribute is
 /// replaced: its other attributes are dropped, on purpose.

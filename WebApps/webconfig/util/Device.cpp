@@ -39,6 +39,10 @@ std::string SystemAssemblySN() {
     return vnt_util::system::GetBarcodeASN(nullptr);
 }
 
+bool SetSystemAssemblySN(std::string const &number) {
+    return vnt_util::system::SetBarcodeASN(number);
+}
+
 std::string SystemDeviceID() {
     return "(not supported)";
 }

@@ -10,6 +10,9 @@ std::string DeviceName();
 /// The assembly serial number; empty where there is none.
 std::string SystemAssemblySN();
 
+/// Stores another assembly serial number; true on success.
+bool SetSystemAssemblySN(std::string const &number);
+
 std::string SystemDeviceID();
 
 /// The IPv4 address, in dotted form, of the first of br1, eth0 and eth1 that has one; empty where none

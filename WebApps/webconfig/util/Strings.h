@@ -25,6 +25,9 @@ std::string TextBetween(std::string const &text, std::string const &marker, std:
 /// \a text without any of \a characters.
 std::string StripChars(std::string text, std::string const &characters);
 
+/// \a text without the blanks and line ends around it.
+std::string Trim(std::string const &text);
+
 /// The decimal number that \a text begins with; 0 where it begins with none, or with one that is too large.
 unsigned LeadingNumber(std::string const &text);
 

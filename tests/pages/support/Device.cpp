@@ -13,6 +13,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <sstream>
 #include <thread>
 #include <utility>
 
@@ -112,6 +113,32 @@ RecordingProgram::~RecordingProgram() {
     if (_standIn != _path)
         Shell("umount --lazy " + _path);  // it may still be running
     std::filesystem::remove(_standIn);
+}
+
+char const tellStart[] =
+    "{ cat /proc/$$/stat | cut -d' ' -f 1,6; grep SigIgn /proc/self/status\n"
+    "  echo $(ls -l /proc/$$/fd | grep -c -E 'socket|event'); echo boot=$FWBOOT; } >/tmp/started.part\n"
+    "mv /tmp/started.part /tmp/started";
+
+std::string ExpectDetachedStart() {
+    char const word[] = "/tmp/started";
+    if (!WaitForText(word, "boot=")) {
+        ADD_FAILURE() << "not started";
+        return {};
+    }
+    std::istringstream text(ReadFile(word));
+    std::filesystem::remove(word);
+    std::string process;
+    std::string session;
+    std::string label;
+    std::string ignored;
+    std::string sockets;
+    std::string boot;
+    text >> process >> session >> label >> ignored >> sockets >> boot;
+    EXPECT_EQ(session, process);
+    EXPECT_EQ(std::stoull(ignored, nullptr, 16) & 0x7FFFFFFF, 0U);  // the C library has two for itself
+    EXPECT_EQ(sockets, "0");
+    return boot.substr(boot.find('=') + 1);
 }
 
 std::vector<std::string> TakeCommands() {

@@ -73,6 +73,13 @@ class RecordingProgram {
     std::string _standIn;  // mounted over a program that is there: the host's own cannot be renamed
 };
 
+/// A script for RecordingProgram that leaves word of how it was started, for ExpectDetachedStart().
+extern char const tellStart[];
+
+/// Waits for that word, and expects that the program runs in a session of its own, with
+/// nothing of its starter's sockets or ignored signals. Returns the value of the variable FWBOOT there.
+std::string ExpectDetachedStart();
+
 /// The command lines that were recorded since the last call.
 std::vector<std::string> TakeCommands();
 

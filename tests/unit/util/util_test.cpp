@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "WebApps/webconfig/util/Partition.h"
 #include "tests/unit/platform/SignalDisposition.h"
 #include "tests/unit/util/LogCapture.h"
 
@@ -77,6 +78,36 @@ TEST(Strings, StripCharsKeepsTheOrderOfTheRest) {
     EXPECT_EQ(StripChars("00:1a-2B:-", "-:"), "001a2B");
     EXPECT_EQ(StripChars("a-b", ""), "a-b");
     EXPECT_EQ(StripChars(std::string("a\0b", 3), std::string(1, '\0')), "ab");
+}
+
+TEST(Strings, TrimKeepsWhatIsInside) {
+    EXPECT_EQ(Trim(" \t a b\r\n"), "a b");
+    EXPECT_EQ(Trim(" \n"), "");
+}
+
+TEST(Partition, FiguresAreThoseOfExtendedFileSystems) {
+    struct {
+        long type;
+        unsigned long blocks;
+        unsigned long freeBlocks;
+        long blockSize;
+        std::optional<std::string> text;
+    } const cases[] = {
+        {0xEF53, 1000000, 250000, 4096, "Log (1.0GB free, 75% used)"},
+        {0xEF53, 3, 1, 1024, "Log (0.0GB free, 66% used)"},
+        {0xEF53, 4000000000, 4000000000, 4096, "Log (2970.8GB free, 0% used)"},  // 32 bits of kilobytes
+        {0xEF53, 0, 0, 4096, std::nullopt},
+        {0x01021994, 1000, 500, 4096, std::nullopt},
+    };
+    for (auto const &c : cases) {
+        struct statfs figures {};
+        figures.f_type = c.type;
+        figures.f_blocks = c.blocks;
+        figures.f_bfree = c.freeBlocks;
+        figures.f_bsize = c.blockSize;
+        EXPECT_EQ(PartitionText("Log", figures), c.text) << c.blocks;
+    }
+    EXPECT_EQ(PartitionText("Log", "/none"), std::nullopt);
 }
 
 class Files : public testing::Test {

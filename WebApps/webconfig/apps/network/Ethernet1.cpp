@@ -89,10 +89,8 @@ void Network::_EthernetSave(data::Ethernet1 &content, EthernetPort const &port) 
 
     content.message =
         writer.Result(data::Message::OK(std::string(port.name) + " settings updated, reboot to take effect"));
-    if (writer.Ok()) {
-        util::MarkRebootRequired();
-        content.reboot_required = util::IsRebootRequired();
-    }
+    if (writer.Ok())
+        RequireReboot(content);
 }
 
 }  // namespace webconfig::apps

@@ -20,6 +20,7 @@ Settings::Settings(cppcms::service &service) : Base(service, "") {
     dispatcher().assign("/firmware", &Settings::Firmware, this);
     dispatcher().assign("/firmware_upgrade_status", &Settings::FirmwareUpgradeStatus, this);
     dispatcher().assign("/reboot", &Settings::Reboot, this);
+    dispatcher().assign("/advanced", &Settings::Advanced, this);
     dispatcher().assign("/about", static_cast<void (Settings::*)()>(&Settings::About), this);
     dispatcher().assign("/about/([A-Za-z0-9][A-Za-z0-9-\\+\\.]*)/([A-Za-z0-9][A-Za-z0-9-_\\+\\.]*)",
                         static_cast<void (Settings::*)(std::string, std::string)>(&Settings::About), this, 1,

@@ -1,0 +1,116 @@
+#include "WebApps/webconfig/apps/settings/Advanced.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Partition.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
+
+constexpr char sshKey[] = "system/remote/ssh_enabled";
+constexpr char webKey[] = "system/remote/web_enabled";
+constexpr char pingKey[] = "system/remote/icmp_enabled";
+constexpr char persistentLogKey[] = "syslogd/persistent";
+constexpr char cellularDebugKey[] = "debug/seriald";
+constexpr int cellularDebugLevel = 5;
+
+void DescribePartitions(data::Advanced &content) {
+    content.log_partition = util::PartitionText("Log Partition", "/home/root/log").value_or("unknown");
+    if (content.log_partition == "unknown")
+        content.message = data::Message::Error("Unknown log partition information", true);
+    content.data_partition = util::PartitionText("Data Partition", "/home/root/data").value_or("unknown");
+    if (content.data_partition == "unknown")
+        content.message = data::Message::Error("Unknown data partition information", true);
+}
+
+bool IsCellularDebugOn() {
+    return util::Prm::GetInt(cellularDebugKey) > 0;
+}
+
+void LoadFromStore(data::Advanced &content) {
+    forms::AdvancedAdministration &form = content.administration;
+    form.remoteSsh.value(util::IsOn(sshKey));
+    form.remoteWeb.value(util::IsOn(webKey));
+    form.remotePing.value(util::IsOn(pingKey));
+    form.persistentLog.value(util::IsOn(persistentLogKey));
+    form.cellularDebug.value(IsCellularDebugOn());
+    content.configuration.reboot.value(true);
+}
+
+}  // namespace
+
+void Settings::Advanced() {
+    struct Action {
+        char const *submit;
+        unsigned tab;
+        /// Returns true where it has answered with a download.
+        bool (Settings::*run)(data::Advanced &);
+    };
+    static constexpr Action actions[] = {
+        {"Save", 0, &Settings::_SaveAdministration},
+        {"Erase", 0, &Settings::_EraseConfiguration},
+        {"ErasePartition", 0, &Settings::_ErasePartition},
+        {"Save Web Password", 1, &Settings::_SaveWebPassword},
+        {"Save Root Password", 1, &Settings::_SaveRootPassword},
+        {"Backup Configuration", 2, &Settings::_BackupConfiguration},
+        {"Download", 3, &Settings::_DownloadSyslog},
+        {"Download log", 4, &Settings::_DownloadDeployerLog},
+    };
+
+    data::Advanced content;
+    Prepare(content);
+    content.title = "Advanced Configuration Options";
+    content.status_url = StatusUrl();
+    DescribePartitions(content);
+
+    if (HttpPost()) {
+        auto const *const action = std::find_if(
+            std::begin(actions), std::end(actions),
+            [submit = HttpPost("submit")](Action const &known) { return submit == known.submit; });
+        if (action == std::end(actions)) {
+            WEBCONFIG_LOG(error, logTag) << "Unknown submit received";
+        } else {
+            content.selected_tab = action->tab;
+            if ((this->*action->run)(content))
+                return;
+        }
+    }
+    LoadFromStore(content);
+    render("Advanced", content);
+}
+
+bool Settings::_SaveAdministration(data::Advanced &content) {
+    forms::AdvancedAdministration &form = content.administration;
+    if (!ValidateForm(form)) {
+        content.message = data::Message::ValidationError();
+        return false;
+    }
+    ParameterWriter writer;
+    writer.SetSwitchIfChanged(sshKey, form.remoteSsh.value())
+        .SetSwitchIfChanged(webKey, form.remoteWeb.value())
+        .SetSwitchIfChanged(pingKey, form.remotePing.value())
+        .SetSwitchIfChanged(persistentLogKey, form.persistentLog.value());
+    if (writer.Wrote(persistentLogKey))
+        RequireReboot(content);
+    if (form.cellularDebug.value() != IsCellularDebugOn())
+        writer.Set(cellularDebugKey, form.cellularDebug.value() ? cellularDebugLevel : 0);
+
+    bool const remoteChanged = writer.Wrote(sshKey) || writer.Wrote(webKey) || writer.Wrote(pingKey);
+    if (remoteChanged && writer.Ok())
+        util::RunCommand(applyRemoteAccess);
+    content.message = writer.Result();
+    return false;
+}
+
+}  // namespace webconfig::apps

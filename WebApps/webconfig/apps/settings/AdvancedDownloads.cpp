@@ -1,0 +1,85 @@
+#include <cppcms/http_response.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
+
+/// Starts the answer: a text that the browser saves as \a name. What would end the header or the name in it
+/// is left out.
+std::ostream &StartDownload(cppcms::http::response &response, std::string name) {
+    std::erase_if(name,
+                  [](unsigned char c) { return c < ' ' || c == 0x7F || c == '"' || c == '\\' || c == '/'; });
+    response.set_plain_text_header();
+    response.set_header("Content-disposition", "attachment; filename=\"" + name + '"');
+    return response.out();
+}
+
+void CopyFile(std::string const &path, std::ostream &out) {
+    std::ifstream file(path, std::ios::binary);
+    if (file.peek() != std::ifstream::traits_type::eof())
+        out << file.rdbuf();
+}
+
+char TypeLetter(PRM_PAR_T type) {
+    switch (type) {
+        case PRM_PAR_INTEGER:
+            return 'i';
+        case PRM_PAR_FLOAT:
+            return 'f';
+        default:
+            return 's';
+    }
+}
+
+}  // namespace
+
+bool Settings::_BackupConfiguration(data::Advanced & /*content*/) {
+    std::ostream &out = StartDownload(response(), "Config_" + util::SystemAssemblySN() + ".txt");
+    for (auto const &key : util::Prm::GetList("")) {
+        std::string value;
+        PRM_PAR_T type{};
+        if (!util::Prm::Get(key, value, type)) {
+            WEBCONFIG_LOG(error, logTag) << "FAIL prmlib::getPar \"" << key << '"';
+            break;
+        }
+        out << '"' << key << "\",\"" << value << "\", " << TypeLetter(type) << '\n';
+    }
+    return true;
+}
+
+bool Settings::_DownloadSyslog(data::Advanced & /*content*/) {
+    std::ostream &out =
+        StartDownload(response(), "korbex_syslog_" + util::Prm::GetString("net/hostname") + ".txt");
+    CopyFile(util::IsOn("syslogd/persistent") ? "/home/root/log/messages" : "/var/log/messages", out);
+    return true;
+}
+
+bool Settings::_DownloadDeployerLog(data::Advanced &content) {
+    std::string output;
+    util::ShellCommand("/usr/bin/logdeployer", output);
+    std::string const path = util::Trim(output);
+    if (!util::FileExists(path)) {
+        content.message = data::Message::Error(path.empty() ? "There is no deployer log" : path);
+        WEBCONFIG_LOG(error, logTag) << content.message.GetText();
+        return false;
+    }
+    CopyFile(path, StartDownload(response(), std::filesystem::path(path).filename()));
+    std::remove(path.c_str());
+    return true;
+}
+
+}  // namespace webconfig::apps

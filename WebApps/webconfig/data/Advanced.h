@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "WebApps/webconfig/data/BaseTabbed.h"
+#include "WebApps/webconfig/forms/AdvancedAdministration.h"
+#include "WebApps/webconfig/forms/AdvancedDownloads.h"
+#include "WebApps/webconfig/forms/AdvancedPassword.h"
+
+namespace webconfig::data {
+
+struct Advanced : public BaseTabbed {
+    unsigned refresh_interval = 2000;  // milliseconds
+    std::string status_url;
+    std::string log_partition;
+    std::string data_partition;
+    forms::AdvancedAdministration administration;
+    forms::AdvancedPassword web_password{"Web"};
+    forms::AdvancedPassword root_password{"Root"};
+    forms::AdvancedConfiguration configuration;
+    forms::AdvancedSyslog syslog;
+    forms::AdvancedDeployerLog deployer_log;
+};
+
+}  // namespace webconfig::data

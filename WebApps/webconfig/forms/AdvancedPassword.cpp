@@ -1,0 +1,43 @@
+#include "WebApps/webconfig/forms/AdvancedPassword.h"
+
+#include "WebApps/webconfig/forms/Validation.h"
+
+namespace webconfig::forms {
+
+namespace {
+
+constexpr unsigned minLength = 5;
+
+}  // namespace
+
+AdvancedPassword::AdvancedPassword(std::string const &word) {
+    password.name("password" + word);
+    password.id("cfg_adv_passwd_" + word);
+    password.message("New Password");
+    util::validation::MinLength(password, minLength);
+    add(password);
+
+    confirmation.name("passwordConfirm" + word);
+    confirmation.id("cfg_adv_passwd_cnfm_" + word);
+    confirmation.message("Confirm Password");
+    util::validation::MinLength(confirmation, minLength);
+    add(confirmation);
+
+    save.name("submit");
+    save.value("Save " + word + " Password");
+    add(save);
+}
+
+bool AdvancedPassword::IsEmpty() {
+    return password.value().empty() && confirmation.value().empty();
+}
+
+bool AdvancedPassword::Agree() {
+    if (password.value() == confirmation.value())
+        return true;
+    for (auto *const entry : {&password, &confirmation})
+        util::validation::Refuse(*entry, "Passwords do not match");
+    return false;
+}
+
+}  // namespace webconfig::forms
