@@ -10,6 +10,7 @@ bytes. Figures are medians of runs in turn, so that the machine's changing speed
 import contextlib
 import fcntl
 import json
+import os
 import re
 import statistics
 import subprocess
@@ -30,6 +31,12 @@ ROUNDS = 5
 
 # The target, if there is one, says what the ratio to the bare program has to reach.
 PAGES = {"/config/settings/about": 0.85, "/config/settings/about/zlib/none": 0.85, "/config/": None}
+METHODS = ("fw_upgrade_status", "general_dynamic_status", "ethernet1_status", "cellular_status", "openvpn_status",
+           "port_forwarding_status", "orvane_status", "tail_syslog", "ntpd_status", "dns_server_status",
+           "wifi_ap_status", "wifi_client_status")
+DAEMON_METHODS = ("cellular_status", "openvpn_status", "orvane_status")
+POLLERS = 10
+POLLS = 10  # of each poller
 REQUESTS = 100_000
 RELOADS = 100
 USS_LIMIT, RSS_LIMIT = 4096, 12288  # KiB
@@ -166,6 +173,59 @@ def measure_blocked_latency():
               f"({statistics.median(blocked[at] for _, blocked in rounds):.2f} ms){note}", flush=True)
 
 
+def processor_seconds(pid):
+    """Of the process and of the commands that it has run."""
+    fields = Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
+    return sum(int(ticks) for ticks in fields[11:15]) / os.sysconf("SC_CLK_TCK")
+
+
+def poll(method, pollers):
+    """The milliseconds that each poll took when so many clients poll together, without a pause."""
+    times = []
+
+    def one_poller():
+        for _ in range(POLLS):
+            start = time.monotonic()
+            call(method)
+            times.append(1000 * (time.monotonic() - start))
+
+    threads = [threading.Thread(target=one_poller) for _ in range(pollers)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    return times
+
+
+@contextlib.contextmanager
+def silent_daemons():
+    reports = [Path("/etc/daemons", name) for name in ("statusd", "openvpnd", "seriald")]
+    before = [report.read_text() for report in reports]
+    for report, text in zip(reports, before):
+        report.write_text(text + "\nanswer = silent\n")
+    try:
+        yield
+    finally:
+        for report, text in zip(reports, before):
+            report.write_text(text)
+
+
+def measure_polls(pid):
+    def show(method, daemons):
+        before = processor_seconds(pid)
+        alone, together = poll(method, 1), poll(method, POLLERS)
+        spent = 1000 * (processor_seconds(pid) - before) / len(alone + together)
+        print(f"{method}, daemons {daemons}: one poller {statistics.median(alone):.0f} ms, {POLLERS} pollers "
+              f"{statistics.median(together) / statistics.median(alone):.1f} times as long (at most "
+              f"{max(together):.0f} ms), {spent:.1f} ms of processor time a poll", flush=True)
+
+    for method in METHODS:
+        show(method, "alive")
+    with silent_daemons():
+        for method in DAEMON_METHODS:
+            show(method, "silent")
+
+
 def main():
     configuration = Path("/tmp/bench-lighttpd.conf")
     configuration.write_text(CONFIGURATION)
@@ -175,6 +235,7 @@ def main():
         measure_memory(pid)
         measure_throughput(sys.argv[1])
         measure_blocked_latency()
+        measure_polls(pid)
 
 
 main()
