@@ -20,7 +20,7 @@ namespace {
 constexpr char logTag[] = "WebApps/webconfig/util/Certificates";
 
 // Client configurations have some kilobytes; what a path leads to must not fill the memory.
-constexpr std::size_t maxConfiguration = 1024 * 1024;
+constexpr std::size_t maxConfiguration = 1'048'576;
 
 using Bio = std::unique_ptr<BIO, decltype(&BIO_free)>;
 using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;

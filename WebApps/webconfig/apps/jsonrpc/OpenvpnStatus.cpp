@@ -34,14 +34,14 @@ std::string OrMissing(std::string const &text) {
 
 /// Adds where the configuration and the keys are; returns the file with the certificate to tell about.
 std::string AddConfiguration(cppcms::json::value &status) {
-    if (std::string const uploaded = util::Prm::GetString("net/openvpn/client_ovpn");
+    if (std::string uploaded = util::Prm::GetString("net/openvpn/client_ovpn");
         !uploaded.empty() && util::FileExists(uploaded)) {
         status["configurationFile"] = uploaded;
         for (char const *const key : {"caCertificate", "clientCertificate", "clientKey"})
             status[key] = "Embedded in " + uploaded;
         return uploaded;
     }
-    std::string const authority = util::Prm::GetString("net/openvpn/ca_crt");
+    std::string authority = util::Prm::GetString("net/openvpn/ca_crt");
     status["configurationFile"] = util::FileExists(defaultConfiguration) ? defaultConfiguration : "Missing";
     status["caCertificate"] = OrMissing(authority);
     status["clientCertificate"] = OrMissing(util::Prm::GetString("net/openvpn/client_crt"));

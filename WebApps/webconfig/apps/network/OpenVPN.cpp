@@ -41,7 +41,7 @@ constexpr std::size_t maxFileName = 127;      // bytes
 constexpr long connectSeconds = 10;
 constexpr long transferSeconds = 30;
 constexpr long maxRedirects = 5;
-constexpr std::streamoff maxAnswer = 1024 * 1024;  // bytes
+constexpr std::streamoff maxAnswer = 1'048'576;  // bytes
 constexpr char noCommunication[] = "Failed to communicate with server.";
 constexpr char badJson[] = "Unexpected JSON response.";
 
