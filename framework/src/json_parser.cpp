@@ -165,7 +165,7 @@ class parser {
     bool read_string(std::string &result) {
         for (next(); !accept('"');) {
             int const c = next();
-            if (c == end_of_text || c < 0x20)
+            if (c < 0x20)  // the end of the text is less, too
                 return false;
             if (c != '\\')
                 result += static_cast<char>(c);
