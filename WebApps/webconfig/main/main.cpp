@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
