@@ -36,7 +36,7 @@ METHODS = ("fw_upgrade_status", "general_dynamic_status", "ethernet1_status", "c
            "wifi_ap_status", "wifi_client_status")
 DAEMON_METHODS = ("cellular_status", "openvpn_status", "orvane_status")
 POLLERS = 10
-POLLS = 10  # of each poller
+POLLS = 5  # of each poller
 REQUESTS = 100_000
 RELOADS = 100
 USS_LIMIT, RSS_LIMIT = 4096, 12288  # KiB
