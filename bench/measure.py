@@ -100,9 +100,11 @@ def wrk(path, connections=CONNECTIONS, seconds=SECONDS):
 
 
 def memory(pid):
-    """Private (USS) and resident memory in KiB."""
+    """Private (USS), resident, and private written memory in KiB. Private memory that was not written is code
+    which no other process happens to run."""
     fields = dict(re.findall(r"^(\w+):\s+(\d+) kB$", Path(f"/proc/{pid}/smaps_rollup").read_text(), re.M))
-    return int(fields["Private_Clean"]) + int(fields["Private_Dirty"]), int(fields["Rss"])
+    dirty = int(fields["Private_Dirty"])
+    return int(fields["Private_Clean"]) + dirty, int(fields["Rss"]), dirty
 
 
 def verdict(reached):
@@ -125,8 +127,9 @@ def measure_throughput(bare_program):
 
 def measure_memory(pid):
     def show(when):
-        uss, rss = memory(pid)
-        print(f"memory {when}: USS {uss} KiB, RSS {rss} KiB, limits {USS_LIMIT} and {RSS_LIMIT}: "
+        uss, rss, dirty = memory(pid)
+        print(f"memory {when}: USS {uss} KiB ({dirty} KiB written), RSS {rss} KiB, "
+              f"limits {USS_LIMIT} and {RSS_LIMIT}: "
               f"{verdict(uss < USS_LIMIT and rss < RSS_LIMIT)}", flush=True)
 
     fetch("/config/")
