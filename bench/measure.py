@@ -145,8 +145,8 @@ def measure_memory(pid):
 
 
 @contextlib.contextmanager
-def blocked_status_space():
-    """Holds the firmware status call, and with it the asynchronous space, by the lock that it waits for."""
+def blocked_status_call():
+    """Holds the firmware status call by the lock that it waits for."""
     path = Path("/tmp/fwtool_status.txt")
     path.write_text("busy\n")
     with path.open("r+") as status:
@@ -167,7 +167,7 @@ def measure_blocked_latency():
     rounds = []
     for _ in range(ROUNDS):
         free = latencies()
-        with blocked_status_space():
+        with blocked_status_call():
             rounds.append((free, latencies()))
     for name, at, target in (("median", 0, None), ("99th percentile", 1, 2.0)):
         ratio = statistics.median(blocked[at] / free[at] for free, blocked in rounds)
@@ -182,17 +182,17 @@ def processor_seconds(pid):
     return sum(int(ticks) for ticks in fields[11:15]) / os.sysconf("SC_CLK_TCK")
 
 
-def poll(method, pollers):
-    """The milliseconds that each poll took when so many clients poll together, without a pause."""
+def poll(methods, pollers):
+    """The milliseconds that each poll took when so many clients of each method poll together, without a pause."""
     times = []
 
-    def one_poller():
+    def one_poller(method):
         for _ in range(POLLS):
             start = time.monotonic()
             call(method)
             times.append(1000 * (time.monotonic() - start))
 
-    threads = [threading.Thread(target=one_poller) for _ in range(pollers)]
+    threads = [threading.Thread(target=one_poller, args=(method,)) for method in methods for _ in range(pollers)]
     for thread in threads:
         thread.start()
     for thread in threads:
@@ -214,19 +214,20 @@ def silent_daemons():
 
 
 def measure_polls(pid):
-    def show(method, daemons):
+    def show(methods, daemons):
         before = processor_seconds(pid)
-        alone, together = poll(method, 1), poll(method, POLLERS)
+        alone, together = poll(methods, 1), poll(methods, POLLERS)
         spent = 1000 * (processor_seconds(pid) - before) / len(alone + together)
-        print(f"{method}, daemons {daemons}: one poller {statistics.median(alone):.0f} ms, {POLLERS} pollers "
-              f"{statistics.median(together) / statistics.median(alone):.1f} times as long (at most "
+        print(f"{' + '.join(methods)}, daemons {daemons}: one poller {statistics.median(alone):.0f} ms, "
+              f"{POLLERS} pollers {statistics.median(together) / statistics.median(alone):.1f} times as long (at most "
               f"{max(together):.0f} ms), {spent:.1f} ms of processor time a poll", flush=True)
 
     for method in METHODS:
-        show(method, "alive")
+        show([method], "alive")
     with silent_daemons():
         for method in DAEMON_METHODS:
-            show(method, "silent")
+            show([method], "silent")
+        show(DAEMON_METHODS, "silent")
 
 
 def main():

@@ -1,54 +1,49 @@
 #pragma once
 
-#include <booster/shared_ptr.h>
 #include <cppcms/json.h>
 #include <cppcms/rpc_json.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "WebApps/webconfig/apps/jsonrpc/SharedPoll.h"
+
 namespace webconfig::apps {
 
-/// The status calls that the pages poll. Each handler gathers its data afresh; missing data gives a text
-/// such as "Unknown", never an error.
+/// The status calls that the pages poll. The handlers that return a status gather it afresh, on a thread of
+/// their own, and share nothing; missing data gives a text such as "Unknown", never an error.
 class JsonRpc : public cppcms::rpc::json_rpc_server {
   public:
     explicit JsonRpc(cppcms::service &service);
 
-    void FirmwareUpgradeStatus();
-    void GeneralStatus();
-    void Ethernet1Status();
-    /// Its answer is HTTP status 404 where the modem's daemon cannot be asked at all.
-    void CellularStatus();
-    void OpenvpnStatus();
-    void PortForwardingStatus();
-    void OrvaneStatus();
-    void TailSyslog();
+    static cppcms::json::value FirmwareUpgradeStatus();
+    static cppcms::json::value GeneralStatus();
+    static cppcms::json::value Ethernet1Status();
+    /// Undefined, which is answered with HTTP status 404, where the modem's daemon cannot be asked at all.
+    static cppcms::json::value CellularStatus();
+    static cppcms::json::value OpenvpnStatus();
+    static cppcms::json::value PortForwardingStatus();
+    static cppcms::json::value OrvaneStatus();
+    static cppcms::json::value TailSyslog();
     /// Of the time service that the device has: chronyd or ntpd.
-    void NtpServerStatus();
-    void ChronydStatus();
-    void NtpdStatus();
-    void DnsServerStatus();
-    /// Rebuilds the whole service in this process. There is no result: the service stops.
-    void Reload();
-    void wifiApStatus();
-    void wifiClientStatus();
+    static cppcms::json::value NtpServerStatus();
+    static cppcms::json::value ChronydStatus();
+    static cppcms::json::value NtpdStatus();
+    static cppcms::json::value DnsServerStatus();
+    static cppcms::json::value wifiApStatus();
+    static cppcms::json::value wifiClientStatus();
+
     void wifiGetChannels(std::string const &countryCode);
     void PrepareFWUpgrade();
+    /// Rebuilds the whole service in this process. There is no result: the service stops.
+    void Reload();
 
   private:
-    using Handler = void (JsonRpc::*)();
-    using Calls = std::vector<booster::shared_ptr<cppcms::rpc::json_call>>;
+    /// Binds a method without parameters that tells a status, as a call: notifications are refused.
+    void _BindStatus(char const *method, SharedPoll::Gather gather);
 
-    void _Bind(char const *method, Handler handler);
-    void _BindShared(char const *method, Handler handler);
-    void _AnswerTogether(Handler handler, Calls &waiting);
-    /// Returns \a result with each of its texts cleaned: what tools and daemons print may be any bytes.
-    void _Return(cppcms::json::value result);
-    /// Ends the call with HTTP status 404 and no result.
-    void _Refuse();
-
-    Calls _together;  // the calls that the running handler answers, where it is not the current one
+    std::vector<std::unique_ptr<SharedPoll>> _polls;
 };
 
 }  // namespace webconfig::apps

@@ -81,7 +81,7 @@ void AddSerialPort(cppcms::json::value &status) {
 
 }  // namespace
 
-void JsonRpc::CellularStatus() {
+cppcms::json::value JsonRpc::CellularStatus() {
     cppcms::json::value status;
     status["gprs_network_refresh"] = NetworkRefreshState();
     bool const isDialup = util::Prm::GetString("serial/port/gprs/function") == "gprs_dialup";
@@ -90,8 +90,7 @@ void JsonRpc::CellularStatus() {
     if (isDialup) {
         auto const [canReceive, modem] = util::AskSeriald();
         if (!canReceive) {
-            _Refuse();  // the page sees a failed poll
-            return;
+            return {};  // the page sees a failed poll
         }
         status["have_gprs_stats"] = modem != nullptr;
         if (modem) {
@@ -101,7 +100,7 @@ void JsonRpc::CellularStatus() {
         }
     }
     AddSerialPort(status);
-    _Return(status);
+    return status;
 }
 
 }  // namespace webconfig::apps

@@ -41,7 +41,7 @@ std::string LockedLine(std::FILE *file) {
 
 }  // namespace
 
-void JsonRpc::FirmwareUpgradeStatus() {
+cppcms::json::value JsonRpc::FirmwareUpgradeStatus() {
     bool const inProgress = util::IsFirmareUpgradeInProgress();
     std::string status;
     if (File const file{std::fopen(statusFile, "re")}) {
@@ -51,7 +51,7 @@ void JsonRpc::FirmwareUpgradeStatus() {
     } else if (!inProgress) {
         status = FailedStatus();
     }
-    _Return(status);
+    return status;
 }
 
 void JsonRpc::PrepareFWUpgrade() {

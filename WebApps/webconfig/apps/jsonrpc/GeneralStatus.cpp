@@ -14,11 +14,11 @@ constexpr CommandOutput outputs[] = {
 
 }  // namespace
 
-void JsonRpc::GeneralStatus() {
+cppcms::json::value JsonRpc::GeneralStatus() {
     cppcms::json::value status;
     AddOutputs(status, outputs);
     status["boardTemp"] = "unknown";  // no board sensor is read
-    _Return(status);
+    return status;
 }
 
 }  // namespace webconfig::apps

@@ -21,22 +21,22 @@ constexpr CommandOutput resolver[] = {
 
 }  // namespace
 
-void JsonRpc::Ethernet1Status() {
+cppcms::json::value JsonRpc::Ethernet1Status() {
     cppcms::json::value status;
     AddOutputs(status, bridge);
-    _Return(status);
+    return status;
 }
 
-void JsonRpc::PortForwardingStatus() {
+cppcms::json::value JsonRpc::PortForwardingStatus() {
     cppcms::json::value status;
     AddOutputs(status, packetFilter);
-    _Return(status);
+    return status;
 }
 
-void JsonRpc::DnsServerStatus() {
+cppcms::json::value JsonRpc::DnsServerStatus() {
     cppcms::json::value status;
     AddOutputs(status, resolver);
-    _Return(status);
+    return status;
 }
 
 }  // namespace webconfig::apps

@@ -62,12 +62,12 @@ void AddNames(cppcms::json::value &status, std::string const &certificateFile) {
 
 }  // namespace
 
-void JsonRpc::OpenvpnStatus() {
+cppcms::json::value JsonRpc::OpenvpnStatus() {
     cppcms::json::value status;
     AddConnection(status);
     AddNames(status, AddConfiguration(status));
     AddOutputs(status, log);
-    _Return(status);
+    return status;
 }
 
 }  // namespace webconfig::apps

@@ -16,7 +16,7 @@ std::string DottedAddress(std::uint32_t address) {
 
 }  // namespace
 
-void JsonRpc::OrvaneStatus() {
+cppcms::json::value JsonRpc::OrvaneStatus() {
     cppcms::json::value status;
     if (auto const link = util::AskStatusd().answer) {
         status["isConnected"] = link->connected != 0;
@@ -25,7 +25,7 @@ void JsonRpc::OrvaneStatus() {
         status["isConnected"] = "Unknown";
         status["serverAddress"] = "Unknown";
     }
-    _Return(status);
+    return status;
 }
 
 }  // namespace webconfig::apps

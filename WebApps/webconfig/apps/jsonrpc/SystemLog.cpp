@@ -12,11 +12,11 @@ constexpr char volatileLog[] = "tail -n 30 /var/log/messages";
 
 }  // namespace
 
-void JsonRpc::TailSyslog() {
+cppcms::json::value JsonRpc::TailSyslog() {
     cppcms::json::value status;
     status["tail"] =
         util::ShellCommand(util::IsOn("syslogd/persistent") ? persistentLog : volatileLog, maxTail);
-    _Return(status);
+    return status;
 }
 
 }  // namespace webconfig::apps

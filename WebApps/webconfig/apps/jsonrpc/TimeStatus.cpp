@@ -15,14 +15,11 @@ constexpr CommandOutput sources[] = {
 
 }  // namespace
 
-void JsonRpc::NtpServerStatus() {
-    if (util::FileExists("/usr/bin/chronyc"))
-        ChronydStatus();
-    else
-        NtpdStatus();
+cppcms::json::value JsonRpc::NtpServerStatus() {
+    return util::FileExists("/usr/bin/chronyc") ? ChronydStatus() : NtpdStatus();
 }
 
-void JsonRpc::ChronydStatus() {
+cppcms::json::value JsonRpc::ChronydStatus() {
     cppcms::json::value status;
     status["isChronyd"] = true;
     std::string const tracking = util::ShellCommand("chronyc -n tracking", maxOutput);
@@ -32,10 +29,10 @@ void JsonRpc::ChronydStatus() {
         status["tracking"] = tracking;
         AddOutputs(status, sources);
     }
-    _Return(status);
+    return status;
 }
 
-void JsonRpc::NtpdStatus() {
+cppcms::json::value JsonRpc::NtpdStatus() {
     std::string const output = util::ShellCommand("ntpq -pn 2>&1", maxOutput);
     NtpqReport const report = ReadNtpq(output);
     cppcms::json::value status;
@@ -45,7 +42,7 @@ void JsonRpc::NtpdStatus() {
     status["ppsSync"] = report.ppsSync;
     status["syncTo"] = report.syncTo;
     status["rawOutput"] = output;
-    _Return(status);
+    return status;
 }
 
 }  // namespace webconfig::apps

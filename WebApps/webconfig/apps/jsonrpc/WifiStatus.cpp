@@ -1,4 +1,5 @@
 #include "WebApps/webconfig/apps/JsonRpc.h"
+#include "WebApps/webconfig/apps/jsonrpc/CleanTexts.h"
 #include "WebApps/webconfig/apps/jsonrpc/CommandOutputs.h"
 #include "WebApps/webconfig/util/CountryChannels.h"
 #include "WebApps/webconfig/util/Switch.h"
@@ -35,12 +36,12 @@ cppcms::json::value InterfaceStatus(char const *enabledKey, bool enabled,
 
 }  // namespace
 
-void JsonRpc::wifiApStatus() {
-    _Return(InterfaceStatus("ap0_enabled", util::IsOn("net/wifi/ap/enabled"), accessPoint));
+cppcms::json::value JsonRpc::wifiApStatus() {
+    return InterfaceStatus("ap0_enabled", util::IsOn("net/wifi/ap/enabled"), accessPoint);
 }
 
-void JsonRpc::wifiClientStatus() {
-    _Return(InterfaceStatus("client0_enabled", util::IsOn("net/wifi/client/enabled"), client));
+cppcms::json::value JsonRpc::wifiClientStatus() {
+    return InterfaceStatus("client0_enabled", util::IsOn("net/wifi/client/enabled"), client);
 }
 
 void JsonRpc::wifiGetChannels(std::string const &countryCode) {
@@ -48,7 +49,8 @@ void JsonRpc::wifiGetChannels(std::string const &countryCode) {
     status["countryCode"] = countryCode;
     if (auto const channels = util::ChannelEntries(countryCode); !channels.empty())
         status["channels"] = channels;
-    _Return(status);
+    CleanTexts(status);
+    return_result(status);
 }
 
 }  // namespace webconfig::apps
