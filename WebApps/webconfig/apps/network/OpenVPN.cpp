@@ -13,6 +13,7 @@
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/apps/network/CurlLibrary.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
@@ -142,7 +143,9 @@ void Network::_OpenVPNProvision(data::OpenVPN &content) {
         content.message = data::Message::ValidationError();
         return;
     }
-    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> const curl(curl_easy_init(), &curl_easy_cleanup);
+    auto const *const library = CurlLibrary::Load();
+    std::unique_ptr<CURL, void (*)(CURL *)> const curl(library ? library->easyInit() : nullptr,
+                                                       library ? library->easyCleanup : nullptr);
     if (!curl) {
         WEBCONFIG_LOG(error, logTag) << "Unable to create CURL handle";
         content.message = data::Message::Error(noCommunication);
@@ -181,41 +184,43 @@ void Network::_OpenVPNProvision(data::OpenVPN &content) {
 bool Network::_PostQuery(CURL *curl, std::string const &server, std::string const &endpoint, bool tls,
                          cppcms::json::value const &request, cppcms::json::value *answer,
                          std::string &error) {
-    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> const headers(
-        curl_slist_append(nullptr, "Content-Type: application/json"), &curl_slist_free_all);
+    CurlLibrary const &library = *CurlLibrary::Load();  // there is a handle of it
+    std::unique_ptr<curl_slist, decltype(library.slistFreeAll)> const headers(
+        library.slistAppend(nullptr, "Content-Type: application/json"), library.slistFreeAll);
     std::string const body = request.save();
     std::string const url =
         (tls ? "https://" : "http://") + server + (server.ends_with('/') ? "" : "/") + endpoint;
     std::cout << "Sending <" << body << "> to url " << url << std::endl;
 
     std::stringstream received;
-    curl_easy_reset(curl);
-    curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(curl, CURLOPT_POSTFIELDS, body.c_str());
-    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
-    curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(curl, CURLOPT_MAXREDIRS, maxRedirects);
-    curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, connectSeconds);
-    curl_easy_setopt(curl, CURLOPT_TIMEOUT, transferSeconds);
-    curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &_OpenVPNWriteDataCallback);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, static_cast<void *>(static_cast<std::ostream *>(&received)));
+    library.easyReset(curl);
+    library.easySetopt(curl, CURLOPT_URL, url.c_str());
+    library.easySetopt(curl, CURLOPT_POSTFIELDS, body.c_str());
+    library.easySetopt(curl, CURLOPT_HTTPHEADER, headers.get());
+    library.easySetopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
+    library.easySetopt(curl, CURLOPT_MAXREDIRS, maxRedirects);
+    library.easySetopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
+    library.easySetopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    library.easySetopt(curl, CURLOPT_CONNECTTIMEOUT, connectSeconds);
+    library.easySetopt(curl, CURLOPT_TIMEOUT, transferSeconds);
+    library.easySetopt(curl, CURLOPT_NOSIGNAL, 1L);
+    library.easySetopt(curl, CURLOPT_WRITEFUNCTION, &_OpenVPNWriteDataCallback);
+    library.easySetopt(curl, CURLOPT_WRITEDATA, static_cast<void *>(static_cast<std::ostream *>(&received)));
     if (tls) {
-        curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 0L);
-        curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 0L);
+        library.easySetopt(curl, CURLOPT_SSL_VERIFYPEER, 0L);
+        library.easySetopt(curl, CURLOPT_SSL_VERIFYHOST, 0L);
     }
 
     error.clear();
-    if (CURLcode const result = curl_easy_perform(curl); result != CURLE_OK) {
-        WEBCONFIG_LOG(error, logTag) << "curl_easy_perform() failed: " << curl_easy_strerror(result);
+    if (CURLcode const result = library.easyPerform(curl); result != CURLE_OK) {
+        WEBCONFIG_LOG(error, logTag) << "curl_easy_perform() failed: " << library.easyStrerror(result);
         error = noCommunication;
         return false;
     }
     long code = 0;
-    if (CURLcode const result = curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &code); result != CURLE_OK) {
-        WEBCONFIG_LOG(error, logTag) << "curl_easy_getinfo() failed: " << curl_easy_strerror(result);
+    if (CURLcode const result = library.easyGetinfo(curl, CURLINFO_RESPONSE_CODE, &code);
+        result != CURLE_OK) {
+        WEBCONFIG_LOG(error, logTag) << "curl_easy_getinfo() failed: " << library.easyStrerror(result);
         error = noCommunication;
         return false;
     }
