@@ -1,6 +1,15 @@
 #pragma once
 
-#include <boost/locale.hpp>
+// Not all of it: the parts that are left out, text boundaries, collation and calendars, double what each
+// source has to compile.
+#include <boost/locale/conversion.hpp>
+#include <boost/locale/encoding.hpp>
+#include <boost/locale/format.hpp>
+#include <boost/locale/formatting.hpp>
+#include <boost/locale/generator.hpp>
+#include <boost/locale/info.hpp>
+#include <boost/locale/localization_backend.hpp>
+#include <boost/locale/message.hpp>
 
 namespace booster {
 
