@@ -91,10 +91,10 @@ describe("General page", () => {
     });
 
     test("asks for status only while the Status tab is open, and keeps it fresh", async () => {
-        await withPage("/", desktop, async (page) => {
+        await withPage("/", { ...desktop, hurried: true }, async (page) => {
             let calls = 0;
             page.on("request", (request) => (calls += isStatusCall(request)));
-            await page.waitForTimeout(2500);
+            await page.waitForTimeout(500);
             assert.equal(calls, 0);
 
             await page.click("a[href='#status_tab']");
@@ -116,7 +116,7 @@ describe("General page", () => {
             page.route("**", (route) =>
                 broken && isStatusCall(route.request()) ? route.abort("connectionrefused") : route.continue(),
             );
-        await withPage("/", { ...desktop, faulty: true, prepare }, async (page) => {
+        await withPage("/", { ...desktop, hurried: true, faulty: true, prepare }, async (page) => {
             await page.click("a[href='#status_tab']");
             await waitForText(page, liveStatus, /Error retrieving status: /);
             broken = false;

@@ -9,7 +9,7 @@ const message = ".form_result_msg";
 
 /** Options for withPage: status calls get this answer. It may be changed while the page is open. */
 function answering(answer) {
-    const options = { ...desktop, calls: [] };
+    const options = { ...desktop, hurried: true, calls: [] };
     options.prepare = (page) =>
         page.route("**/status/rpc", async (route) => {
             options.calls.push(route.request().postDataJSON());

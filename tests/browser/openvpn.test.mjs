@@ -45,7 +45,7 @@ describe("OpenVPN page", () => {
                     ? route.fulfill({ json: { id: 2, error: null, result } })
                     : route.continue(),
             );
-        await withPage(path, { ...desktop, reducedMotion: "reduce", prepare }, async (page) => {
+        await withPage(path, { ...desktop, hurried: true, reducedMotion: "reduce", prepare }, async (page) => {
             await page.click("a[href='#status_tab']");
             const row = (heading) => page.locator(`#openvpn_status tr:has(th:text-is("${heading}")) td`);
             assert.equal(await row("Connection Status").textContent(), "<b>Connected</b>");
