@@ -3,7 +3,7 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { describe, test } from "node:test";
-import { desktop, inDevice, withPage } from "./device.mjs";
+import { desktop, inDevice, source, withPage } from "./device.mjs";
 
 const path = "/config/settings/advanced";
 const message = ".form_result_msg";
@@ -37,7 +37,7 @@ describe("passwords", () => {
         } finally {
             inDevice("sh", "-c", `prm set webman/digest/admin ${before} && lighttpd_set_passwd.sh`);
         }
-        await withPage(path, desktop, (page) => page.waitForSelector("#advanced_password", { state: "attached" }));
+        assert.match(source(path), /advanced_password/);
     });
 
     test("a new root password is the one of the account", async () => {
@@ -50,8 +50,7 @@ describe("passwords", () => {
             const stored = inDevice("sed", "-n", "s/^root:\\([^:]*\\):.*/\\1/p", accounts);
             assert.equal(inDevice("busybox", "mkpasswd", "-m", "sha512", "-S", stored.split("$")[2], password), stored);
         } finally {
-            inDevice("mv", kept, accounts);
-            inDevice("prm", "del", "/system/digest");
+            inDevice("sh", "-c", `mv ${kept} ${accounts}; prm del /system/digest || true`);
         }
     });
 });
