@@ -3,7 +3,7 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { describe, test } from "node:test";
-import { desktop, inDevice, source, withPage } from "./device.mjs";
+import { desktop, inDevice, source, submit, withPage } from "./device.mjs";
 
 const path = "/config/settings/advanced";
 const message = ".form_result_msg";
@@ -16,7 +16,7 @@ describe("passwords", () => {
         await openTab(page, "password");
         await page.fill(`#cfg_adv_passwd_${kind}`, password);
         await page.fill(`#cfg_adv_passwd_cnfm_${kind}`, password);
-        await page.click(`[value='Save ${kind} Password']`);
+        await submit(page, `[value='Save ${kind} Password']`);
         assert.equal((await page.locator(message).textContent()).trim(), saved);
     }
 

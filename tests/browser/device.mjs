@@ -17,8 +17,9 @@ export const site = new URL(required("WEBCONFIG_URL"));
 const enter = required("WEBCONFIG_ENTER").split(" ");
 const [username, password] = (process.env.WEBCONFIG_LOGIN ?? "").split(":");
 
-export const desktop = { viewport: { width: 1280, height: 800 }, colorScheme: "light" };
-export const phone = { viewport: { width: 360, height: 740 }, colorScheme: "dark" };
+// Without animations: tabs take no click while they change.
+export const desktop = { viewport: { width: 1280, height: 800 }, colorScheme: "light", reducedMotion: "reduce" };
+export const phone = { viewport: { width: 360, height: 740 }, colorScheme: "dark", reducedMotion: "reduce" };
 
 function required(name) {
     const value = process.env[name];
@@ -124,6 +125,11 @@ export async function withPage(path, { faulty = false, hurried = false, prepare,
     } finally {
         await context.close();
     }
+}
+
+/** Clicks a button that sends a form, and waits until the page that answers has loaded. */
+export async function submit(page, button) {
+    await Promise.all([page.waitForNavigation(), page.click(button)]);
 }
 
 /** Waits until the text of an element matches. */

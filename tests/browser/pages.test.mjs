@@ -107,7 +107,7 @@ async function assertLooksRight(page, { viewport, colorScheme }) {
 describe("every page", () => {
     for (const path of pages) {
         test(`${path} is clean, and usable on a bright desktop and a dark phone`, async () => {
-            await withPage(path, { ...desktop, reducedMotion: "reduce" }, async (page) => {
+            await withPage(path, desktop, async (page) => {
                 await assertKeyboardIsSeen(page);
                 assert.deepEqual(await page.$$eval("label", strayLabels), []);
                 await assertLooksRight(page, desktop);

@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { describe, test } from "node:test";
-import { desktop, inDevice, lanAddress, waitForText, withoutRestart, withPage } from "./device.mjs";
+import { desktop, inDevice, lanAddress, submit, waitForText, withoutRestart, withPage } from "./device.mjs";
 
 const message = ".form_result_msg";
 const onOwnClock = { ...desktop, faulty: true };
@@ -18,8 +18,8 @@ describe("Ethernet and Reboot pages", () => {
             await withoutRestart(() =>
                 withPage(address, { ...onOwnClock, prepare }, async (page) => {
                     await page.fill("[name='ipAddress']", newAddress);
-                    await page.click("#cfg_eth1_save");
-                    await page.click("#alertsBox a");
+                    await submit(page, "#cfg_eth1_save");
+                    await submit(page, "#alertsBox a");
                     await page.click("#cfg_rbt_reboot");
                     await waitForText(page, message, /^Device is rebooting/);
                     await page.route(`http://${lanAddress}/`, gone);

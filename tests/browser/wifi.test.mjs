@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { after, before, beforeEach, describe, test } from "node:test";
-import { desktop, inDevice, withoutRestart, withPage } from "./device.mjs";
+import { desktop, inDevice, submit, withoutRestart, withPage } from "./device.mjs";
 
 const accessPointPage = "/config/network/access_point";
 const wlanPage = "/config/network/wlan";
@@ -43,7 +43,7 @@ function usable(page, prefix) {
 }
 
 async function save(page, button) {
-    await Promise.all([page.waitForNavigation(), page.click(button)]);
+    await submit(page, button);
     return (await page.locator(".form_result_msg").textContent()).trim();
 }
 
@@ -182,13 +182,13 @@ describe("Regulatory domain page", () => {
             withPage(regulatoryPage, { ...desktop, faulty: true, prepare }, async (page) => {
                 assert.equal(await page.inputValue("#id_domain"), "FCC");
                 await page.selectOption("#id_domain", "KCC");
-                await Promise.all([page.waitForNavigation(), page.click("#id_save")]);
+                await submit(page, "#id_save");
                 assert.match(await page.textContent("#id_message"), /^Regulatory domain was changed/);
                 assert.ok(!(await page.isVisible("#id_domain")) && !(await page.isVisible("#id_save")));
                 await page.clock.runFor(5000);
                 assert.ok(!(await page.isVisible("#id_message")));
 
-                await Promise.all([page.waitForNavigation(), page.click("[name='Reboot']")]);
+                await submit(page, "[name='Reboot']");
                 assert.ok(await page.isVisible("#id_rebooting_txt"));
                 assert.ok(!(await page.isVisible("#id_message")));
                 await page.clock.runFor(8000);
