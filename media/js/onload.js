@@ -122,13 +122,16 @@
 
     // --- Forms -------------------------------------------------------------------------------------
 
-    /** Ties each row's heading to its input: a click on it reaches the input, a screen reader says it. */
+    /** Ties each row's heading to its input: a click on it reaches the input, a screen reader says it. Forms
+     *  of one page may use the same ids; then the first input keeps it. */
     function labelRows() {
         $("#config_pane tr").each(function (row) {
             const $heading = $(this).children("th");
             const input = $(this).children("td").find(":input").not(":submit, :button, [type='hidden']")[0];
             if (input && $heading.length === 1 && $heading.text().trim()) {
-                input.id = input.id || "row_input_" + row;
+                if (document.getElementById(input.id) !== input) {
+                    input.id = "row_input_" + row;
+                }
                 $heading.wrapInner($("<label>").attr("for", input.id));
             }
         });

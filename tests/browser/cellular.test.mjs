@@ -40,7 +40,7 @@ async function withStatus(answers, use) {
                 ? route.fulfill({ json: { id: 2, error: null, result: answers.status } })
                 : route.abort("connectionrefused");
         });
-    await withPage(path, { ...desktop, reducedMotion: "reduce", faulty: true, prepare }, async (page) => {
+    await withPage(path, { ...desktop, hurried: true, faulty: true, prepare }, async (page) => {
         await page.click("a[href='#status_tab']");
         await use(page);
     });

@@ -5,7 +5,8 @@
 //                  started at the root of the checkout
 // WEBCONFIG_LOGIN  "user:password" where the site asks for a log-in
 
-import { execFileSync, spawn } from "node:child_process";
+import assert from "node:assert/strict";
+import { execFileSync } from "node:child_process";
 import { fileURLToPath } from "node:url";
 import { after, before } from "node:test";
 import { chromium } from "playwright-core";
@@ -16,8 +17,9 @@ export const site = new URL(required("WEBCONFIG_URL"));
 const enter = required("WEBCONFIG_ENTER").split(" ");
 const [username, password] = (process.env.WEBCONFIG_LOGIN ?? "").split(":");
 
-export const desktop = { viewport: { width: 1280, height: 800 }, colorScheme: "light" };
-export const phone = { viewport: { width: 360, height: 740 }, colorScheme: "dark" };
+// Without animations: tabs take no click while they change.
+export const desktop = { viewport: { width: 1280, height: 800 }, colorScheme: "light", reducedMotion: "reduce" };
+export const phone = { viewport: { width: 360, height: 740 }, colorScheme: "dark", reducedMotion: "reduce" };
 
 function required(name) {
     const value = process.env[name];
@@ -32,14 +34,35 @@ export function inDevice(...command) {
     return execFileSync(enter[0], [...enter.slice(1), ...command], { cwd: checkout, encoding: "utf8" }).trimEnd();
 }
 
-/** Starts a program inside the device. It is ended with the returned function. */
-export function startInDevice(...command) {
-    const child = spawn(enter[0], [...enter.slice(1), ...command], { cwd: checkout, stdio: ["pipe", "ignore", "inherit"] });
-    const ended = new Promise((resolve) => child.on("exit", resolve));
-    return async () => {
-        child.stdin.end();
-        await ended;
-    };
+/** The absolute path of a file of the checkout. */
+export const inCheckout = (path) => `${checkout}/${path}`;
+
+/** Waits for what nothing announces.
+ *  @param condition is asked until it is true; where it throws, the answer counts as no. */
+export async function until(condition, what) {
+    for (const end = Date.now() + 30000; Date.now() < end; await new Promise((wake) => setTimeout(wake, 100))) {
+        try {
+            if (await condition()) {
+                return;
+            }
+        } catch {
+            // the device may be on its way down
+        }
+    }
+    assert.fail(`never happened: ${what}`);
+}
+
+/** Runs `use`, during which the system has to restart the device: the call is seen, but nothing restarts. */
+export async function withoutRestart(use) {
+    const calls = () => Number(inDevice("sh", "-c", "grep -cx '/sbin/reboot -d 5' /var/log/device-commands || true"));
+    const before = calls();
+    inDevice("sh", "-c", "mkdir -p /etc/fail; echo 1 >/etc/fail/reboot");
+    try {
+        await use();
+        await until(() => calls() === before + 1, "one call of reboot");
+    } finally {
+        inDevice("rm", "/etc/fail/reboot");
+    }
 }
 
 /** The text of a page as the site sends it. (Playwright's own requests know no digest log-in.) */
@@ -47,6 +70,10 @@ export function source(path) {
     const login = username ? ["--digest", "--user", `${username}:${password}`] : [];
     return execFileSync("curl", ["-sf", "--noproxy", "*", ...login, new URL(path, site).href], { encoding: "utf8" });
 }
+
+/** Where the device is on its LAN, and other addresses there. The browser is taken to the site by each. */
+export const lanAddress = "192.168.0.1";
+const lanAddresses = "192.168.0.*";
 
 let browser;
 
@@ -61,23 +88,34 @@ before(async () => {
             "--disable-background-networking",
             "--disable-component-update",
             "--disable-sync",
+            `--host-resolver-rules=MAP ${lanAddresses} ${site.host}`,
         ],
     });
 });
 
 after(() => browser?.close());
 
-/** Opens a page of the site (a path, with the site's address in front), hands it to `use`, and closes it.
+/** In the page: makes timers ten times as fast. */
+function hurry() {
+    const { setTimeout } = window;
+    window.setTimeout = (work, delay, ...args) => setTimeout(work, delay / 10, ...args);
+}
+
+/** Opens a page of the site (a path, or a whole address), hands it to `use`, and closes it.
  *  Fails when the page logged an error, asked another host for anything, or got an error answer.
- *  @param options of the browser context, with `faulty: true` when the test provokes failures itself. */
-export async function withPage(path, { faulty = false, prepare, ...options }, use) {
+ *  @param options of the browser context, with `faulty: true` when the test provokes failures itself, and
+ *      `hurried: true` when it waits for polls of the page. */
+export async function withPage(path, { faulty = false, hurried = false, prepare, ...options }, use) {
     const context = await browser.newContext({
-        ...options,
         ...(username && { httpCredentials: { username, password } }),
+        ...options,
     });
     try {
         const page = await context.newPage();
         const problems = collectProblems(page);
+        if (hurried) {
+            await page.addInitScript(hurry);
+        }
         await prepare?.(page);
         await page.goto(new URL(path, site).href);
         await use(page);
@@ -87,6 +125,11 @@ export async function withPage(path, { faulty = false, prepare, ...options }, us
     } finally {
         await context.close();
     }
+}
+
+/** Clicks a button that sends a form, and waits until the page that answers has loaded. */
+export async function submit(page, button) {
+    await Promise.all([page.waitForNavigation(), page.click(button)]);
 }
 
 /** Waits until the text of an element matches. */

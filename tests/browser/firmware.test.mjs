@@ -1,11 +1,14 @@
-// The Firmware page: an upload and the upgrade that follows, with the device's answers as a slow upgrade
-// gives them, and the parts of it that only scripts see.
+// The Firmware page: an upload with the answers of a slow link, the parts of it that only scripts see, and
+// whole upgrades, up to the restarted device.
 
 import assert from "node:assert/strict";
-import { describe, test } from "node:test";
-import { desktop, inDevice, phone, site, startInDevice, withPage } from "./device.mjs";
+import { execFileSync } from "node:child_process";
+import { mkdtempSync, rmSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+import { after, describe, test } from "node:test";
+import { desktop, inCheckout, inDevice, phone, site, until, waitForText, withPage } from "./device.mjs";
 
-const toolFile = "/tmp/fwtool_status.txt";
 const firmwarePage = "/config/settings/firmware";
 const image = {
     name: "image.itb",
@@ -35,22 +38,6 @@ function answering(...answers) {
 
 const json = (value) => ({ contentType: "application/json", body: JSON.stringify(value) });
 
-/** The firmware tool at work: holds its lock and writes each status line for a while, then ends. */
-function startTool(...lines) {
-    const program = `
-import fcntl, sys, time
-lock = open("/tmp/fwtool_6v1Znb.lock", "w")
-fcntl.lockf(lock, fcntl.LOCK_EX)
-for line in sys.argv[1:]:
-    with open("/tmp/fwtool_status.txt", "w") as status:
-        status.write(line + "\\n")
-    time.sleep(1.5)
-`;
-    return startInDevice("python3", "-c", program, ...lines);
-}
-
-const toolStatus = (state, received, size) => `{ 'state' : '${state}', 'received' : ${received}, 'size' : ${size} }`;
-
 describe("Firmware page", () => {
     test("status lines are read in either way of quoting, and never run", async () => {
         await withPage(firmwarePage, desktop, async (page) => {
@@ -73,92 +60,128 @@ describe("Firmware page", () => {
         });
     });
 
-    for (const [kind, options] of Object.entries({ desktop, phone })) {
-        test(`shows how far the upload is on a ${kind}`, async () => {
-            const states = [
-                { state: "starting" },
-                { state: "uploading", received: 100, size: 400 },
-                { state: "done", received: 400, size: 400 },
-            ];
-            const asked = [];
-            const calls = [];
-            const prepare = answering(
-                (request) => {
-                    if (request.url().endsWith("/progress")) {
-                        asked.push(request.headers()["x-progress-id"]);
-                        return json(states[Math.min(asked.length, states.length) - 1]);
-                    }
-                },
-                (request) => {
-                    const body = call(request);
-                    if (body) {
-                        calls.push(body);
-                        return json({ id: 20, error: null, result: 0 });
-                    }
-                },
-            );
-            await withPage(firmwarePage, { ...options, prepare }, async (page) => {
-                let sentTo = null;
-                // The upload itself never ends here. It goes into a frame, because a page that is being left
-                // cannot be looked at.
-                await page.route(`**${firmwarePage}?*`, (route) => {
-                    sentTo = route.request().url();
-                });
-                await page.evaluate(() => {
-                    $("body").append("<iframe name='away' hidden>");
-                    $("#component_config form").attr("target", "away");
-                });
-                await page.setInputFiles("#cfg_frw_file", image);
-                await page.click("#cfg_frw_save");
-                assert.ok(await page.isVisible(".progress_block"));
-                assert.ok(!(await page.isVisible("#tabcontainer")));
-                const text = await page.textContent(".form_result_msg.static");
-                assert.equal(text.trim(), "Do not leave this page or file upload will fail");
-
-                await page.waitForFunction(() => $("#tp").text() === "uploading");
-                assert.equal(await page.textContent("#bytes"), "100 / 400");
-                assert.equal(await page.evaluate(() => $("#progressbar").width()), 100);
-                await page.waitForFunction(() => $("#tp").text() === "Copying file: please wait...");
-                assert.equal(await page.textContent("#bytes"), "");
-                assert.equal(await page.evaluate(() => $("#progressbar").width()), 400);
-
-                assert.match(asked[0], /^[0-9a-f]{32}$/);
-                assert.ok(sentTo.endsWith(`${firmwarePage}?X-Progress-ID=${asked[0]}`), sentTo);
-                assert.deepEqual(calls, [{ method: "prepare_fw_upgrade", params: [], id: 20 }]);
-                await page.waitForTimeout(1500);
-                assert.equal(asked.length, states.length, "nothing is asked after the end");
-            });
-        });
-    }
-
-    for (const { outcome, path, message } of [
-        { outcome: "done", path: "/config/settings/reboot?type=finishedUpgrade", message: "Firmware upgraded successfully, reboot to run new firmware" },
-        { outcome: "failed", path: `${firmwarePage}?type=failedUpgrade`, message: "Firmware upgrade failed" },
-    ]) {
-        test(`follows an upgrade that is ${outcome} from any page`, async () => {
-            const end = startTool(
-                toolStatus("upgrading", 0, 4000),
-                toolStatus("flash", 1000, 4000),
-                toolStatus("flash", 1000, 4000),
-                toolStatus(outcome, 4000, 4000),
-            );
-            try {
-                while (!inDevice("sh", "-c", `cat ${toolFile} || true`).includes("upgrading")) {
-                    await new Promise((resolve) => setTimeout(resolve, 100));
+    test("shows how far the upload is", async () => {
+        let progress = { state: "starting" };
+        const asked = [];
+        const calls = [];
+        const prepare = answering(
+            (request) => {
+                if (request.url().endsWith("/progress")) {
+                    asked.push(request.headers()["x-progress-id"]);
+                    return json(progress);
                 }
-                await withPage("/config/settings/advanced", desktop, async (page) => {
-                    const text = await page.textContent(".form_result_msg.static");
-                    assert.equal(text.trim(), "Please wait while firmware is upgraded");
-                    await page.waitForFunction(() => $("#bytes").text() === "1000 / 4000");
-                    assert.equal(await page.textContent("#tp"), "flash");
-                    assert.equal(await page.evaluate(() => $("#progressbar").width()), 100);
-                    await page.waitForURL(new URL(path, site).href);
-                    await page.getByText(message).waitFor();
-                });
-            } finally {
-                await end();
-                inDevice("rm", "-f", toolFile);
-            }
+            },
+            (request) => {
+                const body = call(request);
+                if (body) {
+                    calls.push(body);
+                    return json({ id: 20, error: null, result: 0 });
+                }
+            },
+        );
+        await withPage(firmwarePage, { ...desktop, hurried: true, prepare }, async (page) => {
+            let sentTo = null;
+            // The upload itself never ends here. It goes into a frame, because a page that is being left
+            // cannot be looked at.
+            await page.route(`**${firmwarePage}?*`, (route) => {
+                sentTo = route.request().url();
+            });
+            await page.evaluate(() => {
+                $("body").append("<iframe name='away' hidden>");
+                $("#component_config form").attr("target", "away");
+            });
+            await page.setInputFiles("#cfg_frw_file", image);
+            await page.click("#cfg_frw_save");
+            assert.ok(await page.isVisible(".progress_block"));
+            assert.ok(!(await page.isVisible("#tabcontainer")));
+            const text = await page.textContent(".form_result_msg.static");
+            assert.equal(text.trim(), "Do not leave this page or file upload will fail");
+
+            await waitForText(page, "#tp", /^starting$/);
+            progress = { state: "uploading", received: 100, size: 400 };
+            await waitForText(page, "#tp", /^uploading$/);
+            assert.equal(await page.textContent("#bytes"), "100 / 400");
+            assert.equal(await page.evaluate(() => $("#progressbar").width()), 100);
+            progress = { state: "done", received: 400, size: 400 };
+            await waitForText(page, "#tp", /^Copying file: please wait\.\.\.$/);
+            assert.equal(await page.textContent("#bytes"), "");
+            assert.equal(await page.evaluate(() => $("#progressbar").width()), 400);
+
+            assert.match(asked[0], /^[0-9a-f]{32}$/);
+            assert.ok(sentTo.endsWith(`${firmwarePage}?X-Progress-ID=${asked[0]}`), sentTo);
+            assert.deepEqual(calls, [{ method: "prepare_fw_upgrade", params: [], id: 20 }]);
+            const count = asked.length;
+            await page.waitForTimeout(500);
+            assert.equal(asked.length, count, "nothing is asked after the end");
         });
+    });
+});
+
+describe("firmware upgrade", () => {
+    const settings = "/etc/fwtool";
+    const before = inDevice("cat", settings);
+    const configure = (text) => inDevice("sh", "-c", `printf '%s\n' "$1" >${settings}`, "sh", text);
+    const version = `9.${process.pid}`;
+    const folder = mkdtempSync(join(tmpdir(), "upgrade-"));
+    const imageFile = join(folder, "image.itb");
+    execFileSync(inCheckout("device/make-image"), [version, imageFile, "--size", "100000"]);
+    after(() => {
+        configure(before);
+        rmSync(folder, { recursive: true });
+    });
+
+    async function sendImage(page) {
+        await page.setInputFiles("#cfg_frw_file", imageFile);
+        await page.click("#cfg_frw_save");
+        await page.getByText("Please wait while firmware is upgraded").waitFor();
     }
+
+    test("that fails says so, and the installed version stays", async () => {
+        configure("seconds = 0\nfail = flash");
+        await withPage(firmwarePage, desktop, async (page) => {
+            const versions = await page.textContent("#component_config pre");
+            await sendImage(page);
+            await page.waitForURL(`**${firmwarePage}?type=failedUpgrade`);
+            assert.equal(await page.textContent(".form_result_msg.failure.static"), "Firmware upgrade failed");
+            assert.equal(await page.textContent("#component_config pre"), versions);
+        });
+    });
+
+    test("goes from the file over the restart to the new version, seen by every browser", async () => {
+        configure("seconds = 4");
+        const signal = (name) => inDevice("sh", "-c", `kill -${name} $(pidof -x fwtool-upgrade)`);
+        const prepare = (page) => page.clock.install();
+        await withPage(firmwarePage, { ...desktop, faulty: true, prepare }, async (page) => {
+            await sendImage(page);
+            await until(() => inDevice("sh", "-c", "cat /tmp/fwtool_status.txt 2>/dev/null").includes("flash"), "flash");
+            signal("STOP");
+            await waitForText(page, "#progresstext", /^flash \d+ \/ 100000$/);
+            const [done, size] = (await page.textContent("#bytes")).split(" / ");
+            assert.equal(await page.evaluate(() => $("#progressbar").width()), (400 * done) / size);
+            for (const path of ["/", "/config/network/ntp"]) {
+                await withPage(path, phone, async (other) => {
+                    await other.getByText("Please wait while firmware is upgraded").waitFor();
+                    await waitForText(other, "#tp", /^flash$/);
+                });
+            }
+            signal("CONT");
+            await page.waitForURL("**/config/settings/reboot?type=finishedUpgrade");
+            await page.getByText("Firmware upgraded successfully, reboot to run new firmware").waitFor();
+
+            const mark = `/tmp/before_restart_${process.pid}`;
+            inDevice("touch", mark);
+            let probes = 0;
+            page.on("request", (request) => (probes += request.url() === site.href));
+            await page.click("#cfg_rbt_reboot");
+            await waitForText(page, ".form_result_msg", /^Device is rebooting\.\.\. \d+$/);
+            await page.clock.runFor(8000);
+            assert.match(await page.textContent(".form_result_msg"), /^Device is rebooting\.\.\. (8\d|9[0-2])$/);
+            assert.equal(probes, 0, "the device has time to go down");
+            await until(() => inDevice("sh", "-c", `test -e ${mark} || echo gone`) === "gone", "the restart");
+            await page.clock.runFor(12000);
+            await page.waitForURL("**/config/");
+            await page.goto(new URL(firmwarePage, site).href);
+            assert.match(await page.textContent("#component_config pre"), new RegExp(`${version} \\(running\\)`));
+        });
+    });
 });

@@ -2,7 +2,7 @@
 
 import assert from "node:assert/strict";
 import { after, describe, test } from "node:test";
-import { desktop, inDevice, waitForText, withPage } from "./device.mjs";
+import { desktop, inDevice, submit, waitForText, withPage } from "./device.mjs";
 
 const nameField = "#cfg_grl_device_name";
 const message = ".form_result_msg";
@@ -12,8 +12,7 @@ const storedName = () => inDevice("prm", "get", "net/hostname");
 
 async function save(page, name) {
     await page.fill(nameField, name);
-    await page.click("#cfg_grl_save");
-    await page.waitForLoadState("load");
+    await submit(page, "#cfg_grl_save");
 }
 
 const isStatusCall = (request) => request.postData()?.includes('"general_dynamic_status"') ?? false;
@@ -68,7 +67,7 @@ describe("General page", () => {
     });
 
     test("switching tabs shows the other tab and clears the message", async () => {
-        await withPage("/", desktop, async (page) => {
+        await withPage("/", { ...desktop, reducedMotion: "no-preference" }, async (page) => {
             await save(page, "");
             assert.ok(await page.isVisible(message));
             assert.ok(await page.isVisible("#config_tab"));
@@ -91,10 +90,10 @@ describe("General page", () => {
     });
 
     test("asks for status only while the Status tab is open, and keeps it fresh", async () => {
-        await withPage("/", desktop, async (page) => {
+        await withPage("/", { ...desktop, hurried: true }, async (page) => {
             let calls = 0;
             page.on("request", (request) => (calls += isStatusCall(request)));
-            await page.waitForTimeout(2500);
+            await page.waitForTimeout(500);
             assert.equal(calls, 0);
 
             await page.click("a[href='#status_tab']");
@@ -116,7 +115,7 @@ describe("General page", () => {
             page.route("**", (route) =>
                 broken && isStatusCall(route.request()) ? route.abort("connectionrefused") : route.continue(),
             );
-        await withPage("/", { ...desktop, faulty: true, prepare }, async (page) => {
+        await withPage("/", { ...desktop, hurried: true, faulty: true, prepare }, async (page) => {
             await page.click("a[href='#status_tab']");
             await waitForText(page, liveStatus, /Error retrieving status: /);
             broken = false;

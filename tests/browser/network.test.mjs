@@ -3,13 +3,13 @@
 
 import assert from "node:assert/strict";
 import { describe, test } from "node:test";
-import { desktop, inDevice, phone, waitForText, withPage } from "./device.mjs";
+import { desktop, inDevice, phone, submit, waitForText, withPage } from "./device.mjs";
 
 const message = ".form_result_msg";
 
 /** Options for withPage: status calls get this answer. It may be changed while the page is open. */
 function answering(answer) {
-    const options = { ...desktop, calls: [] };
+    const options = { ...desktop, hurried: true, calls: [] };
     options.prepare = (page) =>
         page.route("**/status/rpc", async (route) => {
             options.calls.push(route.request().postDataJSON());
@@ -52,7 +52,7 @@ describe("Ethernet page", () => {
                 for (const mode of ["dhcp", "static"]) {
                     await page.selectOption("[name='addressMode']", mode);
                     await page.selectOption("[name='speedsAvailable']", ["1", "3"]);
-                    await page.click("#cfg_eth1_save");
+                    await submit(page, "#cfg_eth1_save");
                     assert.equal(
                         await page.locator(message).textContent(),
                         "Ethernet 1 settings updated, reboot to take effect",
@@ -113,7 +113,7 @@ describe("Port forwarding page", () => {
                 await page.getByLabel("Source Port").fill("4711");
                 await page.getByLabel("Dest IP Address").fill("192.168.0.20");
                 await page.getByLabel("Dest Port").fill("7");
-                await page.click("#cfg_pfwadd_add");
+                await submit(page, "#cfg_pfwadd_add");
                 assert.equal(await page.locator(message).textContent(), "Success: The form values were saved.");
 
                 await page.click("#row_0 [name='edit']");
@@ -211,7 +211,7 @@ describe("DNS page", () => {
         const result = { currentConf: "nameserver <1.2.3.4>\n" };
         await withPage("/config/network/dns_server", answering({ result }), async (page) => {
             await page.click("text=Append to System DNS Configuration");
-            await page.click("#cfg_eth1_save");
+            await submit(page, "#cfg_eth1_save");
             assert.equal(
                 await page.locator(message).textContent(),
                 "DNS server settings updated, reboot to take effect",

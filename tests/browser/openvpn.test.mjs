@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { after, describe, test } from "node:test";
-import { desktop, inDevice, withPage } from "./device.mjs";
+import { desktop, inDevice, submit, withPage } from "./device.mjs";
 
 const path = "/config/network/openvpn";
 const isStatusCall = (request) => request.postData()?.includes('"openvpn_status"') ?? false;
@@ -13,17 +13,15 @@ describe("OpenVPN page", () => {
 
     test("is switched on, takes a file, and shows its name", async () => {
         inDevice("prm", "set", "net/openvpn/enabled", "no");
-        await withPage(path, { ...desktop, reducedMotion: "reduce" }, async (page) => {
+        await withPage(path, { ...desktop }, async (page) => {
             assert.ok(await page.locator("#cfg_flvpn_submit").isDisabled());
             await page.check("#cfg_vpn_enabled");
-            await page.click("#cfg_vpn_save");
-            await page.waitForLoadState("load");
+            await submit(page, "#cfg_vpn_save");
 
             await page.click("a[href='#file_config_tab']");
             const file = { name: "field.ovpn", mimeType: "application/octet-stream", buffer: Buffer.alloc(2048, "#") };
             await page.setInputFiles("#cfg_flvpn_file", file);
-            await page.click("#cfg_flvpn_submit");
-            await page.waitForLoadState("load");
+            await submit(page, "#cfg_flvpn_submit");
             const message = await page.locator(".form_result_msg.success").textContent();
             assert.equal(message.trim(), "Success: The form values were saved.");
             assert.ok(await page.isVisible("#openvpn_file td:text('field.ovpn')"), "on the tab of the file");
@@ -45,7 +43,7 @@ describe("OpenVPN page", () => {
                     ? route.fulfill({ json: { id: 2, error: null, result } })
                     : route.continue(),
             );
-        await withPage(path, { ...desktop, reducedMotion: "reduce", prepare }, async (page) => {
+        await withPage(path, { ...desktop, hurried: true, prepare }, async (page) => {
             await page.click("a[href='#status_tab']");
             const row = (heading) => page.locator(`#openvpn_status tr:has(th:text-is("${heading}")) td`);
             assert.equal(await row("Connection Status").textContent(), "<b>Connected</b>");

@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { after, before, beforeEach, describe, test } from "node:test";
-import { desktop, inDevice, withPage } from "./device.mjs";
+import { desktop, inDevice, submit, withoutRestart, withPage } from "./device.mjs";
 
 const accessPointPage = "/config/network/access_point";
 const wlanPage = "/config/network/wlan";
@@ -43,7 +43,7 @@ function usable(page, prefix) {
 }
 
 async function save(page, button) {
-    await Promise.all([page.waitForNavigation(), page.click(button)]);
+    await submit(page, button);
     return (await page.locator(".form_result_msg").textContent()).trim();
 }
 
@@ -171,24 +171,24 @@ describe("WLAN page", () => {
 
 describe("Regulatory domain page", () => {
     test("sets a domain, asks for the reboot and returns after it", async () => {
-        inShell("mkdir -p /etc/fail; echo 1 >/etc/fail/reboot; rm -rf /var/lib/lmu");
-        try {
-            let probes = 0;
-            const prepare = async (page) => {
-                await page.clock.install();
-                await page.route("**/wifi?rand=*", (route) => (++probes < 3 ? route.abort() : route.continue()));
-                await page.route("**/settings/general", (route) => route.fulfill({ body: "the device is back" }));
-            };
-            await withPage(regulatoryPage, { ...desktop, faulty: true, prepare }, async (page) => {
+        inShell("rm -rf /var/lib/lmu");
+        let probes = 0;
+        const prepare = async (page) => {
+            await page.clock.install();
+            await page.route("**/wifi?rand=*", (route) => (++probes < 3 ? route.abort() : route.continue()));
+            await page.route("**/settings/general", (route) => route.fulfill({ body: "the device is back" }));
+        };
+        await withoutRestart(() =>
+            withPage(regulatoryPage, { ...desktop, faulty: true, prepare }, async (page) => {
                 assert.equal(await page.inputValue("#id_domain"), "FCC");
                 await page.selectOption("#id_domain", "KCC");
-                await Promise.all([page.waitForNavigation(), page.click("#id_save")]);
+                await submit(page, "#id_save");
                 assert.match(await page.textContent("#id_message"), /^Regulatory domain was changed/);
                 assert.ok(!(await page.isVisible("#id_domain")) && !(await page.isVisible("#id_save")));
                 await page.clock.runFor(5000);
                 assert.ok(!(await page.isVisible("#id_message")));
 
-                await Promise.all([page.waitForNavigation(), page.click("[name='Reboot']")]);
+                await submit(page, "[name='Reboot']");
                 assert.ok(await page.isVisible("#id_rebooting_txt"));
                 assert.ok(!(await page.isVisible("#id_message")));
                 await page.clock.runFor(8000);
@@ -199,11 +199,9 @@ describe("Regulatory domain page", () => {
                 }
                 assert.match(page.url(), /\/config\/settings\/general$/);
                 assert.equal(probes, 3);
-            });
-            assert.equal(stored("region_code"), "KCC");
-            assert.equal(inShell("tail -n 1 /var/log/device-commands"), "/sbin/reboot -d 5");
-        } finally {
-            inShell("rm -rf /etc/fail/reboot /var/lib/lmu");
-        }
+            }),
+        );
+        assert.equal(stored("region_code"), "KCC");
+        inShell("rm -rf /var/lib/lmu");
     });
 });

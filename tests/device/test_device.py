@@ -115,8 +115,9 @@ class BuiltInServer(unittest.TestCase):
     def test_host_port_reaches_the_built_in_server(self):
         device = Device("http", "--http")
         self.addCleanup(device.end)
-        self.assertEqual(200, get(device.url + "config/")[0])
-        self.assertEqual(200, get(device.url + "media/css/screen.css")[0])
+        for path in ("config/", "media/css/screen.css", "service_imgs/css/screen.css",
+                     "service_plugin_imgs/application/head/brq3.js"):
+            self.assertEqual(200, get(device.url + path)[0], path)
 
 
 class Ending(unittest.TestCase):

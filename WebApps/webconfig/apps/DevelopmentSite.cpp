@@ -30,6 +30,8 @@ constexpr std::array<MediaType, 6> mediaTypes{{{".css", "text/css"},
                                                {".svg", "image/svg+xml"},
                                                {".ico", "image/x-icon"}}};
 
+constexpr std::string_view servicePaths = "/service(?:_plugin)?_imgs/.*";
+
 std::string_view TypeOf(fs::path const &path) {
     for (auto const &media : mediaTypes) {
         if (path.extension() == media.extension)
@@ -44,10 +46,11 @@ DevelopmentSite::DevelopmentSite(cppcms::service &service)
     : cppcms::application(service), _mediaDirectory(settings().get("webconfig.media_directory", "")) {
     dispatcher().assign("/?", &DevelopmentSite::StartPage, this);
     dispatcher().assign(MediaRoot(settings()) + "(/.*)", &DevelopmentSite::MediaFile, this, 1);
+    dispatcher().assign('(' + std::string(servicePaths) + ')', &DevelopmentSite::ServiceFile, this, 1);
 }
 
 std::string DevelopmentSite::Paths(cppcms::service &service) {
-    return "(/?|" + MediaRoot(service.settings()) + "/.*)";
+    return "(/?|" + MediaRoot(service.settings()) + "/.*|" + std::string(servicePaths) + ')';
 }
 
 void DevelopmentSite::StartPage() {
@@ -56,11 +59,19 @@ void DevelopmentSite::StartPage() {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the URL dispatcher hands texts over by value
 void DevelopmentSite::MediaFile(std::string path) {
+    _SendFile(_mediaDirectory, path);
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the URL dispatcher hands texts over by value
+void DevelopmentSite::ServiceFile(std::string path) {
+    _SendFile(fs::path(_mediaDirectory).parent_path(), path);
+}
+
+void DevelopmentSite::_SendFile(std::string const &directory, std::string const &path) {
     std::ifstream file;
     // No part of the path may lead out of the folder.
-    if (!_mediaDirectory.empty() && path.find("/..") == std::string::npos &&
-        fs::is_regular_file(_mediaDirectory + path))
-        file.open(_mediaDirectory + path, std::ios::binary);
+    if (!directory.empty() && path.find("/..") == std::string::npos && fs::is_regular_file(directory + path))
+        file.open(directory + path, std::ios::binary);
     if (!file.is_open()) {
         response().make_error_response(cppcms::http::response::not_found);
         return;
