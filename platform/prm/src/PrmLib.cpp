@@ -47,9 +47,21 @@ struct cPrmLib::State {
           }) {}
 
     Store store;
+    /// Reads the next names where none is left.
+    Status Refill() {
+        if (next < names.size())
+            return Status::Ok;
+        if (!names.empty())
+            from = Store::After(names.back());
+        next = 0;
+        return store.Find(prefix, from, names);
+    }
+
     std::mutex cursor;
     std::string prefix;
-    std::string from;  ///< where the enumeration goes on
+    std::string from;                ///< where the enumeration goes on after the names at hand
+    std::vector<std::string> names;  ///< at hand
+    std::size_t next = 0;            ///< the first of them that has not been told
 };
 
 cPrmLib::cPrmLib(PRM_CLIENT_ID_T client) : state_(std::make_unique<State>(client)) {}
@@ -128,22 +140,22 @@ int cPrmLib::getList(char const *prefix, int /*option*/) {
     std::lock_guard const lock(state_->cursor);
     state_->prefix = Text(prefix);
     state_->from.clear();
-    std::string first;
-    Status const status = state_->store.Find(state_->prefix, state_->from, first);
+    state_->names.clear();
+    Status const status = state_->Refill();
     return Code(status == Status::NotFound ? Status::Ok : status);
 }
 
 int cPrmLib::getNext(char *name, int /*option*/) {
     std::lock_guard const lock(state_->cursor);
-    std::string key;
-    do {
-        Status const status = state_->store.Find(state_->prefix, state_->from, key);
-        if (status != Status::Ok)
+    for (;;) {
+        if (Status const status = state_->Refill(); status != Status::Ok)
             return Code(status);
-        state_->from = key + '\0';  // the smallest text that comes after the key
-    } while (key.size() >= nameRoom);
-    std::memcpy(name, key.c_str(), key.size() + 1);
-    return Code(Status::Ok);
+        std::string const &key = state_->names[state_->next++];
+        if (key.size() < nameRoom) {
+            std::memcpy(name, key.c_str(), key.size() + 1);
+            return Code(Status::Ok);
+        }
+    }
 }
 
 void cPrmLib::FlushReadCache() {

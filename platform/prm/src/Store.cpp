@@ -162,7 +162,7 @@ struct Store::Database {
     // '0' is the character after '/'.
     Statement const removeTree{
         connection, "DELETE FROM parameter WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')"};
-    Statement const find{connection, "SELECT key FROM parameter WHERE key >= ?1 ORDER BY key LIMIT 1"};
+    Statement const find{connection, "SELECT key FROM parameter WHERE key >= ?1 ORDER BY key LIMIT 256"};
 
     void Write(std::string_view key, Value const &value) const {
         Query(write)
@@ -278,27 +278,32 @@ Status Store::RemoveTree(std::string_view key) {
     return Guarded([&](Database &database) { return database.Remove(database.removeTree, key); });
 }
 
-Status Store::Find(std::string_view prefix, std::string_view from, std::string &key) {
+Status Store::Find(std::string_view prefix, std::string_view from, std::vector<std::string> &keys) {
     prefix.remove_prefix(std::min(prefix.find_first_not_of('/'), prefix.size()));
+    keys.clear();
     return Guarded([&](Database &database) {
         Query query(database.find);
-        if (!query.Bind(1, std::max(prefix, from)).Step() || !query.Bytes(0).starts_with(prefix))
-            return Status::NotFound;
-        key = query.Bytes(0);
-        return Status::Ok;
+        query.Bind(1, std::max(prefix, from));
+        while (query.Step() && query.Bytes(0).starts_with(prefix))
+            keys.emplace_back(query.Bytes(0));
+        return keys.empty() ? Status::NotFound : Status::Ok;
     });
 }
 
+std::string Store::After(std::string const &key) {
+    return key + '\0';  // the smallest text that is greater
+}
+
 Status Store::ForEach(std::string_view prefix, std::function<Status(std::string const &)> const &visit) {
-    std::string key;
+    std::vector<std::string> keys;
     std::string from;
     for (;;) {
-        Status status = Find(prefix, from, key);
-        if (status == Status::Ok)
-            status = visit(key);
+        Status status = Find(prefix, from, keys);
+        for (auto key = keys.begin(); status == Status::Ok && key != keys.end(); ++key)
+            status = visit(*key);
         if (status != Status::Ok)
             return status == Status::NotFound ? Status::Ok : status;
-        from = key + '\0';  // the smallest text that comes after the key
+        from = After(keys.back());
     }
 }
 

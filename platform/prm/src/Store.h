@@ -68,8 +68,11 @@ class Store {
     Status Remove(std::string_view key);
     /// Removes the key and all keys below it ("x" and "x/...").
     Status RemoveTree(std::string_view key);
-    /// Finds the first key, in byte order, that begins with \a prefix and is not less than \a from.
-    Status Find(std::string_view prefix, std::string_view from, std::string &key);
+    /// Fills \a keys with the next keys, in byte order, that begin with \a prefix and are not less than
+    /// \a from: a handful, because many small queries are slow. NotFound, and none, at the end.
+    Status Find(std::string_view prefix, std::string_view from, std::vector<std::string> &keys);
+    /// The \a from for what comes after \a key.
+    static std::string After(std::string const &key);
     /// Calls \a visit with each key that begins with \a prefix, in byte order; it may use the store.
     Status ForEach(std::string_view prefix, std::function<Status(std::string const &key)> const &visit);
     /// Gives back the memory of cached pages.

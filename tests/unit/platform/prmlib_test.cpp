@@ -162,16 +162,21 @@ TEST_F(PrmLib, ListComesInByteOrderWithoutNamesThatDoNotFit) {
     EXPECT_TRUE(List("none").empty());
 }
 
-TEST_F(PrmLib, ListSurvivesChangesWhileItRuns) {
-    for (char const *key : {"a", "b", "c"})
-        client.setPar(key, 1);
+TEST_F(PrmLib, LongListSurvivesChangesWhileItRuns) {
+    constexpr int count = 600;
+    auto const key = [](int i) { return "l/" + std::to_string(1000 + i); };
+    for (int i = 0; i < count; ++i)
+        client.setPar(key(i).c_str(), i);
     std::array<char, 128> name{};
-    client.getList("", 0);
-    client.getNext(name.data(), 0);
-    client.delPar("a");
-    client.delPar("b");
-    EXPECT_EQ(client.getNext(name.data(), 0), Ok);
-    EXPECT_STREQ(name.data(), "c");
+    client.getList("l/", 0);
+    // Each key goes when it has been told, and the last is gone before the names of its neighbourhood are
+    // read.
+    client.delPar(key(count - 1).c_str());
+    for (int i = 0; i < count - 1; ++i) {
+        ASSERT_EQ(client.getNext(name.data(), 0), Ok);
+        ASSERT_EQ(name.data(), key(i));
+        client.delPar(name.data());
+    }
     EXPECT_NE(client.getNext(name.data(), 0), Ok);
 }
 

@@ -67,8 +67,8 @@ class cPrmLib {
     /// Starts an enumeration, in byte order, of the keys that begin with \a prefix. \a option is ignored.
     int getList(char const *prefix, int option);
     /// Writes the next name, without a leading slash, into \a name, which has room for 128 bytes; longer
-    /// names are left out. Keys that change meanwhile may be missed, no key comes twice. \a option is
-    /// ignored.
+    /// names are left out. Of keys that come or go meanwhile some may be told and some not; no key comes
+    /// twice. \a option is ignored.
     int getNext(char *name, int option);
 
     /// After this, reads see what other clients have written before it. In this implementation they
