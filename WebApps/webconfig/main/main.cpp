@@ -6,6 +6,7 @@
 #include <cppcms/json.h>
 #include <cppcms/mount_point.h>
 #include <cppcms/service.h>
+#include <malloc.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -28,6 +29,9 @@ using namespace webconfig;
 
 constexpr char logTag[] = "WebApps/webconfig/main";
 constexpr unsigned upgradeStartSeconds = 4;
+
+/// Threads that each have a heap of their own would each keep what their largest request has needed.
+constexpr int heaps = 1;
 
 template <typename Application>
 std::unique_ptr<cppcms::applications_pool::factory> PoolOf() {
@@ -108,6 +112,9 @@ void LogFatal(std::exception const &failure) {
 
 int main(int argc, char *argv[]) {
     openlog("web", 0, LOG_DAEMON);
+#ifdef M_ARENA_MAX  // of the GNU C library
+    mallopt(M_ARENA_MAX, heaps);
+#endif
     try {
         Run(argc, argv);
     } catch (std::exception const &failure) {
