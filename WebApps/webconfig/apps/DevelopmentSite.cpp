@@ -9,8 +9,11 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <system_error>
 
 #include "WebApps/webconfig/apps/MediaRoot.h"
+#include "WebApps/webconfig/util/PluginManager.h"
+#include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
 
@@ -44,10 +47,14 @@ DevelopmentSite::DevelopmentSite(cppcms::service &service)
     : cppcms::application(service), _mediaDirectory(settings().get("webconfig.media_directory", "")) {
     dispatcher().assign("/?", &DevelopmentSite::StartPage, this);
     dispatcher().assign(MediaRoot(settings()) + "(/.*)", &DevelopmentSite::MediaFile, this, 1);
+    dispatcher().assign(PluginMediaRoot(settings()) + "/([^/]+)(/.*)", &DevelopmentSite::PluginMediaFile,
+                        this, 1, 2);
 }
 
 std::string DevelopmentSite::Paths(cppcms::service &service) {
-    return "(/?|" + MediaRoot(service.settings()) + "/.*)";
+    std::string const plugins = PluginMediaRoot(service.settings());
+    return "(/?|" + MediaRoot(service.settings()) + "/.*" + (plugins.empty() ? "" : '|' + plugins + "/.*") +
+           ')';
 }
 
 void DevelopmentSite::StartPage() {
@@ -56,11 +63,21 @@ void DevelopmentSite::StartPage() {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the URL dispatcher hands texts over by value
 void DevelopmentSite::MediaFile(std::string path) {
+    _Serve(_mediaDirectory.empty() ? "" : _mediaDirectory + path);
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as above
+void DevelopmentSite::PluginMediaFile(std::string volume, std::string path) {
+    std::string const volumes = util::GetEnv("MOUNT_DIR");
+    _Serve(volumes.empty() ? "" : util::PluginManager::MediaDirectory(volumes, volume) + path);
+}
+
+void DevelopmentSite::_Serve(std::string const &path) {
     std::ifstream file;
-    // No part of the path may lead out of the folder.
-    if (!_mediaDirectory.empty() && path.find("/..") == std::string::npos &&
-        fs::is_regular_file(_mediaDirectory + path))
-        file.open(_mediaDirectory + path, std::ios::binary);
+    std::error_code ignored;
+    // No part of a path may lead out of its folder.
+    if (path.find("/..") == std::string::npos && fs::is_regular_file(path, ignored))
+        file.open(path, std::ios::binary);
     if (!file.is_open()) {
         response().make_error_response(cppcms::http::response::not_found);
         return;

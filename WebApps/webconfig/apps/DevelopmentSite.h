@@ -7,8 +7,8 @@
 namespace webconfig::apps {
 
 /// What the device's web server does besides passing requests on, for development with the built-in HTTP
-/// server: the site's root leads to the start page, and media files are served from the folder named by
-/// the setting "webconfig.media_directory".
+/// server: the site's root leads to the start page, media files are served from the folder named by the
+/// setting "webconfig.media_directory", and those of plug-ins from the volumes below MOUNT_DIR.
 class DevelopmentSite : public cppcms::application {
   public:
     explicit DevelopmentSite(cppcms::service &service);
@@ -19,8 +19,12 @@ class DevelopmentSite : public cppcms::application {
     void StartPage();
     /// \a path is below the media root, with the slash that it begins with.
     void MediaFile(std::string path);
+    /// The same of the plug-in media of a volume.
+    void PluginMediaFile(std::string volume, std::string path);
 
   private:
+    void _Serve(std::string const &path);
+
     std::string const _mediaDirectory;
 };
 

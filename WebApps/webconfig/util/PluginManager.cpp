@@ -97,9 +97,13 @@ void PluginManager::LoadBranding(std::string const &mountDirectory, Names const 
     }
 }
 
+std::string PluginManager::MediaDirectory(std::string const &mountDirectory, std::string const &entry) {
+    return PluginDirectory(mountDirectory, entry) + "media";
+}
+
 void PluginManager::LoadMedia(std::string const &mountDirectory, Names const &entries) {
     for (auto const &entry : entries) {
-        std::string const directory = PluginDirectory(mountDirectory, entry) + "media/head";
+        std::string const directory = MediaDirectory(mountDirectory, entry) + "/head";
         WEBCONFIG_LOG(info, logTag) << "search media: " << directory;
         auto const collect = [&](char const *pattern, Names &urls) {
             for (auto const &name : FindFiles(directory, FindFilesType::Files, pattern)) {

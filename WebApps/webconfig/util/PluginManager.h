@@ -35,6 +35,9 @@ class PluginManager {
     /// loaded, and its plug-in objects are never released: call Unload() instead unless that is wanted.
     static bool &ForceReload();
 
+    /// Where the volume \a entry has its media, without a slash at the end.
+    static std::string MediaDirectory(std::string const &mountDirectory, std::string const &entry);
+
     /// Call the operation of that name of every plug-in, in the order of loading.
     void PopulateMenuStartHook(std::vector<data::Menu> &menus);
     void PopulateMenuEndHook(std::vector<data::Menu> &menus);
