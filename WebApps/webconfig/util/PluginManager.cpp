@@ -105,10 +105,11 @@ void PluginManager::LoadMedia(std::string const &mountDirectory, Names const &en
     for (auto const &entry : entries) {
         std::string const directory = MediaDirectory(mountDirectory, entry) + "/head";
         WEBCONFIG_LOG(info, logTag) << "search media: " << directory;
+        std::string const url = '/' + entry + "/head/";
         auto const collect = [&](char const *pattern, Names &urls) {
             for (auto const &name : FindFiles(directory, FindFilesType::Files, pattern)) {
                 WEBCONFIG_LOG(info, logTag) << "adding media: " << directory << '/' << name;
-                urls.push_back('/' + entry + "/head/" + name);
+                urls.push_back(url + name);
             }
         };
         collect(".*.css$", styleSheets_);
@@ -125,8 +126,8 @@ void PluginManager::LoadLibraries(std::string const &mountDirectory, Names const
             found.emplace_back(name, directory + name);
     }
     std::sort(found.begin(), found.end());
-    for (auto const &[name, path] : found)
-        Guarded("load plugin: ", [&] { LoadLibrary(name, path); });
+    for (auto const &library : found)
+        Guarded("load plugin: ", [&] { LoadLibrary(library.first, library.second); });
 }
 
 /// A library that is not fit stays open: what its start-up has registered elsewhere would be left dangling.
