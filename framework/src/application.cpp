@@ -19,10 +19,15 @@ namespace cppcms {
 
 namespace {
 
+/// To make a stream takes longer than to map a URL: each thread keeps one.
+std::ostringstream &url_stream() {
+    static thread_local std::ostringstream out;
+    return out;
+}
+
 template <typename... Parameters>
 std::string mapped(application &app, std::string const &key, Parameters const &...parameters) {
-    // To make a stream takes longer than to map a URL: each thread keeps one.
-    static thread_local std::ostringstream out;
+    std::ostringstream &out = url_stream();
     if (auto const locale = app.context().locale(); out.getloc() != locale)
         out.imbue(locale);
     app.mapper().map(out, key, parameters...);

@@ -8,6 +8,7 @@
 
 #include "WebApps/webconfig/apps/BuildStamp.h"
 #include "WebApps/webconfig/apps/MediaRoot.h"
+#include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -16,20 +17,25 @@ Base::Base(cppcms::service &service, std::string appVolumeName)
     : cppcms::application(service), _appVolumeName(std::move(appVolumeName)) {}
 
 void Base::Prepare(data::Base &content) {
-    auto const &branding = settings().find("webconfig.branding");
-    content.branding.footer_right_text = branding.get("footer_right_text", "");
-    content.branding.footer_left_text = branding.get("footer_left_text", "");
-    content.branding.banner_text = branding.get("banner_text", "");
-    content.branding.window_text = branding.get("window_text", "");
-    content.branding.banner_html = branding.get("banner_html", "");
-    content.branding.footer_html = branding.get("footer_html", "");
-
+    auto *const plugins = Plugins(settings());
+    content.branding = util::ReadBranding(settings().find("webconfig.branding"));
+    if (plugins) {
+        plugins->PopulateBranding(content.branding);
+        plugins->PopulateMenuStartHook(content.menus);
+    }
     PrepareMenus(content.menus);
 
     content.media_root = MediaRoot(settings());
-    content.plugin_media_root = PluginMediaRoot(settings()) + '/' + _appVolumeName;
+    std::string const pluginMediaRoot = PluginMediaRoot(settings());
+    content.plugin_media_root = pluginMediaRoot + '/' + _appVolumeName;
     content.revision = buildStamp;
     content.reboot_required = util::IsRebootRequired();
+
+    if (plugins) {
+        plugins->PopulateMenuEndHook(content.menus);
+        plugins->PopulateStyleSheets(pluginMediaRoot, content.style_sheets);
+        plugins->PopulateScripts(pluginMediaRoot, content.scripts);
+    }
 }
 
 void Base::PrepareMenus(std::vector<data::Menu> &menus) {

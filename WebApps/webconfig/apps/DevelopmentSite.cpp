@@ -9,8 +9,11 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <system_error>
 
 #include "WebApps/webconfig/apps/MediaRoot.h"
+#include "WebApps/webconfig/util/PluginManager.h"
+#include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
 
@@ -47,10 +50,14 @@ DevelopmentSite::DevelopmentSite(cppcms::service &service)
     dispatcher().assign("/?", &DevelopmentSite::StartPage, this);
     dispatcher().assign(MediaRoot(settings()) + "(/.*)", &DevelopmentSite::MediaFile, this, 1);
     dispatcher().assign('(' + std::string(servicePaths) + ')', &DevelopmentSite::ServiceFile, this, 1);
+    dispatcher().assign(PluginMediaRoot(settings()) + "/([^/]+)(/.*)", &DevelopmentSite::PluginMediaFile,
+                        this, 1, 2);
 }
 
 std::string DevelopmentSite::Paths(cppcms::service &service) {
-    return "(/?|" + MediaRoot(service.settings()) + "/.*|" + std::string(servicePaths) + ')';
+    std::string const plugins = PluginMediaRoot(service.settings());
+    return "(/?|" + MediaRoot(service.settings()) + "/.*|" + std::string(servicePaths) +
+           (plugins.empty() ? "" : '|' + plugins + "/.*") + ')';
 }
 
 void DevelopmentSite::StartPage() {
@@ -59,19 +66,26 @@ void DevelopmentSite::StartPage() {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the URL dispatcher hands texts over by value
 void DevelopmentSite::MediaFile(std::string path) {
-    _SendFile(_mediaDirectory, path);
+    _Serve(_mediaDirectory.empty() ? "" : _mediaDirectory + path);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the URL dispatcher hands texts over by value
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as above
 void DevelopmentSite::ServiceFile(std::string path) {
-    _SendFile(fs::path(_mediaDirectory).parent_path(), path);
+    _Serve(_mediaDirectory.empty() ? "" : fs::path(_mediaDirectory).parent_path().string() + path);
 }
 
-void DevelopmentSite::_SendFile(std::string const &directory, std::string const &path) {
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as above
+void DevelopmentSite::PluginMediaFile(std::string volume, std::string path) {
+    std::string const volumes = util::GetEnv("MOUNT_DIR");
+    _Serve(volumes.empty() ? "" : util::PluginManager::MediaDirectory(volumes, volume) + path);
+}
+
+void DevelopmentSite::_Serve(std::string const &path) {
     std::ifstream file;
-    // No part of the path may lead out of the folder.
-    if (!directory.empty() && path.find("/..") == std::string::npos && fs::is_regular_file(directory + path))
-        file.open(directory + path, std::ios::binary);
+    std::error_code ignored;
+    // No part of a path may lead out of its folder.
+    if (path.find("/..") == std::string::npos && fs::is_regular_file(path, ignored))
+        file.open(path, std::ios::binary);
     if (!file.is_open()) {
         response().make_error_response(cppcms::http::response::not_found);
         return;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "WebApps/webconfig/apps/Network.h"
+#include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/Regulatory.h"
 #include "WebApps/webconfig/apps/Service.h"
 #include "WebApps/webconfig/apps/Settings.h"
@@ -24,6 +25,9 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
     attach(new Network(service), "network", "/network{1}", "/network(/[^/]*$)?", 1);
     attach(new Regulatory(service, ""), "regulatory", "/regulatory{1}", "/regulatory(/(.*))?", 1);
     attach(new Service(service, ""), "service", "/service{1}", "/service(/(.*))?", 1);
+
+    if (auto *const plugins = Plugins(settings()))
+        plugins->AttachSynchronousAppsHook(*this, service);
 
     mapper().root('/' + settings().get<std::string>("webconfig.root.sync"));
 }

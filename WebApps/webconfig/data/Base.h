@@ -7,23 +7,15 @@
 
 #include "WebApps/webconfig/data/Menu.h"
 #include "WebApps/webconfig/data/Message.h"
+#include "WebApps/webconfig/util/Branding.h"
 
 namespace webconfig::data {
 
 /// What the page skeleton needs; every page's record derives from it.
 struct Base : public cppcms::base_content {
-    /// Texts and markup of banner and footer, from the settings of the same names below
-    /// "webconfig.branding".
-    struct Branding {
-        std::string window_text;
-        std::string banner_text;
-        std::string footer_left_text;
-        std::string footer_right_text;
-        std::string banner_html;  // replaces the default banner when not empty
-        std::string footer_html;  // replaces the default footer when not empty
-    };
+    using Branding = util::Branding;
 
-    Branding branding;
+    Branding branding;              // from the settings below "webconfig.branding", or a plug-in
     std::string media_root;         // URL prefix of "/css", "/js" and "/images"
     std::string plugin_media_root;  // plug-in media URL of the application
     Message message;

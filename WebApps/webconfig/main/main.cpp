@@ -18,6 +18,7 @@
 
 #include "WebApps/webconfig/apps/DevelopmentSite.h"
 #include "WebApps/webconfig/apps/JsonRpc.h"
+#include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/WebConfig.h"
 #include "WebApps/webconfig/main/SystemLog.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -70,16 +71,20 @@ booster::intrusive_ptr<cppcms::application> MountStatus(cppcms::service &service
     auto const rpc = service.settings().get<std::string>("webconfig.root.rpc");
     auto endpoint = std::make_unique<apps::JsonRpc>(service);
     status->attach(endpoint.release(), '/' + rpc + "(.*)", 0);
+    if (auto *const plugins = apps::Plugins(service.settings()))
+        plugins->AttachAsynchronousAppsHook(*status, service);
     return status;
 }
 
-/// One life of the service, from its configuration to its shutdown.
-void RunService(int argc, char *argv[]) {
+/// One life of the service, from its configuration to its shutdown. Returns its plug-ins, which may be
+/// unloaded only when everything of the service is gone; null where it had none.
+util::PluginManager *RunService(int argc, char *argv[]) {
     cppcms::service service(argc, argv);
     util::HardenShell(service.settings().get("webconfig.hardening.shell", false));
     MountPages(service);
     auto const status = MountStatus(service);
     service.run();
+    return apps::Plugins(service.settings());
 }
 
 void Run(int argc, char *argv[]) {
@@ -87,7 +92,8 @@ void Run(int argc, char *argv[]) {
         ResetLog();
         StartFlaggedFirmwareUpgrade();
         WEBCONFIG_LOG(debug, logTag) << "webconfig start";
-        RunService(argc, argv);
+        if (auto *const plugins = RunService(argc, argv))
+            plugins->Unload();
         if (!util::IsForceReloadFlagged())
             break;
         util::MarkForceReload(false);

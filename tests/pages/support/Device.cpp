@@ -244,6 +244,26 @@ bool Process::WaitForLog(std::string const &text, int seconds) const {
     return WaitForText(_folder + "/log", text, seconds);
 }
 
+std::size_t Count(std::string const &text, std::string const &part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
+bool Reload(Process const &process, Browser &browser) {
+    auto const reloads = [&] { return Count(process.Log(), "webconfig ** forced reload **"); };
+    std::size_t const before = reloads();
+    browser.Call("reload");
+    // Asked too early, the old service would still answer.
+    for (int tries = 500; tries > 0; --tries) {
+        if (reloads() > before)
+            return browser.WaitUntilUp();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
+
 std::string Configuration(int port, std::string const &without) {
     std::string roots;
     for (auto const &[key, value] : {std::pair{"sync", "config"}, {"async", "status"}, {"rpc", "rpc"}}) {

@@ -142,6 +142,12 @@ class Process {
     int _status = -1;
 };
 
+/// How often \a part is in \a text.
+std::size_t Count(std::string const &text, std::string const &part);
+
+/// Makes the process reload its service; false where the new one does not serve in time.
+bool Reload(Process const &process, Browser &browser);
+
 /// A configuration with the built-in server on \a port and the log at level debug on standard error.
 /// \a without names one "webconfig.root" key to leave out.
 std::string Configuration(int port, std::string const &without = "");

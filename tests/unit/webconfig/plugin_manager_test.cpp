@@ -1,0 +1,254 @@
+#include "WebApps/webconfig/util/PluginManager.h"
+
+#include <cppcms/application.h>
+#include <cppcms/service.h>
+#include <cppcms/views_pool.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+#include "WebApps/webconfig/data/Menu.h"
+#include "tests/unit/platform/TemporaryFolder.h"
+#include "tests/unit/util/LogCapture.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+namespace fs = std::filesystem;
+
+Texts &Events() {
+    static Texts events;
+    return events;
+}
+
+}  // namespace
+
+/// The plug-ins of these tests call it.
+extern "C" void PluginEvent(char const *text) {
+    Events().emplace_back(text);
+}
+
+namespace {
+
+using webconfig::util::Branding;
+using webconfig::util::PluginManager;
+
+constexpr char plugins[] = "/var/www/webconfig/plugins/";
+
+std::string Line(std::string const &text, std::string const &level = "info") {
+    return level + ": " + text + " (PluginManager)";
+}
+
+class PluginManagerTest : public testing::Test {
+  protected:
+    PluginManagerTest() {
+        PluginManager::Instance()->Unload();
+        ::setenv("MOUNT_DIR", Root().c_str(), 1);
+        Events().clear();
+    }
+    ~PluginManagerTest() override {
+        PluginManager::Instance()->Unload();
+        ::unsetenv("MOUNT_DIR");
+    }
+
+    std::string Root() const { return fs::path(volumes_ / "").parent_path(); }
+
+    /// Puts a file of the volume \a entry below its plug-in folder.
+    void File(std::string const &entry, std::string const &name, std::string const &content = "") const {
+        fs::create_directories(fs::path(volumes_ / entry + plugins + name).parent_path());
+        volumes_.File(entry + plugins + name, content);
+    }
+
+    /// Puts a copy of a built plug-in there; returns its path as the log has it.
+    std::string Library(std::string const &entry, std::string const &name) const {
+        std::string const file = name + "-webconfig-plugin.so";
+        File(entry, file);
+        fs::copy_file(std::string(PLUGIN_FIXTURES) + '/' + file, volumes_ / entry + plugins + file,
+                      fs::copy_options::overwrite_existing);
+        return Root() + '/' + entry + plugins + file;
+    }
+
+    bool IsMapped() const { return ContentOf("/proc/self/maps").find(Root()) != std::string::npos; }
+
+    TemporaryFolder volumes_;
+    LogCapture log_{booster::log::info};
+};
+
+/// The lines that contain \a part.
+Texts With(Texts lines, std::string const &part) {
+    std::erase_if(lines, [&](std::string const &line) { return line.find(part) == std::string::npos; });
+    return lines;
+}
+
+bool HasSkin(std::string const &name) {
+    Texts const skins = cppcms::views::pool::instance().enumerate();
+    return std::find(skins.begin(), skins.end(), name) != skins.end();
+}
+
+cppcms::json::value Settings() {
+    cppcms::json::value settings;
+    settings.set("service.api", "http");
+    return settings;
+}
+
+}  // namespace
+
+TEST_F(PluginManagerTest, LoadsByNameOverAllVolumesAndUnloadsWhollyAndLoadsAgain) {
+    std::string const b = Library("volume1", "b");
+    std::string const a = Library("volume2", "a");
+    log_.Take();
+    PluginManager *const manager = PluginManager::Instance();
+    EXPECT_EQ(PluginManager::Instance(), manager);
+    EXPECT_EQ(Events(), (Texts{"a created", "b created"}));
+    Texts loading{Line("** Recreating plugin manager **")};
+    for (auto const &[subject, folder] :
+         {std::pair{"branding", ""}, {"media", "media/head"}, {"plugins", ""}}) {
+        for (char const *volume : {"/volume1", "/volume2"})
+            loading.push_back(
+                Line("search " + std::string(subject) + ": " + Root() + volume + plugins + folder));
+    }
+    for (auto const &path : {a, b})
+        loading.push_back(Line("load plugin OK: " + path));
+    EXPECT_EQ(log_.Take(), loading);
+    EXPECT_TRUE(HasSkin("a") && HasSkin("b"));
+
+    Events().clear();
+    log_.Take();
+    manager->Unload();
+    EXPECT_EQ(Events(), (Texts{"a release", "b release"}));
+    Texts unloading;
+    for (auto const &path : {a, b}) {
+        for (auto const &text : {std::string("Unloading the plugins library"), "Unloading " + path,
+                                 std::string("Unloaded plugin OK")})
+            unloading.push_back(Line(text));
+    }
+    EXPECT_EQ(log_.Take(), unloading);
+    EXPECT_FALSE(HasSkin("a") || HasSkin("b"));
+    EXPECT_FALSE(IsMapped());
+
+    PluginManager::Instance();
+    EXPECT_EQ(With(Events(), "created").size(), 2U);
+    EXPECT_TRUE(HasSkin("a"));
+}
+
+TEST_F(PluginManagerTest, AForcedReloadForgetsThePluginsWithoutUnloadingThem) {
+    Library("volume", "a");
+    PluginManager::Instance();
+    PluginManager::ForceReload() = true;
+    PluginManager::Instance();
+    EXPECT_FALSE(PluginManager::ForceReload());
+    EXPECT_EQ(Events(), (Texts{"a created", "a created"}));
+    PluginManager::Instance()->Unload();
+    EXPECT_TRUE(IsMapped());
+}
+
+TEST_F(PluginManagerTest, WhatIsNoPluginIsLoggedAndTheOthersWork) {
+    File("volume", "broken-webconfig-plugin.so", "not a library");
+    File("volume", "a-webconfig-plugin.so.old");
+    fs::create_directories(volumes_ / (std::string("volume") + plugins + "folder-webconfig-plugin.so"));
+    for (char const *name : {"b", "no_factory", "other_abi", "factory_throws"})
+        Library("volume", name);
+    File("volume-without-plugins", "README");
+    PluginManager::Instance();
+    EXPECT_EQ(Events(), Texts{"b created"});
+
+    Texts const errors = With(log_.Take(), "error: load plugin: ");
+    ASSERT_EQ(errors.size(), 4U);
+    char const *const reasons[] = {"broken-webconfig-plugin.so", "factory failed",
+                                   "undefined symbol: create_webconfig_plugin",
+                                   "undefined symbol: webconfig_plugin_abi_0"};
+    for (std::size_t i = 0; i < errors.size(); ++i)
+        EXPECT_NE(errors[i].find(reasons[i]), std::string::npos) << errors[i];
+}
+
+TEST_F(PluginManagerTest, TheHooksCallEveryPluginWhateverAnotherThrows) {
+    for (char const *name : {"b", "throws", "a"})
+        Library("volume", name);
+    PluginManager &manager = *PluginManager::Instance();
+    cppcms::service service(Settings());
+    cppcms::application root(service);
+    Events().clear();
+    log_.Take();
+
+    std::vector<webconfig::data::Menu> menus;
+    manager.PopulateMenuStartHook(menus);
+    manager.AttachSynchronousAppsHook(root, service);
+    manager.AttachAsynchronousAppsHook(root, service);
+    manager.PopulateMenuEndHook(menus);
+    manager.Unload();
+
+    Texts expected;
+    for (char const *event : {" menu start", " sync", " async", " menu end", " release"}) {
+        for (std::string const name : {"a", "b", "throws"})
+            expected.push_back(name + event);
+    }
+    EXPECT_EQ(Events(), expected);
+    Texts texts;
+    for (auto const &menu : menus)
+        texts.push_back(menu.GetText());
+    EXPECT_EQ(texts, (Texts{"a start", "b start", "a end", "b end"}));
+    EXPECT_EQ(With(log_.Take(), "error: "),
+              (Texts{Line("Failed to populate menu start in plugin: menu start failed", "error"),
+                     Line("Failed to attach synchronous app in plugin: sync failed", "error"),
+                     Line("Failed to attach asynchronous app in plugin: async failed", "error"),
+                     Line("Failed to populate menu end in plugin: menu end failed", "error"),
+                     Line("Failed to release plugin: release failed", "error")}));
+    EXPECT_FALSE(IsMapped());
+}
+
+TEST_F(PluginManagerTest, MediaAreUrlsBelowThePrefixInTheOrderOfTheVolumes) {
+    for (char const *entry : {"b", "a"}) {
+        for (char const *name : {"media/head/x.css", "media/head/x.js", "media/head/x.json", "media/y.css"})
+            File(entry, name);
+    }
+    PluginManager const &manager = *PluginManager::Instance();
+    Texts sheets{"first"};
+    Texts scripts;
+    manager.PopulateStyleSheets("/plugins", sheets);
+    manager.PopulateScripts("", scripts);
+    EXPECT_EQ(sheets, (Texts{"first", "/plugins/a/head/x.css", "/plugins/b/head/x.css"}));
+    EXPECT_EQ(scripts, (Texts{"/a/head/x.js", "/b/head/x.js"}));
+}
+
+TEST_F(PluginManagerTest, TheLastWellFormedBrandingReplacesAllTexts) {
+    Branding branding;
+    branding.window_text = branding.banner_text = "settings";
+    PluginManager::Instance()->PopulateBranding(branding);
+    EXPECT_EQ(branding.window_text, "settings");
+
+    File("a", "branding.json", R"({"branding": {"window_text": "a", "footer_html": "<i>a</i>"}})");
+    File("b", "my.branding.json", R"({"branding": {"window_text": "b", "banner_html": 7}})");
+    File("c", "branding.json", "{\n\"branding\": {\n\"window_text\" \"c\"}}");
+    File("d", "branding.json.old", R"({"branding": {"window_text": "d"}})");
+    PluginManager::ForceReload() = true;
+    log_.Take();
+    PluginManager::Instance()->PopulateBranding(branding);
+    EXPECT_EQ(branding.window_text, "b");
+    EXPECT_EQ(branding.banner_text + branding.banner_html + branding.footer_html, "");
+    EXPECT_EQ(With(log_.Take(), "load branding"),
+              (Texts{Line("load branding OK: " + Root() + "/a" + plugins + "branding.json"),
+                     Line("load branding OK: " + Root() + "/b" + plugins + "my.branding.json"),
+                     Line("load branding ERROR, line: 3 in file " + Root() + "/c" + plugins + "branding.json",
+                          "error")}));
+}
+
+TEST_F(PluginManagerTest, WithoutVolumesOrDuringAnUpgradeNothingIsLoaded) {
+    Library("volume", "a");
+    constexpr char lock[] = "/tmp/fwtool_6v1Znb.lock";
+    for (bool const upgrade : {false, true}) {
+        if (upgrade)
+            fs::create_directory(lock);  // a lock that cannot be asked counts as held
+        ::setenv("MOUNT_DIR", upgrade ? Root().c_str() : "", 1);
+        PluginManager::Instance()->Unload();
+        log_.Take();
+        PluginManager::Instance();
+        PluginManager::Instance();
+        fs::remove(lock);
+        EXPECT_EQ(With(log_.Take(), "warning: "),
+                  Texts{Line("$MOUNT_DIR environemt not set, skipping loading plugins", "warning")});
+    }
+    EXPECT_EQ(Events(), Texts());
+}
