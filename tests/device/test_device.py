@@ -101,9 +101,9 @@ class OrdinaryUser(RunningDevice):
 
 class SpawnedBackend(unittest.TestCase):
     def test_web_server_starts_the_backend_and_brings_it_back(self):
-        device = Device("spawn", "--spawn")
+        device = Device("spawn", "--spawn", "--plugins")
         self.addCleanup(device.end)
-        page = device.url + "config/"
+        page = device.url + "config/traffic/interfaces"  # a plug-in's
         self.assertEqual(200, get(page)[0])
         first = device.output("pgrep", "-x", "webconfig")
         device.output("kill", "-KILL", first)
@@ -113,10 +113,11 @@ class SpawnedBackend(unittest.TestCase):
 
 class BuiltInServer(unittest.TestCase):
     def test_host_port_reaches_the_built_in_server(self):
-        device = Device("http", "--http")
+        device = Device("http", "--http", "--plugins")
         self.addCleanup(device.end)
         for path in ("config/", "media/css/screen.css", "service_imgs/css/screen.css",
-                     "service_plugin_imgs/application/head/brq3.js"):
+                     "service_plugin_imgs/application/head/brq3.js", "config/traffic/interfaces",
+                     "plugins/traffic/head/traffic.js"):
             self.assertEqual(200, get(device.url + path)[0], path)
 
 
