@@ -18,12 +18,18 @@ void connection_registry::add(connection *c) {
 void connection_registry::remove(connection *c) {
     std::lock_guard const lock(guard_);
     open_.erase(c);
+    removed_.notify_all();
 }
 
 void connection_registry::shut_down_all() {
     std::lock_guard const lock(guard_);
     for (connection const *c : open_)
         ::shutdown(c->descriptor(), SHUT_RDWR);
+}
+
+void connection_registry::wait_until_empty(std::chrono::steady_clock::time_point deadline) {
+    std::unique_lock lock(guard_);
+    removed_.wait_until(lock, deadline, [this] { return open_.empty(); });
 }
 
 connection::connection(int descriptor, connection_registry &registry)

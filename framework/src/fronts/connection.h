@@ -2,6 +2,8 @@
 
 #include <booster/noncopyable.h>
 
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <string_view>
 #include <unordered_set>
@@ -18,9 +20,12 @@ class connection_registry : public booster::noncopyable {
     void remove(connection *c);
     /// Ends all traffic: whoever waits on a connection finds it closed by the client.
     void shut_down_all();
+    /// Waits until none is open, at most until \a deadline.
+    void wait_until_empty(std::chrono::steady_clock::time_point deadline);
 
   private:
     std::mutex guard_;
+    std::condition_variable removed_;
     std::unordered_set<connection *> open_;
 };
 

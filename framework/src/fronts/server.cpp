@@ -92,6 +92,8 @@ void server::join() {
         thread.join();
     threads_.clear();
     listeners_.clear();
+    std::lock_guard const lock(guard_);
+    ended_ = true;
     waiting_.clear();
 }
 
@@ -212,6 +214,8 @@ void server::park(std::unique_ptr<connection> c) {
 
     // From the moment that the event is set another thread may take the client.
     std::lock_guard const lock(guard_);
+    if (ended_)
+        return;
     waiting_[key] = {std::move(c), deadline};
     int const fd = key->descriptor();
     if (::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0 &&

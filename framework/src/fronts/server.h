@@ -40,7 +40,7 @@ class server : public booster::noncopyable {
     /// Takes no new clients, but serves the requests that have come already. Returns when the threads have
     /// ended, true, or at the \a deadline.
     bool stop(clock::time_point deadline);
-    /// Waits for the threads, then drops all clients.
+    /// Waits for the threads, then drops all clients that wait for their next request.
     void join();
 
   private:
@@ -68,6 +68,7 @@ class server : public booster::noncopyable {
     std::mutex guard_;
     std::condition_variable thread_ended_;
     std::unordered_map<connection *, waiting_client> waiting_;
+    bool ended_ = false;  // nobody serves who waits
     std::size_t running_ = 0;
     std::vector<std::thread> threads_;
     std::atomic<bool> stopping_{false};

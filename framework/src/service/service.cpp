@@ -140,6 +140,8 @@ void service::stop() {
         connections_.shut_down_all();
     }
     server_->join();
+    // What is open now belongs to asynchronous requests.
+    connections_.wait_until_empty(deadline);
     loop_.stop(deadline);
 }
 
