@@ -12,7 +12,11 @@ constexpr int memory_level = 8;
 }  // namespace
 
 output_buffer::output_buffer(connection &to, std::string head, options const &how)
-    : to_(to), head_(std::move(head)), hold_all_(how.hold_all), buffer_(how.size) {
+    : to_(to),
+      head_(std::move(head)),
+      hold_all_(how.hold_all),
+      size_(how.size),
+      buffer_(std::make_unique_for_overwrite<char[]>(size_)) {
     reset(0);
     if (how.gzip_level) {
         deflate_.emplace();
@@ -30,13 +34,16 @@ output_buffer::~output_buffer() {
 }
 
 void output_buffer::reset(std::size_t used) {
-    setp(buffer_.data(), buffer_.data() + buffer_.size());
+    setp(buffer_.get(), buffer_.get() + size_);
     pbump(static_cast<int>(used));
 }
 
 void output_buffer::resize(std::size_t size) {
     auto const used = static_cast<std::size_t>(pptr() - pbase());
-    buffer_.resize(std::max({size, used, std::size_t(1)}));
+    size_ = std::max({size, used, std::size_t(1)});
+    auto buffer = std::make_unique_for_overwrite<char[]>(size_);
+    std::copy_n(buffer_.get(), used, buffer.get());
+    buffer_ = std::move(buffer);
     reset(used);
 }
 
@@ -46,7 +53,7 @@ bool output_buffer::close() {
 
 output_buffer::int_type output_buffer::overflow(int_type c) {
     if (hold_all_)
-        resize(buffer_.size() * 2);
+        resize(size_ * 2);
     else if (!send(connection::chunk::more))
         return traits_type::eof();
     if (traits_type::eq_int_type(c, traits_type::eof()))

@@ -3,6 +3,7 @@
 #include <fronts/connection.h>
 #include <zlib.h>
 
+#include <memory>
 #include <optional>
 #include <streambuf>
 #include <string>
@@ -43,7 +44,8 @@ class output_buffer : public std::streambuf {
     std::string head_;
     bool hold_all_;
     bool open_ = true;
-    std::vector<char> buffer_;
+    std::size_t size_;
+    std::unique_ptr<char[]> buffer_;  // never cleared, as most pages fill a part of it
     std::optional<z_stream> deflate_;
     std::vector<char> compressed_;
 };
