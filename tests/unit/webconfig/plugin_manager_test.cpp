@@ -3,6 +3,7 @@
 #include <cppcms/application.h>
 #include <cppcms/service.h>
 #include <cppcms/views_pool.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,6 +16,9 @@
 #include "tests/unit/util/LogCapture.h"
 
 namespace {
+
+/// The folder of the built plug-ins, opened before the tests get a /tmp of their own: it may be below /tmp.
+int const fixtures = ::open(PLUGIN_FIXTURES, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 
 using Texts = std::vector<std::string>;
 namespace fs = std::filesystem;
@@ -66,8 +70,8 @@ class PluginManagerTest : public testing::Test {
     std::string Library(std::string const &entry, std::string const &name) const {
         std::string const file = name + "-webconfig-plugin.so";
         File(entry, file);
-        fs::copy_file(std::string(PLUGIN_FIXTURES) + '/' + file, volumes_ / entry + plugins + file,
-                      fs::copy_options::overwrite_existing);
+        fs::copy_file("/proc/self/fd/" + std::to_string(fixtures) + '/' + file,
+                      volumes_ / entry + plugins + file, fs::copy_options::overwrite_existing);
         return Root() + '/' + entry + plugins + file;
     }
 
