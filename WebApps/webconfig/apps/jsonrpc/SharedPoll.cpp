@@ -16,6 +16,10 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/JsonRpc";
 
+void LogFailure(std::exception const &problem) {
+    WEBCONFIG_LOG(error, logTag) << "A status call failed: " << problem.what();
+}
+
 void AnswerOne(cppcms::rpc::json_call &call, cppcms::json::value const *status) {
     if (!status) {
         call.return_error("Internal Service Error");  // as the framework says it
@@ -59,16 +63,22 @@ void SharedPoll::_Run() {
         status = std::make_shared<cppcms::json::value>(_gather());
         CleanTexts(*status);
     } catch (std::exception const &problem) {
-        WEBCONFIG_LOG(error, logTag) << "A status call failed: " << problem.what();
+        LogFailure(problem);
         status.reset();
     }
     _service.post([this, status] { _Answer(status.get()); });
 }
 
-/// \a status is null where gathering it failed.
+/// \a status is null where gathering it failed. Runs outside any call, where an exception would end the
+/// service.
 void SharedPoll::_Answer(cppcms::json::value const *status) {
-    for (auto const &call : _served)
-        AnswerOne(*call, status);
+    for (auto const &call : _served) {
+        try {
+            AnswerOne(*call, status);
+        } catch (std::exception const &problem) {
+            LogFailure(problem);
+        }
+    }
     _served.clear();
     if (!_waiting.empty())
         _Start();
