@@ -13,7 +13,7 @@ describe("OpenVPN page", () => {
 
     test("is switched on, takes a file, and shows its name", async () => {
         inDevice("prm", "set", "net/openvpn/enabled", "no");
-        await withPage(path, { ...desktop }, async (page) => {
+        await withPage(path, desktop, async (page) => {
             assert.ok(await page.locator("#cfg_flvpn_submit").isDisabled());
             await page.check("#cfg_vpn_enabled");
             await submit(page, "#cfg_vpn_save");

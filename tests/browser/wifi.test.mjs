@@ -170,8 +170,10 @@ describe("WLAN page", () => {
 });
 
 describe("Regulatory domain page", () => {
-    test("sets a domain, asks for the reboot and returns after it", async () => {
-        inShell("rm -rf /var/lib/lmu");
+    test("sets a domain, asks for the reboot and returns after it", async (context) => {
+        const forget = () => inShell("rm -rf /var/lib/lmu");
+        forget();
+        context.after(forget);
         let probes = 0;
         const prepare = async (page) => {
             await page.clock.install();
@@ -202,6 +204,5 @@ describe("Regulatory domain page", () => {
             }),
         );
         assert.equal(stored("region_code"), "KCC");
-        inShell("rm -rf /var/lib/lmu");
     });
 });
