@@ -3,6 +3,8 @@
 find_package(Threads REQUIRED)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Werror)
+# What a precompiled header says of the time it was made is no reason for ccache to miss.
+add_compile_options(-fpch-preprocess)
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=)
 
 if(WEBCONFIG_SANITIZE)
