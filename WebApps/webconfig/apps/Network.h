@@ -1,9 +1,5 @@
 #pragma once
 
-#include <cppcms/json.h>
-#include <curl/curl.h>
-
-#include <cstddef>
 #include <string>
 
 #include "WebApps/webconfig/apps/Base.h"
@@ -51,16 +47,6 @@ class Network : public Base {
     void _OpenVPNSave(data::OpenVPN &content);
     void _OpenVPNUpload(data::OpenVPN &content);
     void _OpenVPNProvision(data::OpenVPN &content);
-    /// Posts \a request to the \a endpoint of a provisioning server and, where \a answer is not null, reads
-    /// its answer into it. False with the text for the page in \a error where that fails.
-    static bool _PostQuery(CURL *curl, std::string const &server, std::string const &endpoint, bool tls,
-                           cppcms::json::value const &request, cppcms::json::value *answer,
-                           std::string &error);
-    /// Appends what curl received to \a stream, an std::ostream.
-    static std::size_t _OpenVPNWriteDataCallback(char *data, std::size_t size, std::size_t count,
-                                                 void *stream);
-    /// The name for the configuration of a provisioning server's \a answer.
-    static std::string _GenerateCertFileName(cppcms::json::value const &answer);
     /// Installs the configuration at \a path. False where that fails, with the text for the page in
     /// \a error or, where there is none, an empty text.
     static bool _OpenVPNUpdate(std::string const &path, std::string &error);

@@ -2,7 +2,7 @@
 
 #include <curl/curl.h>
 
-namespace webconfig::apps {
+namespace webconfig::util {
 
 /// What the provisioning uses of libcurl. The library is loaded when it is first asked for: with the thirty
 /// libraries that it needs it takes more memory than everything else in the process, and most devices never
@@ -10,7 +10,6 @@ namespace webconfig::apps {
 struct CurlLibrary {
     decltype(&curl_easy_init) easyInit;
     decltype(&curl_easy_cleanup) easyCleanup;
-    decltype(&curl_easy_reset) easyReset;
     decltype(&curl_easy_setopt) easySetopt;
     decltype(&curl_easy_perform) easyPerform;
     decltype(&curl_easy_getinfo) easyGetinfo;
@@ -22,4 +21,4 @@ struct CurlLibrary {
     static CurlLibrary const *Load();
 };
 
-}  // namespace webconfig::apps
+}  // namespace webconfig::util

@@ -1,4 +1,4 @@
-#include "WebApps/webconfig/apps/network/CurlLibrary.h"
+#include "WebApps/webconfig/util/CurlLibrary.h"
 
 #include <dlfcn.h>
 
@@ -6,11 +6,11 @@
 
 #include "WebApps/webconfig/util/Log.h"
 
-namespace webconfig::apps {
+namespace webconfig::util {
 
 namespace {
 
-constexpr char logTag[] = "WebApps/webconfig/apps/Network";
+constexpr char logTag[] = "WebApps/webconfig/util/CurlLibrary";
 constexpr char libraryName[] = "libcurl.so.4";
 
 /// Clears \a complete where \a function is not to be had.
@@ -28,7 +28,6 @@ std::optional<CurlLibrary> Open() {
     if (complete) {
         Find(library, "curl_easy_init", curl.easyInit, complete);
         Find(library, "curl_easy_cleanup", curl.easyCleanup, complete);
-        Find(library, "curl_easy_reset", curl.easyReset, complete);
         Find(library, "curl_easy_setopt", curl.easySetopt, complete);
         Find(library, "curl_easy_perform", curl.easyPerform, complete);
         Find(library, "curl_easy_getinfo", curl.easyGetinfo, complete);
@@ -49,4 +48,4 @@ CurlLibrary const *CurlLibrary::Load() {
     return library ? &*library : nullptr;
 }
 
-}  // namespace webconfig::apps
+}  // namespace webconfig::util

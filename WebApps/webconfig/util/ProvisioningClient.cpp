@@ -1,0 +1,136 @@
+#include "WebApps/webconfig/util/ProvisioningClient.h"
+
+#include <cppcms/json.h>
+
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <utility>
+
+#include "WebApps/webconfig/util/CurlLibrary.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Strings.h"
+
+namespace webconfig::util {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/util/ProvisioningClient";
+
+// A server must not fill the memory of a worker either.
+constexpr std::streamoff maxAnswer = 1'048'576;  // bytes
+constexpr long maxRedirects = 5;
+constexpr char protocols[] = "http,https";
+
+constexpr std::size_t maxFileName = 127;  // bytes
+
+constexpr char noCommunication[] = "Failed to communicate with server.";
+constexpr char badJson[] = "Unexpected JSON response.";
+
+/// What curl calls with what it received. Taking less than what was given makes it give up.
+std::size_t Receive(char *data, std::size_t size, std::size_t count, void *stream) {
+    auto &answer = *static_cast<std::ostream *>(stream);
+    auto const bytes = static_cast<std::streamoff>(size * count);
+    if (answer.tellp() + bytes > maxAnswer)
+        return 0;
+    answer.write(data, bytes);
+    return size * count;
+}
+
+std::string GenerateCertFileName(cppcms::json::value const &answer) {
+    auto const text = [&answer](char const *name) { return StripChars(answer.get(name, ""), "\\/:?\"<>|'"); };
+    std::string name = text("client_full_name");
+    std::string const organisation = text("organisation_name");
+    bool valid = !name.empty();
+    if (!organisation.empty())
+        name += '(' + organisation + ')';
+    valid = valid && name.size() <= maxFileName && name != "." && name != ".." &&
+            name.find('\0') == std::string::npos;
+    if (!valid) {
+        WEBCONFIG_LOG(error, logTag)
+            << "Failed to generate a valid filename from remote response, using client.ovpn";
+        return "client.ovpn";
+    }
+    return name;
+}
+
+}  // namespace
+
+std::optional<ProvisioningClient::Configuration> ProvisioningClient::Register(std::string const &deviceId) {
+    cppcms::json::value request;
+    request["token"] = oneTimeCode_;
+    request["device_id"] = deviceId;
+    cppcms::json::value answer;
+    if (!PostQuery("register_client", request, &answer))
+        return {};
+    auto const &text = answer.find("vpn_config");
+    if (text.type() != cppcms::json::is_string) {
+        WEBCONFIG_LOG(error, logTag) << "Unexpected JSON response - vpn_config missing";
+        Fail(badJson);
+        return {};
+    }
+    return Configuration{GenerateCertFileName(answer), text.str()};
+}
+
+void ProvisioningClient::Acknowledge() {
+    cppcms::json::value request;
+    request["token"] = oneTimeCode_;
+    PostQuery("acknowledge_bootstrap", request, nullptr);
+}
+
+bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::value const &request,
+                                   cppcms::json::value *answer) {
+    auto const *const library = CurlLibrary::Load();
+    std::unique_ptr<CURL, void (*)(CURL *)> const curl(library ? library->easyInit() : nullptr,
+                                                       library ? library->easyCleanup : nullptr);
+    if (!curl) {
+        WEBCONFIG_LOG(error, logTag) << "Unable to create CURL handle";
+        return Fail(noCommunication);
+    }
+    std::unique_ptr<curl_slist, decltype(library->slistFreeAll)> const headers(
+        library->slistAppend(nullptr, "Content-Type: application/json"), library->slistFreeAll);
+    std::string const body = request.save();
+    std::string const url = "http://" + server_ + (server_.ends_with('/') ? "" : "/") + endpoint;
+    std::cout << "Sending <" << body << "> to url " << url << std::endl;
+
+    std::stringstream received;
+    auto const set = [&](CURLoption option, auto value) { library->easySetopt(curl.get(), option, value); };
+    set(CURLOPT_URL, url.c_str());
+    set(CURLOPT_POSTFIELDS, body.c_str());
+    set(CURLOPT_HTTPHEADER, headers.get());
+    set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_MAXREDIRS, maxRedirects);
+    set(CURLOPT_PROTOCOLS_STR, protocols);
+    set(CURLOPT_REDIR_PROTOCOLS_STR, protocols);
+    set(CURLOPT_CONNECTTIMEOUT, limits_.connect);
+    set(CURLOPT_TIMEOUT, limits_.transfer);
+    set(CURLOPT_NOSIGNAL, 1L);
+    set(CURLOPT_WRITEFUNCTION, &Receive);
+    set(CURLOPT_WRITEDATA, static_cast<void *>(static_cast<std::ostream *>(&received)));
+
+    if (CURLcode const result = library->easyPerform(curl.get()); result != CURLE_OK) {
+        WEBCONFIG_LOG(error, logTag) << "curl_easy_perform() failed: " << library->easyStrerror(result);
+        return Fail(noCommunication);
+    }
+    long code = 0;
+    if (CURLcode const result = library->easyGetinfo(curl.get(), CURLINFO_RESPONSE_CODE, &code);
+        result != CURLE_OK) {
+        WEBCONFIG_LOG(error, logTag) << "curl_easy_getinfo() failed: " << library->easyStrerror(result);
+        return Fail(noCommunication);
+    }
+    std::cout << "Response code was: " << code << std::endl;
+    if (code < 200 || code > 202)
+        return Fail("Unexpected remote server response: " + std::to_string(code) + '.');
+    if (answer && !answer->load(received, true)) {
+        WEBCONFIG_LOG(error, logTag) << "Unexpected JSON response";
+        return Fail(badJson);
+    }
+    return true;
+}
+
+bool ProvisioningClient::Fail(std::string error) {
+    error_ = std::move(error);
+    return false;
+}
+
+}  // namespace webconfig::util
