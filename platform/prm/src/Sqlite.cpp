@@ -1,6 +1,7 @@
 #include "Sqlite.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace prm {
@@ -17,6 +18,19 @@ void CreatePrivately(std::string const &path) {
     int const file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (file >= 0)
         ::close(file);
+}
+
+bool HoldsAnything(std::string const &path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && info.st_size > 0;
+}
+
+/// \a path as a part of an URI.
+std::string UriPath(std::string const &path) {
+    std::string result;
+    for (char const c : path)
+        result += c == '%' ? "%25" : c == '?' ? "%3f" : c == '#' ? "%23" : std::string(1, c);
+    return result;
 }
 
 }  // namespace
@@ -70,20 +84,28 @@ void Query::Check(int code) const {
 
 Connection::Connection(std::string const &path, int busyTimeoutMs) {
     CreatePrivately(path);
+    Open(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    // Where the library cannot make the file that it shares with other processes, on a read-only file system,
+    // nobody else writes: the file may be read as one that never changes.
+    if (IsReadOnly() && !CanRead() && !HoldsAnything(path + "-wal"))
+        Open("file:" + UriPath(path) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    // What the library takes for speed on a desk is better spent elsewhere on a small device.
+    sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_LOOKASIDE, nullptr, 0, 0);
+    sqlite3_busy_timeout(handle_.get(), busyTimeoutMs);
+}
+
+void Connection::Open(std::string const &name, int flags) {
     sqlite3 *handle = nullptr;
     // Calls are serialised by the owner, so the library need not do it again.
-    constexpr int flags =
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-    int const code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
+    flags |= SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    int const code = sqlite3_open_v2(name.c_str(), &handle, flags, nullptr);
     handle_.reset(handle);
     if (code != SQLITE_OK)
         Throw(handle, code);
-    // What the library takes for speed on a desk is better spent elsewhere on a small device.
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_LOOKASIDE, nullptr, 0, 0);
-    sqlite3_busy_timeout(handle, busyTimeoutMs);
-    // A file without write permission is opened all the same, for reading.
-    if (sqlite3_db_readonly(handle, "main") == 1)
-        throw SqliteError(SQLITE_READONLY, "the file is write-protected");
+}
+
+bool Connection::CanRead() const {
+    return sqlite3_exec(handle_.get(), "PRAGMA schema_version", nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
 void Connection::Execute(char const *sql) const {

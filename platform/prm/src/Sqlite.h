@@ -62,7 +62,8 @@ class Query {
 /// An open database file.
 class Connection {
   public:
-    /// Opens, or creates readable by its owner only, the file at \a path.
+    /// Opens, or creates readable by its owner only, the file at \a path. One that is write-protected can be
+    /// read.
     Connection(std::string const &path, int busyTimeoutMs);
 
     operator sqlite3 *() const { return handle_.get(); }
@@ -72,9 +73,14 @@ class Connection {
     int Changes() const { return sqlite3_changes(handle_.get()); }
     /// Whether the file is no longer the one at the path it was opened by.
     bool IsReplaced() const;
+    /// Whether the file was write-protected when it was opened.
+    bool IsReadOnly() const { return sqlite3_db_readonly(handle_.get(), "main") == 1; }
     void ReleaseMemory() const { sqlite3_db_release_memory(handle_.get()); }
 
   private:
+    void Open(std::string const &name, int flags);
+    bool CanRead() const;
+
     struct Close {
         void operator()(sqlite3 *handle) const { sqlite3_close_v2(handle); }
     };

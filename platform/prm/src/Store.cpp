@@ -65,12 +65,13 @@ int UserVersion(Connection const &connection) {
 /// Write-ahead logging lets readers and a writer work at once, and with full synchronisation a committed
 /// write survives a power cut. The sizes keep memory and flash wear small.
 void Prepare(Connection const &connection) {
-    connection.Execute(
-        "PRAGMA journal_mode=WAL;"
-        "PRAGMA synchronous=FULL;"
-        "PRAGMA cache_size=-128;"
-        "PRAGMA wal_autocheckpoint=64;"
-        "PRAGMA journal_size_limit=262144;");
+    connection.Execute("PRAGMA cache_size=-128;");
+    if (!connection.IsReadOnly())
+        connection.Execute(
+            "PRAGMA journal_mode=WAL;"
+            "PRAGMA synchronous=FULL;"
+            "PRAGMA wal_autocheckpoint=64;"
+            "PRAGMA journal_size_limit=262144;");
     int const version = UserVersion(connection);
     if (version > schemaVersion)
         throw SqliteError(SQLITE_ERROR, "the file was written by a newer version");
@@ -206,7 +207,10 @@ template <typename Action>
 Status Store::Guarded(Action action) {
     std::lock_guard const lock(mutex_);
     try {
-        return action(Open());
+        Status const status = action(Open());
+        if (database_->connection.IsReadOnly())
+            database_.reset();  // it may be otherwise the next time
+        return status;
     } catch (std::exception const &error) {
         database_.reset();
         Failed(error.what());

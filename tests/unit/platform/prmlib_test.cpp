@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <prm/prmlib.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "Store.h"
+#include "tests/unit/platform/Namespaces.h"
 #include "tests/unit/platform/TemporaryFolder.h"
 
 namespace {
@@ -301,6 +303,42 @@ TEST_F(PrmLib, AnUnusableStoreFailsEachCallAndIsPickedUpWhenRepaired) {
     std::filesystem::remove(path);
     EXPECT_EQ(client.setPar("k", 1), Ok);
     EXPECT_EQ(Text("k"), "1");
+}
+
+/// On a file system that is read-only for one process; with and without another one that holds the store
+/// open.
+TEST_F(PrmLib, AWriteProtectedStoreIsReadAndWrittenOnceItMayBe) {
+    constexpr int skipped = 77;
+    std::string const store = folder / "folder";
+    prm::Store(path, {}).Write("k", {"v"});
+    for (bool const isOpen : {false, true}) {
+        if (isOpen) {
+            EXPECT_EQ(client.setPar("k", "v"), Ok);
+        }
+        auto const remount = [&](unsigned long flags) {
+            return ::mount(nullptr, store.c_str(), nullptr, MS_BIND | MS_REMOUNT | flags, nullptr) == 0;
+        };
+        int const failures = ExitCode(Start([&] {
+            if (!EnterNamespaces(CLONE_NEWNS) ||
+                ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                ::mount(store.c_str(), store.c_str(), nullptr, MS_BIND, nullptr) != 0 || !remount(MS_RDONLY))
+                return skipped;
+            cPrmLib own(otherClient);
+            auto const reads = [&] {
+                std::array<char, 128> name{};
+                std::string value;
+                return own.getPar("k", value) == Ok && value == "v" && own.getList("", 0) == Ok &&
+                       own.getNext(name.data(), 0) == Ok;
+            };
+            bool const whileProtected = reads() && own.setPar("k", "new") == Unavailable && reads() &&
+                                        own.delPar("k") == Unavailable && reads();
+            bool const later = remount(0) && own.setPar("k", "v") == Ok && reads();
+            return (whileProtected ? 0 : 1) + (later ? 0 : 2);
+        }));
+        if (failures == skipped)
+            GTEST_SKIP() << "may not mount";
+        EXPECT_EQ(failures, 0) << isOpen;
+    }
 }
 
 TEST_F(PrmLib, AStoreThatWasReplacedIsNotWrittenToInVain) {
