@@ -124,9 +124,9 @@ class BuiltInServer(unittest.TestCase):
 class Ending(unittest.TestCase):
     """Every way a device can end leaves the host as it was."""
 
-    def check(self, end, status, said=""):
+    def check(self, end, status, said="", *options):
         before = host_traces()
-        device = Device("ending")
+        device = Device("ending", *options)
         pids = {device.launcher.pid, device.init}
         port = int(device.url.rstrip("/").rsplit(":", 1)[1])
         end(device)
@@ -162,14 +162,19 @@ class Ending(unittest.TestCase):
         self.check(lambda device: device.enter("poweroff"), 0)
 
     def test_death_of_a_service(self):
-        def kill(device, service):
-            device.enter("pkill", "-KILL", "-x", service)
+        for service, *options in (("lighttpd",), ("webconfig",), ("lighttpd", "--spawn")):
+            def kill(device, service=service):
+                device.enter("pkill", "-KILL", "-x", service)
+                return device.launcher.poll() is not None
 
-        def kill_again_and_again(device):
-            self.assertTrue(eventually(lambda: kill(device, "webconfig") or device.launcher.poll() is not None))
+            def kill_again_and_again(device, kill=kill):
+                device.shell("sleep 1.1")
+                self.assertFalse(kill(device))
+                self.assertTrue(eventually(lambda: get(device.url + "config/")[0] == 200), "it is started again")
+                self.assertTrue(eventually(lambda: kill(device)))
 
-        self.check(lambda device: kill(device, "lighttpd"), 1, "lighttpd ended on signal 9")
-        self.check(kill_again_and_again, 1, "webconfig ended on signal 9 (Killed): the device stops")
+            with self.subTest(service, options=options):
+                self.check(kill_again_and_again, 1, f"{service} ended on signal 9 (Killed): the device stops", *options)
 
     def test_death_of_init(self):
         self.check(lambda device: os.kill(device.init, signal.SIGKILL), 1)
