@@ -287,6 +287,7 @@ TEST_F(PortForwardingTest, AStoreThatRefusesIsNotNoticed) {
     EXPECT_EQ(Add("0", {"tcp", "80", "192.168.0.5", "80"}).One(successMessage), saved);
     EXPECT_EQ(Stored(), "\"net/portfwd/tcp/00080/d_port\",\"80\", s\n");
     EXPECT_EQ(device::TakeCommands(), applied);
+    EXPECT_TRUE(device::WaitForText("/var/log/messages", "PortForwarding rule tcp 80 could not be stored"));
 }
 
 }  // namespace pages

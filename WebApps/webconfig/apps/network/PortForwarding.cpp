@@ -82,6 +82,12 @@ void KeepOldValues(data::PortForwarding &content) {
     }
 }
 
+/// The page does not tell.
+void LogRefusal(PortForwardingKey const &key, char const *done) {
+    WEBCONFIG_LOG(error, logTag) << "PortForwarding rule " << key.ProtocolId() << ' ' << key.source_port
+                                 << " could not be " << done;
+}
+
 }  // namespace
 
 void Network::PortForwarding() {
@@ -221,13 +227,17 @@ bool Network::_PortForwardingCancelHandler(data::PortForwarding &content) {
 }
 
 void Network::_PortForwardingPrmWriteEntry(PortForwardingKey const &key, PortForwardingEntry const &entry) {
-    util::Prm::Set(ParameterOf(key, "d_ip"), entry.destination_ip);
-    util::Prm::Set(ParameterOf(key, "d_port"), std::to_string(entry.destination_port));
+    bool const address = util::Prm::Set(ParameterOf(key, "d_ip"), entry.destination_ip);
+    bool const port = util::Prm::Set(ParameterOf(key, "d_port"), std::to_string(entry.destination_port));
+    if (!address || !port)
+        LogRefusal(key, "stored");
 }
 
 void Network::_PortForwardingPrmDeleteEntry(PortForwardingKey const &key) {
-    util::Prm::Delete(ParameterOf(key, "d_ip"));
-    util::Prm::Delete(ParameterOf(key, "d_port"));
+    for (std::string const &parameter : {ParameterOf(key, "d_ip"), ParameterOf(key, "d_port")}) {
+        if (util::Prm::Exists(parameter) && !util::Prm::Delete(parameter))
+            LogRefusal(key, "deleted");
+    }
 }
 
 }  // namespace webconfig::apps
