@@ -263,6 +263,27 @@ TEST(StatusMethodsTest, OpenVpnConfiguration) {
     SetParameter("net/openvpn/ca_crt", path);
     ExpectParts(Status("openvpn_status"), names);
     device::Shell("rm -f /tmp/status_methods.pem");
+
+    // The poll asks each second; the log tells a state when it begins.
+    std::string const changing = "/tmp/status_methods.changing";
+    SetParameter("net/openvpn/ca_crt", changing);
+    auto const poll = [] {
+        for (int times = 0; times < 3; ++times)
+            Status("openvpn_status");
+    };
+    std::size_t const before = device::ReadFile("/var/log/messages").size();
+    poll();
+    device::TemporaryFile const noCertificate(changing, "client\n");
+    poll();
+    SetParameter("net/openvpn/ca_crt", path);
+    poll();
+    SetParameter("net/openvpn/ca_crt", changing);
+    poll();
+    device::Shell("logger the end of the polls");
+    EXPECT_TRUE(device::WaitForText("/var/log/messages", "the end of the polls"));
+    std::string const told = device::ReadFile("/var/log/messages").substr(before);
+    EXPECT_EQ(device::Count(told, "GetCertificateDetils: Unable to load certificate from disk"), 1U) << told;
+    EXPECT_EQ(device::Count(told, "GetCertificateDetils: Certificate format error"), 2U) << told;
 }
 
 TEST(StatusMethodsTest, CellularModem) {

@@ -1,3 +1,8 @@
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <system_error>
+
 #include "WebApps/webconfig/apps/JsonRpc.h"
 #include "WebApps/webconfig/apps/jsonrpc/CommandOutputs.h"
 #include "WebApps/webconfig/apps/jsonrpc/Duration.h"
@@ -49,11 +54,29 @@ std::string AddConfiguration(cppcms::json::value &status) {
     return authority;
 }
 
+/// Tells a file from what was at its path before.
+std::string VersionOf(std::string const &path) {
+    std::error_code none;
+    auto const changed = std::filesystem::last_write_time(path, none).time_since_epoch().count();
+    return path + ' ' + std::to_string(changed) + ' ' + std::to_string(util::FileSize(path));
+}
+
+/// Inspects a file in which there was no certificate only when it has changed: each time leaves a line in the
+/// log, and this is asked once a second.
+void GetDetails(std::string const &file, std::string &issuer, std::string &subject) {
+    static std::mutex guard;
+    static std::string withoutCertificate;
+    std::lock_guard const lock(guard);
+    std::string const version = VersionOf(file);
+    if (version != withoutCertificate)
+        withoutCertificate = util::GetCertificateDetails(file, issuer, subject) ? "" : version;
+}
+
 /// Who signed the certificate, which is the server's side, and whom it is for.
 void AddNames(cppcms::json::value &status, std::string const &certificateFile) {
     std::string issuer;
     std::string subject;
-    util::GetCertificateDetails(certificateFile, issuer, subject);
+    GetDetails(certificateFile, issuer, subject);
     status["server"] = util::TextBetween(issuer, "CN=", "-,/");
     status["organization"] = util::TextBetween(issuer, "O=", ",/");
     status["organizationalUnit"] = util::TextBetween(issuer, "OU=", ",/");
