@@ -1,12 +1,18 @@
 #include "spool_buffer.h"
 
+#include <booster/log.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
 
 namespace cppcms::impl {
 
@@ -21,20 +27,47 @@ std::string default_directory() {
     return "/tmp";
 }
 
+constexpr std::string_view name_begin = "cppcms_uploads_";
+constexpr std::string_view name_end = ".tmp";
+
 std::string temporary_name() {
     constexpr char hex[] = "0123456789abcdef";
     std::array<unsigned char, 16> random{};
     if (getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size()))
         return {};
-    std::string name = "cppcms_uploads_";
+    std::string name(name_begin);
     for (unsigned const byte : random) {
         name += hex[byte >> 4];
         name += hex[byte & 15];
     }
-    return name + ".tmp";
+    return name.append(name_end);
+}
+
+/// Whether the file is one of this user's that nobody has open: the lock of whoever made it went with it.
+bool is_left_over(std::string const &path) {
+    int const file = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    struct stat info {};
+    bool const result = ::fstat(file, &info) == 0 && S_ISREG(info.st_mode) && info.st_uid == ::geteuid() &&
+                        ::flock(file, LOCK_EX | LOCK_NB) == 0;
+    ::close(file);
+    return result;
 }
 
 }  // namespace
+
+void remove_left_over_uploads(std::string const &directory) {
+    std::error_code ignored;
+    std::filesystem::path const folder = directory.empty() ? default_directory() : directory;
+    for (auto entry = std::filesystem::directory_iterator(folder, ignored);
+         entry != std::filesystem::directory_iterator(); entry.increment(ignored)) {
+        std::string const name = entry->path().filename();
+        if (name.starts_with(name_begin) && name.ends_with(name_end) && is_left_over(entry->path()) &&
+            std::filesystem::remove(entry->path(), ignored))
+            BOOSTER_INFO("cppcms") << "Removed " << entry->path().string() << ", the rest of an upload";
+    }
+}
 
 spool_buffer::~spool_buffer() {
     close();
@@ -49,13 +82,13 @@ void spool_buffer::close() {
 }
 
 bool spool_buffer::use_file(std::string const &path) {
-    return move_to(path, O_TRUNC);
+    return move_to(path, O_TRUNC, 0666);
 }
 
-bool spool_buffer::move_to(std::string const &path, int flags) {
+bool spool_buffer::move_to(std::string const &path, int flags, mode_t mode) {
     if (closed_ || descriptor_ >= 0)
         return false;
-    descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | flags, 0666);
+    descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | flags, mode);
     if (descriptor_ < 0)
         return false;
     path_ = path;
@@ -68,8 +101,12 @@ bool spool_buffer::move_to(std::string const &path, int flags) {
 
 bool spool_buffer::spill() {
     std::string const name = temporary_name();
-    return !name.empty() &&
-           move_to((directory_.empty() ? default_directory() : directory_) + '/' + name, O_EXCL);
+    bool const moved =
+        !name.empty() && move_to((directory_.empty() ? default_directory() : directory_) + '/' + name,
+                                 O_EXCL | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+    if (moved)
+        ::flock(descriptor_, LOCK_EX | LOCK_NB);  // for is_left_over(); works without, too
+    return moved;
 }
 
 bool spool_buffer::write_file(char const *data, std::size_t size) {

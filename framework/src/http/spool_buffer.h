@@ -1,11 +1,17 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <streambuf>
 #include <string>
 #include <vector>
 
 namespace cppcms::impl {
+
+/// Removes what processes that were killed have left of uploads in \a directory, by default where temporary
+/// files go. What a process still has open stays.
+void remove_left_over_uploads(std::string const &directory);
 
 /// A stream buffer that holds its content in memory up to a limit, and in a file beyond it. Writing
 /// appends; reading has a position of its own.
@@ -37,7 +43,7 @@ class spool_buffer : public std::streambuf {
 
   private:
     bool spill();
-    bool move_to(std::string const &path, int flags);
+    bool move_to(std::string const &path, int flags, mode_t mode);
     bool write_file(char const *data, std::size_t size);
     /// Position in the content of the next byte to be read.
     long long read_position() const { return window_end_ - (egptr() - gptr()); }

@@ -6,6 +6,7 @@
 #include <fronts/fastcgi_connection.h>
 #include <fronts/http_connection.h>
 #include <fronts/listener.h>
+#include <http/spool_buffer.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -117,6 +118,7 @@ void service::run() {
     std::optional<stop_signals> signals;
     if (!settings_.get("service.disable_global_exit_handling", false))
         signals.emplace(stop_event_.get());
+    remove_left_over_uploads(cached_.limits.uploads_path);
     loop_.start();
     server_->start(cached_.threads);
     wait_for_stop();

@@ -1,8 +1,10 @@
+#include <cppcms/http_file.h>
 #include <curl/curl.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <vector>
 
 #include "running_service.h"
@@ -185,6 +187,12 @@ TEST_F(HttpFront, StreamsLargeFilesToDisk) {
                 return std::stol(line.substr(6));
         return 0L;
     };
+    std::ofstream(directory / "cppcms_uploads_0123456789abcdef0123456789abcdef.tmp")
+        << "left by a process that was killed";
+    auto open = std::make_unique<cppcms::http::file>();  // as another process's
+    open->set_memory_limit(0);
+    open->set_temporary_directory(directory);
+    open->write_data() << "text";
     {
         RunningService const service(settings_);
         constexpr std::size_t size = 300 << 20;
@@ -208,6 +216,8 @@ TEST_F(HttpFront, StreamsLargeFilesToDisk) {
             EXPECT_LT(peak() - before, 2048) << "KiB, for 300 MiB";
         }
     }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory), {}), 1);
+    open.reset();
     EXPECT_TRUE(std::filesystem::is_empty(directory));
     std::filesystem::remove_all(directory);
 }

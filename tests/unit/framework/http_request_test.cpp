@@ -150,6 +150,8 @@ TEST_F(UploadedFile, GoesToDiskBeyondItsLimit) {
         EXPECT_EQ(Files(), 0u);
         file.write_data() << "ab";
         EXPECT_EQ(Files(), 1u);
+        EXPECT_EQ(std::filesystem::directory_iterator(directory_)->status().permissions(),
+                  std::filesystem::perms(0600));
         EXPECT_EQ(file.size(), 12);
         file.data().seekg(8);
         std::string text;
