@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "tests/pages/support/Browser.h"
 #include "tests/pages/support/Device.h"
@@ -57,14 +59,32 @@ TEST(ProcessTest, ReloadsLeakNothingAndLogOnce) {
 TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {
     std::filesystem::create_directories("/tmp/volumes/app/etc/init.d");
     std::filesystem::create_directories("/tmp/volumes/without-script");
-    device::WriteFile("/tmp/volumes/app/etc/init.d/rcS", "#!/bin/sh\necho \"$@\" >>/tmp/volumes/stopped\n");
-    device::Shell("chmod +x /tmp/volumes/app/etc/init.d/rcS; touch /tmp/webconfig_fwsugd_flag");
+    device::WriteFile(
+        "/tmp/volumes/app/etc/init.d/rcS",
+        "#!/bin/sh\necho \"$@\" >>/tmp/volumes/stopped\nwhile [ -e /tmp/volumes/busy ]; do sleep .1; done\n");
+    device::Shell(
+        "chmod +x /tmp/volumes/app/etc/init.d/rcS; touch /tmp/webconfig_fwsugd_flag /tmp/volumes/busy; rm -f "
+        "/tmp/fwtool_status.txt");
 
     device::Process process(device::Configuration(port), {"MOUNT_DIR=/tmp/volumes"});
     ASSERT_TRUE(device::WaitForText("/tmp/volumes/stopped", "stop\n"));
     EXPECT_FALSE(std::filesystem::exists("/tmp/webconfig_fwsugd_flag"));
     Browser browser(address);
     ASSERT_TRUE(browser.WaitUntilUp());
+
+    // The applications take their time to stop; the tool, which comes after them, has no lock yet.
+    auto const status = [&] { return browser.Call("fw_upgrade_status").body; };
+    auto const isUpgrading = [&](char const *path) {
+        return browser.Get(path).body.find("id=\"progressbar\"") != std::string::npos;
+    };
+    EXPECT_NE(status().find(R"("result":"")"), std::string::npos) << status();
+    EXPECT_TRUE(isUpgrading("/config/") && isUpgrading("/config/settings/firmware_upgrade_status"));
+    std::filesystem::remove("/tmp/volumes/busy");
+    for (int tries = 500; tries > 0 && isUpgrading("/config/"); --tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_FALSE(isUpgrading("/config/"));
+    EXPECT_NE(status().find("failed"), std::string::npos) << "there was no image: " << status();
+
     browser.Call("reload");
     ASSERT_TRUE(process.WaitForLog("forced reload"));
     ASSERT_TRUE(browser.WaitUntilUp());

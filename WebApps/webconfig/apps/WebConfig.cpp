@@ -33,7 +33,7 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
 }
 
 void WebConfig::main(std::string url) {
-    if (util::IsFirmareUpgradeInProgress())
+    if (util::IsFirmwareUpgradeRunning())
         cppcms::application::main("/settings/firmware_upgrade_status");
     else
         cppcms::application::main(std::move(url));

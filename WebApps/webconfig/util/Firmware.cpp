@@ -1,11 +1,14 @@
 #include "WebApps/webconfig/util/Firmware.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <vnt_util/GlobalLock.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -65,12 +68,29 @@ int RunUpgrade(std::string const &imagePath, std::string const &mountDirectory) 
     return EXIT_SUCCESS;  // nobody waits for it: the upgrade just never starts
 }
 
+// The process of the last upgrade as a descriptor: nobody waits for that process, so its id may be another's
+// by now. Without one (a kernel before 5.3) only the tool's lock counts.
+std::atomic<int> upgradeProcess = -1;
+
+void Watch(pid_t pid) {
+    int const before = upgradeProcess.exchange(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    if (before >= 0)
+        ::close(before);
+}
+
+bool IsUpgradeProcessAlive() {
+    pollfd ended{.fd = upgradeProcess, .events = POLLIN, .revents = 0};
+    return ended.fd >= 0 && ::poll(&ended, 1, 0) == 0;
+}
+
 }  // namespace
 
 pid_t ForkFirmwareUpgrade(std::string const &imagePath, std::string const &mountDirectory) {
     pid_t const pid = ForkDetached([&] { return RunUpgrade(imagePath, mountDirectory); });
     if (pid < 0)
         WEBCONFIG_LOG(error, logTag) << "FWupgrade: failed to fork, " << std::strerror(errno);
+    else
+        Watch(pid);
     return pid;
 }
 
@@ -88,6 +108,10 @@ bool IsFirmareUpgradeInProgress() {
     if (::fcntl(descriptor, F_GETLK, &wanted) != 0)
         return true;
     return wanted.l_type != F_UNLCK;
+}
+
+bool IsFirmwareUpgradeRunning() {
+    return IsUpgradeProcessAlive() || IsFirmareUpgradeInProgress();
 }
 
 std::string &FirmwareUpgradeFile() {

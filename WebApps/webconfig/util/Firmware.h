@@ -15,6 +15,10 @@ pid_t ForkFirmwareUpgrade(std::string const &imagePath, std::string const &mount
 /// Whether the firmware tool holds its lock. True also where that cannot be told.
 bool IsFirmareUpgradeInProgress();
 
+/// Whether an upgrade keeps the pages from anything else: the tool holds its lock, or what
+/// ForkFirmwareUpgrade() started last has not ended, be it that it still stops the applications.
+bool IsFirmwareUpgradeRunning();
+
 /// The image of the requested upgrade: set by the page, read between two runs of the service.
 std::string &FirmwareUpgradeFile();
 

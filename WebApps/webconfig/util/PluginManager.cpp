@@ -64,7 +64,7 @@ bool &PluginManager::ForceReload() {
 
 void PluginManager::LoadAll() {
     std::string const mountDirectory = GetEnv("MOUNT_DIR");
-    if (mountDirectory.empty() || IsFirmareUpgradeInProgress()) {
+    if (mountDirectory.empty() || IsFirmwareUpgradeRunning()) {
         WEBCONFIG_LOG(warning, logTag) << "$MOUNT_DIR environemt not set, skipping loading plugins";
         return;
     }

@@ -42,7 +42,7 @@ std::string LockedLine(std::FILE *file) {
 }  // namespace
 
 cppcms::json::value JsonRpc::FirmwareUpgradeStatus() {
-    bool const inProgress = util::IsFirmareUpgradeInProgress();
+    bool const inProgress = util::IsFirmwareUpgradeRunning();
     std::string status;
     if (File const file{std::fopen(statusFile, "re")}) {
         status = LockedLine(file.get());
