@@ -114,7 +114,9 @@ TEST_F(FirmwareTest, RefusesWhatIsNoImageAndKeepsNoFile) {
         {magic, "image.itb", "text/plain", notSaved},
     };
     for (auto const &c : cases) {
+        device::TakeCommands();
         Html const page(Send(c.content, c.name, c.type).body);
+        EXPECT_EQ(device::TakeCommands().back(), "/usr/bin/supvis --resume deployer") << "it was suspended";
         EXPECT_EQ(page.One("//div[contains(@class,'failure')]"), c.message) << c.name << ' ' << c.type;
         bool const marked = page.Count("//tr[@class='cppcms_error_msg']//input[@id='cfg_frw_file']") == 1;
         EXPECT_EQ(marked, c.message == invalid) << c.name;
@@ -190,6 +192,7 @@ TEST_F(UpgradeTest, AnImageIsSavedAndTheServiceReloadsToStartTheUpgrade) {
     ASSERT_EQ(Images().size(), 1U);
     std::string const image = Images()[0];
     EXPECT_EQ(device::ReadFile(image), content);
+    EXPECT_EQ(device::Shell("stat -c %a " + image), "600\n");
     EXPECT_EQ(device::TakeCommands().back(), std::string(firmwareTool) + " --upgrade " + image +
                                                  " --delete --create-ubi-volume --unmount-ubi-volume");
 
@@ -200,9 +203,12 @@ TEST_F(UpgradeTest, AnImageIsSavedAndTheServiceReloadsToStartTheUpgrade) {
 }
 
 TEST_F(UpgradeTest, AnImageThatCannotBeSavedLeavesTheServiceAsItWas) {
-    device::Shell("seq -f /tmp/firmware%g 0 9999 | xargs mkdir");
+    for (int i = 0; i < 10000; ++i)
+        fs::create_symlink("/tmp/victim", "/tmp/firmware" + std::to_string(i));
     Html const page(Send(magic, "image.bin").body);
-    device::Shell("rmdir /tmp/firmware*");
+    EXPECT_EQ(Images().size(), 10000U);
+    device::Shell("find /tmp -name 'firmware*' -delete");
+    EXPECT_FALSE(fs::exists("/tmp/victim"));
     EXPECT_EQ(page.One("//div[contains(@class,'failure')]"), notSaved);
     EXPECT_TRUE(process->WaitForLog("Firmware image not saved: "));
     EXPECT_FALSE(fs::exists("/tmp/webconfig_fwsugd_flag"));

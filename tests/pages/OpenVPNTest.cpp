@@ -50,6 +50,9 @@ class OpenVPNTest : public testing::Test {
     void Server(std::string const &changes) const { device::WriteFile(behaviourFile, behaviour + changes); }
 
     static void EmptyFolder() { device::Shell("rm -rf /etc/openvpn; mkdir /etc/openvpn"); }
+    /// What an upload or a download would leave.
+    static std::string Temporary() { return device::Shell("ls -d /tmp/webconfig.* 2>/dev/null"); }
+    static std::string ModeOf(std::string const &path) { return device::Shell("stat -c %a '" + path + "'"); }
     static std::string Installed() { return device::Shell("ls -A /etc/openvpn"); }
     static std::string StoredName() { return device::Shell("prm get net/openvpn/client_ovpn 2>&1"); }
 
@@ -88,13 +91,16 @@ TEST_F(OpenVPNTest, TheSwitchLocksTheOtherForms) {
 
 TEST_F(OpenVPNTest, UploadsAreInstalledUnderTheirName) {
     std::string const smallest(1024, 'c');
+    device::TemporaryFile const another("/tmp/site.ovpn", "another's");
     Html const page = Upload("site.ovpn", smallest);
     EXPECT_EQ(page.One(successMessage), saved);
     EXPECT_EQ(page.One("//tr[th='Current configuration']/td"), "site.ovpn");
     EXPECT_EQ(Installed(), "site.ovpn\n");
     EXPECT_EQ(device::ReadFile("/etc/openvpn/site.ovpn"), smallest);
     EXPECT_EQ(StoredName(), "/etc/openvpn/site.ovpn\n");
-    EXPECT_FALSE(std::filesystem::exists("/tmp/site.ovpn"));
+    EXPECT_EQ(ModeOf("/etc/openvpn/site.ovpn"), "600\n") << "it holds a private key";
+    EXPECT_EQ(device::ReadFile("/tmp/site.ovpn"), "another's");
+    EXPECT_EQ(Temporary(), "");
 
     EXPECT_EQ(Upload("large.ovpn", std::string(102400, 'c'), "application/octet-stream").One(successMessage),
               saved);
@@ -157,10 +163,13 @@ TEST_F(OpenVPNTest, AFileThatCannotBeInstalledGivesTheSaveError) {
     device::RefusedKey const refused("net/openvpn/client_ovpn");
     EXPECT_EQ(Upload("b.ovpn", std::string(2000, 'c')).One(failureMessage), notSaved);
     EXPECT_TRUE(device::WaitForText("/var/log/messages", "Failed to update PRM"));
+    EXPECT_EQ(Installed() + Temporary(), "");
 }
 
 TEST_F(OpenVPNTest, ProvisioningFetchesAcknowledgesAndInstalls) {
     Server("status = 202\nclient_full_name = A/B\norganisation_name = <X>\nconfig_size = 1024\n");
+    device::TemporaryFile const victim("/tmp/victim", "another's");
+    std::filesystem::create_symlink("/tmp/victim", "/tmp/AB(X)");
     Html const page = Provision("10.99.0.1:8090/api/");
     EXPECT_EQ(page.One(successMessage), saved);
     EXPECT_EQ(page.One("//tr[th='Current configuration']/td"), "AB(X)");
@@ -168,6 +177,9 @@ TEST_F(OpenVPNTest, ProvisioningFetchesAcknowledgesAndInstalls) {
     EXPECT_EQ(page.One("//*[@id='cfg_rmvpn_server']/@value"), "10.99.0.1:8090/api/");
     EXPECT_EQ(StoredName(), "/etc/openvpn/AB(X)\n");
     EXPECT_EQ(device::ReadFile("/etc/openvpn/AB(X)").rfind("client\ndev tun\n", 0), 0U);
+    EXPECT_EQ(ModeOf("/etc/openvpn/AB(X)"), "600\n");
+    EXPECT_TRUE(std::filesystem::remove("/tmp/AB(X)"));
+    EXPECT_EQ(device::ReadFile("/tmp/victim") + Temporary(), "another's");
     EXPECT_EQ(device::ReadFile(requestLog),
               R"({"endpoint": "register_client", "type": "application/json", )"
               R"("body": "{\"device_id\":\"box\",\"token\":\"code \\\"1\\\"\"}"})"
@@ -208,6 +220,8 @@ TEST_F(OpenVPNTest, AServerInABadMoodChangesNothing) {
         char const *requests;
     } const cases[] = {
         {"status = 200\nconfig_size = 1023\n", "File is too small to be a configuration file", "2\n"},
+        {"config_size = 1\nclient_full_name = webconfig_fwsugd_flag\norganisation_name =\n",
+         "File is too small to be a configuration file", "2\n"},
         {"status = 203\n", "Unexpected remote server response: 203.", "1\n"},
         {"status = 404\n", "Unexpected remote server response: 404.", "1\n"},
         {"status = 500\n", "Unexpected remote server response: 500.", "1\n"},
@@ -224,7 +238,8 @@ TEST_F(OpenVPNTest, AServerInABadMoodChangesNothing) {
         device::WriteFile(requestLog, "");
         EXPECT_EQ(Provision().One(failureMessage), c.message) << c.behaviour;
         EXPECT_EQ(device::Shell(std::string("wc -l <") + requestLog), c.requests) << c.behaviour;
-        EXPECT_EQ(Installed(), "client.conf\n");
+        EXPECT_EQ(Installed() + Temporary(), "client.conf\n");
+        EXPECT_FALSE(std::filesystem::exists("/tmp/webconfig_fwsugd_flag"));
     }
     for (char const *server :
          {"10.99.0.1:1", "no such host", "provisioning.example:99999", "[", "x\ny", "file:///etc"})

@@ -1,13 +1,21 @@
 #include "WebApps/webconfig/util/Files.h"
 
+#include <cppcms/http_file.h>
 #include <dirent.h>
+#include <fcntl.h>
 #include <regex.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string_view>
+#include <system_error>
 
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -18,6 +26,10 @@ namespace webconfig::util {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/util/Files";
+
+constexpr auto ownerOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+
+constexpr char nowhere[] = "/dev/null";  // nothing can be below it
 
 /// A compiled POSIX extended expression.
 class Pattern {
@@ -78,6 +90,49 @@ bool MoveFile(std::string const &source, std::string const &destination) {
         return '"' + ShellQuote(path, ShellPosition::DoubleQuoted) + '"';
     };
     return RunCommand("mv " + quoted(source) + ' ' + quoted(destination)) == 0;
+}
+
+bool CreatePrivately(std::string const &path) {
+    int const file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                            static_cast<mode_t>(ownerOnly));
+    return file >= 0 && ::close(file) == 0;
+}
+
+bool WritePrivately(std::string const &path, std::string const &content) {
+    if (!CreatePrivately(path))
+        return false;
+    std::ofstream file(path, std::ios::binary);
+    file << content;
+    file.close();
+    if (file)
+        return true;
+    int const reason = errno;
+    ::unlink(path.c_str());
+    errno = reason;
+    return false;
+}
+
+bool SaveUpload(cppcms::http::file &upload, std::string const &path) {
+    try {
+        upload.save_to(path);
+        std::filesystem::permissions(path, ownerOnly);  // it may have replaced what was made there
+        return true;
+    } catch (std::exception const &problem) {
+        WEBCONFIG_LOG(error, logTag) << "Failed to save " << path << ": " << problem.what();
+    }
+    ::unlink(path.c_str());  // the part that there was room for
+    return false;
+}
+
+PrivateFolder::PrivateFolder() : path_("/tmp/webconfig.XXXXXX") {
+    if (!::mkdtemp(path_.data()))
+        path_ = nowhere;
+}
+
+PrivateFolder::~PrivateFolder() {
+    std::error_code ignored;
+    if (path_ != nowhere)
+        std::filesystem::remove_all(path_, ignored);
 }
 
 bool ForEachEntry(std::string const &directory, std::function<void(dirent const &)> const &visit) {

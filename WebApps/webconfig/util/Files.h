@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+namespace cppcms::http {
+class file;
+}
+
 namespace webconfig::util {
 
 /// Whether \a path leads to anything that can be examined.
@@ -18,6 +22,33 @@ std::uintmax_t FileSize(std::string const &path);
 /// Renames \a source to \a destination or, between file systems, runs "mv". True on success. Only with a
 /// hardened shell may a path hold characters that have a meaning inside double quotes.
 bool MoveFile(std::string const &source, std::string const &destination);
+
+/// Makes an empty file that only its owner may open. False, with errno, where that fails, also where anything
+/// is at \a path already, be it a link that leads nowhere.
+bool CreatePrivately(std::string const &path);
+
+/// The same with a content. On a failure no file is left.
+bool WritePrivately(std::string const &path, std::string const &content);
+
+/// Moves an uploaded file to \a path, which is to be in a PrivateFolder or made by CreatePrivately(); only
+/// its owner may open it there. On a failure, which is logged, no file is left.
+bool SaveUpload(cppcms::http::file &upload, std::string const &path);
+
+/// A folder below /tmp that only its owner may enter. It goes with the object, and with it what is still in
+/// it.
+class PrivateFolder {
+  public:
+    PrivateFolder();
+    ~PrivateFolder();
+    PrivateFolder(PrivateFolder const &) = delete;
+    PrivateFolder &operator=(PrivateFolder const &) = delete;
+
+    /// The path of a file in it; what is done with that fails where there was no room for the folder.
+    std::string operator/(std::string const &name) const { return path_ + '/' + name; }
+
+  private:
+    std::string path_;
+};
 
 /// Hands every entry of a directory to \a visit, in the directory's order, "." and ".." included. False
 /// where the directory cannot be read.

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -150,6 +151,34 @@ TEST_F(Files, MoveReplacesAlsoBetweenFileSystems) {
     EXPECT_EQ(FileSize(folder_ / "none"), 0u);
 }
 
+TEST_F(Files, PrivateOnesFollowNoLinkAndReplaceNothing) {
+    auto const mode = [](fs::path const &path) {
+        return static_cast<unsigned>(fs::status(path).permissions());
+    };
+    fs::create_symlink(folder_ / "victim", folder_ / "dangling");
+    fs::create_symlink(Make(folder_ / "taken", "kept"), folder_ / "link");
+    for (char const *name : {"dangling", "link", "taken", ".", "none/file"}) {
+        EXPECT_FALSE(CreatePrivately(folder_ / name)) << name;
+        EXPECT_FALSE(WritePrivately(folder_ / name, "new")) << name;
+    }
+    EXPECT_FALSE(FileExists(folder_ / "victim"));
+    EXPECT_EQ(FileSize(folder_ / "taken"), 4u);
+
+    ::mode_t const before = ::umask(0);
+    fs::path kept;
+    {
+        PrivateFolder const own;
+        EXPECT_TRUE(WritePrivately(own / "file", "text"));
+        EXPECT_EQ(FileSize(own / "file"), 4u);
+        EXPECT_EQ(mode(own / "file"), 0600u);
+        kept = fs::path(own / "").parent_path();
+        EXPECT_EQ(kept.parent_path(), "/tmp");
+        EXPECT_EQ(mode(kept), 0700u);
+    }
+    EXPECT_FALSE(FileExists(kept));
+    ::umask(before);
+}
+
 TEST_F(Files, MoveBetweenFileSystemsTakesAnyNameWithAHardenedShell) {
     HardenShell(true);
     std::string const target = other_ / "$(touch broken) `id` \"$HOME\"\\ '\n";
@@ -292,7 +321,7 @@ TEST_F(Flags, UpgradeIsInProgressWhileItsLockIsHeld) {
     EXPECT_FALSE(IsFirmareUpgradeInProgress());
     for (short const type : {F_RDLCK, F_WRLCK}) {
         LockHolder const holder(type);
-        EXPECT_TRUE(IsFirmareUpgradeInProgress());
+        EXPECT_TRUE(IsFirmareUpgradeInProgress() && IsFirmwareUpgradeRunning());
     }
     EXPECT_FALSE(IsFirmareUpgradeInProgress());
     ::unlink(lockFile);
@@ -318,10 +347,11 @@ TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
     fs::create_directories(folder_ / "mnt/without");
     fs::create_directories(folder_ / "mnt/app/etc/init.d");
     fs::path const script = folder_ / "mnt/app/etc/init.d/rcS";
-    Make(script,
-         "#!/bin/sh\n{ echo \"$*\"; pwd; umask; readlink /proc/self/fd/0 /proc/$PPID/fd/2; ls /proc/$PPID/fd;"
-         " grep SigBlk /proc/self/status; echo end; } > " +
-             report.string() + "\nexit 3\n");
+    Make(script, "#!/bin/sh\nuntil [ -e " + report.string() +
+                     ".go ]; do sleep .01; done\n{ echo \"$*\"; pwd; umask; readlink /proc/self/fd/0 "
+                     "/proc/$PPID/fd/2; ls /proc/$PPID/fd;"
+                     " grep SigBlk /proc/self/status; echo end; } > " +
+                     report.string() + "\nexit 3\n");
     fs::permissions(script, fs::perms::owner_all);
 
     int const inheritable = ::dup(STDERR_FILENO);
@@ -332,6 +362,9 @@ TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
         pid = ForkFirmwareUpgrade("/tmp/image", folder_ / "mnt");
     }
     EXPECT_GT(pid, 0);
+    EXPECT_TRUE(IsFirmwareUpgradeRunning()) << "before the tool has its lock";
+    EXPECT_FALSE(IsFirmareUpgradeInProgress());
+    Make(report.string() + ".go", "");
     EXPECT_EQ(WaitForContent(report),
               "stop\n/\n0000\n/dev/null\n/dev/null\n0\n1\n2\nSigBlk:\t0000000000000000\nend\n");
 
@@ -340,6 +373,7 @@ TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
     ::sigaction(SIGCHLD, nullptr, &disposition);
     EXPECT_EQ(disposition.sa_handler, SIG_IGN);
     EXPECT_EQ(::waitpid(pid, nullptr, 0), -1);
+    EXPECT_FALSE(IsFirmwareUpgradeRunning());
     ::close(inheritable);
 }
 

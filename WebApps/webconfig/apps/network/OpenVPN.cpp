@@ -3,9 +3,8 @@
 #include <cppcms/http_file.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 
 #include "WebApps/webconfig/apps/Network.h"
@@ -28,7 +27,6 @@ constexpr char enabledKeyToRead[] = "/net/openvpn/enabled";
 constexpr char fileKey[] = "net/openvpn/client_ovpn";
 constexpr unsigned fileMode = 0666;
 
-constexpr char downloadFolder[] = "/tmp/";
 constexpr char installFolder[] = "/etc/openvpn";
 constexpr char fallbackFile[] = "/etc/openvpn/client.conf";
 
@@ -54,11 +52,14 @@ data::Message Failure(std::string const &error) {
     return error.empty() ? data::Message::SaveError() : data::Message::Error(error);
 }
 
-bool SaveText(std::string const &path, std::string const &text) {
-    std::ofstream file(path, std::ios::binary);
-    file << text;
-    file.close();
-    return !file.fail();
+/// False, with a log line and the text for the page in \a error, for what can be no configuration.
+bool IsLargeEnough(std::uintmax_t size, std::string &error) {
+    if (size >= minFileSize)
+        return true;
+    WEBCONFIG_LOG(error, logTag) << "File size of " << size
+                                 << " bytes is too small to be a configuration file";
+    error = "File is too small to be a configuration file";
+    return false;
 }
 
 }  // namespace
@@ -111,17 +112,12 @@ void Network::_OpenVPNUpload(data::OpenVPN &content) {
         content.message = data::Message::Error("Unrecognized file type");
         return;
     }
+    util::PrivateFolder const folder;
     // Some browsers send the whole path.
-    std::string const path = downloadFolder + BaseName(upload->filename());
-    try {
-        upload->save_to(path);
-    } catch (std::exception const &problem) {
-        WEBCONFIG_LOG(error, logTag) << "Failed to save " << path << ": " << problem.what();
-        content.message = data::Message::SaveError();
-        return;
-    }
+    std::string const path = folder / BaseName(upload->filename());
     std::string error;
-    content.message = _OpenVPNUpdate(path, error) ? data::Message::SaveOK() : Failure(error);
+    bool const installed = util::SaveUpload(*upload, path) && _OpenVPNUpdate(path, error);
+    content.message = installed ? data::Message::SaveOK() : Failure(error);
 }
 
 void Network::_OpenVPNProvision(data::OpenVPN &content) {
@@ -137,27 +133,27 @@ void Network::_OpenVPNProvision(data::OpenVPN &content) {
         content.message = data::Message::Error(client.Error());
         return;
     }
-    std::string const path = downloadFolder + configuration->fileName;
-    if (!SaveText(path, configuration->text)) {
+    std::string error;
+    bool const largeEnough = IsLargeEnough(configuration->text.size(), error);
+    util::PrivateFolder const folder;
+    std::string const path = folder / configuration->fileName;
+    if (largeEnough && !util::WritePrivately(path, configuration->text)) {
         WEBCONFIG_LOG(error, logTag) << "Failed to save " << path << ": " << std::strerror(errno);
         content.message = data::Message::SaveError();
         return;
     }
     client.Acknowledge();
     form.oneTimeCode.clear();
-    std::string error;
-    content.message = _OpenVPNUpdate(path, error) ? data::Message::SaveOK() : Failure(error);
+    bool const installed = largeEnough && _OpenVPNUpdate(path, error);
+    content.message = installed ? data::Message::SaveOK() : Failure(error);
 }
 
 bool Network::_OpenVPNUpdate(std::string const &path, std::string &error) {
     error.clear();
-    if (auto const size = util::FileSize(path); size < minFileSize) {
-        WEBCONFIG_LOG(error, logTag) << "File size of " << size
-                                     << " bytes is too small to be a configuration file";
-        error = "File is too small to be a configuration file";
+    if (!IsLargeEnough(util::FileSize(path), error))
         return false;
-    }
     std::string const destination = std::string(installFolder) + '/' + BaseName(path);
+    bool const replaces = util::FileExists(destination);
     std::cout << "Renaming \"" << path << "\" to \"" << destination << '"' << std::endl;
     if (!util::MoveFile(path, destination)) {
         int const number = errno;
@@ -167,6 +163,8 @@ bool Network::_OpenVPNUpdate(std::string const &path, std::string &error) {
     }
     if (!util::Prm::AddFile(fileKey, destination, fileMode)) {
         WEBCONFIG_LOG(error, logTag) << "Failed to update PRM";
+        if (!replaces)
+            std::remove(destination.c_str());
         return false;
     }
     util::Prm::Set(fileKey, destination);

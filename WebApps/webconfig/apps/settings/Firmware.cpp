@@ -1,14 +1,15 @@
 #include "WebApps/webconfig/data/Firmware.h"
 
-#include <cppcms/cppcms_error.h>
 #include <cppcms/http_file.h>
 #include <cppcms/http_response.h>
 #include <cppcms/service.h>
 
+#include <cerrno>
 #include <cstdlib>
-#include <filesystem>
+#include <cstring>
 #include <mutex>
 #include <optional>
+#include <random>
 
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -23,22 +24,23 @@ constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
 constexpr char hardwarePlatform[] = "brq4";
 constexpr char baseVersion[] = "1.05";
 constexpr char imageType[] = "application/octet-stream";
+// The page's script has suspended it before the upload, of which nothing was known yet.
+constexpr char resumeDeployer[] = "supvis --resume deployer";
 constexpr char failedUpgrade[] = "failedUpgrade";
 constexpr unsigned maxOutput = 4096;
-constexpr int imageNumbers = 10000;
+constexpr unsigned imageNumbers = 10000;
 
-/// Moves the upload to where the firmware tool takes it; nothing where that fails.
-std::optional<std::string> SaveImage(cppcms::http::file &upload) {
-    // NOLINTNEXTLINE(cert-msc30-c,cert-msc50-cpp): keeps names apart, is no secret
-    std::string const path = "/tmp/firmware" + std::to_string(std::rand() % imageNumbers);
-    try {
-        upload.save_to(path);
-        return path;
-    } catch (cppcms::cppcms_error const &failure) {
-        WEBCONFIG_LOG(error, logTag) << "Firmware image not saved: " << failure.what();
+/// A new, empty file for an image; nothing, with a log line, where there is none to be had.
+std::optional<std::string> NewImage() {
+    unsigned const first = std::random_device()();  // a name that nobody knows before
+    for (unsigned i = 0; i < imageNumbers; ++i) {
+        std::string const path = "/tmp/firmware" + std::to_string((first + i) % imageNumbers);
+        if (util::CreatePrivately(path))
+            return path;
+        if (errno != EEXIST)
+            break;
     }
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);  // the part that there was room for
+    WEBCONFIG_LOG(error, logTag) << "Firmware image not saved: " << std::strerror(errno);
     return {};
 }
 
@@ -54,7 +56,7 @@ void Settings::Firmware() {
     }
     content.tool_status = util::ShellCommand("/usr/bin/fwtool -s", maxOutput);
 
-    if (util::IsFirmareUpgradeInProgress()) {
+    if (util::IsFirmwareUpgradeRunning()) {
         render("FirmwareUpgradeProgress", content);
         return;
     }
@@ -63,14 +65,17 @@ void Settings::Firmware() {
         render("Firmware", content);
         return;
     }
-    if (HttpPost() && _StartFirmwareUpgrade(content))
-        return;
+    if (HttpPost()) {
+        if (_StartFirmwareUpgrade(content))
+            return;
+        util::RunCommand(resumeDeployer);
+    }
     content.platform = hardwarePlatform;
     render("Firmware", content);
 }
 
 void Settings::FirmwareUpgradeStatus() {
-    if (!util::IsFirmareUpgradeInProgress()) {
+    if (!util::IsFirmwareUpgradeRunning()) {
         response().set_redirect_header(url("/settings/firmware"));
         return;
     }
@@ -108,8 +113,8 @@ bool Settings::_StartFirmwareUpgrade(data::Firmware &content) {
         render("FirmwareUpgradeProgress", content);
         return true;
     }
-    auto const image = SaveImage(*upload);
-    if (!image) {
+    auto const image = NewImage();
+    if (!image || !util::SaveUpload(*upload, *image)) {
         content.message = data::Message::SaveError();
         return false;
     }
