@@ -15,6 +15,8 @@ namespace {
 constexpr int port = 9102;
 constexpr char address[] = "http://127.0.0.1:9102";
 constexpr int failure = 1;
+constexpr char reloadFlag[] = "/tmp/webconfig_freload_flag";
+constexpr char upgradeFlag[] = "/tmp/webconfig_fwsugd_flag";
 
 std::size_t Entries(std::string const &folder) {
     return static_cast<std::size_t>(
@@ -28,18 +30,70 @@ TEST(ProcessTest, AMissingRootKeyIsFatal) {
         device::Process process(device::Configuration(port, key));
         EXPECT_EQ(process.Wait(), failure) << key;
     }
-    device::Process garbage("{ not json");
-    EXPECT_EQ(garbage.Wait(), failure);
 }
 
-TEST(ProcessTest, SignalsEndItWithStatusZero) {
-    for (int signal : {SIGTERM, SIGINT}) {
-        device::Process process(device::Configuration(port));
-        ASSERT_TRUE(Browser(address).WaitUntilUp());
-        process.Signal(signal);
-        EXPECT_EQ(process.Wait(), 0);
-        EXPECT_NE(process.Log().find("webconfig exit"), std::string::npos);
+TEST(ProcessTest, SaysOnTheTerminalHowItIsCalledAndWhatIsWrong) {
+    device::TemporaryFile const garbage("/tmp/garbage.json", "{\n  not json");
+    struct {
+        char const *arguments;
+        char const *text;
+        int status;
+    } const cases[] = {
+        {"", "webconfig: No configuration defined\nUsage: webconfig [-c FILE]", failure},
+        {"--help", "Usage: webconfig [-c FILE]", 0},
+        {"-c /none.json --version", "webconfig 1.", 0},
+        {"-c --help", "webconfig: Failed to open filename:--help\n", failure},
+        {"-c /tmp/garbage.json", "webconfig: Error reading configuration file /tmp/garbage.json in line:2\n",
+         failure},
+    };
+    for (auto const &c : cases) {
+        std::string const said =
+            device::Shell(std::string("webconfig ") + c.arguments + " 2>&1 >/dev/null; echo status $?");
+        EXPECT_TRUE(said.starts_with(c.text)) << said;
+        EXPECT_TRUE(said.ends_with("status " + std::to_string(c.status) + '\n')) << said;
     }
+}
+
+TEST(ProcessTest, AStopSignalWinsOverAReload) {
+    for (int signal : {SIGTERM, SIGINT, SIGUSR1}) {
+        device::WriteFile(reloadFlag, "");
+        device::Process process(device::Configuration(port));
+        Browser browser(address);
+        ASSERT_TRUE(browser.WaitUntilUp());
+        EXPECT_FALSE(std::filesystem::exists(reloadFlag)) << "left by an earlier process";
+        device::WriteFile(reloadFlag, "");
+        process.Signal(signal);
+        EXPECT_EQ(process.Wait(), 0) << signal;
+        std::string const log = process.Log();
+        EXPECT_NE(log.find("stopped by signal " + std::to_string(signal)), std::string::npos);
+        EXPECT_NE(log.find("The reload that was asked for is dropped"), std::string::npos);
+        EXPECT_NE(log.find("webconfig exit"), std::string::npos);
+        EXPECT_EQ(log.find("forced reload"), std::string::npos);
+        EXPECT_FALSE(std::filesystem::exists(reloadFlag));
+    }
+}
+
+TEST(ProcessTest, AStopSignalIsNotLostWhateverTheProcessIsDoing) {
+    for (int milliseconds = 0; milliseconds < 60; milliseconds += 5) {
+        device::Process process(device::Configuration(port));
+        Browser browser(address);
+        ASSERT_TRUE(browser.WaitUntilUp());
+        std::thread reload([] { Browser(address).Call("reload"); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        process.Signal(SIGTERM);
+        EXPECT_EQ(process.Wait(), 0) << milliseconds;
+        reload.join();
+    }
+    // Before a service is there, and in the time that an upgrade has to start.
+    for (bool const upgrade : {false, true}) {
+        if (upgrade)
+            device::WriteFile(upgradeFlag, "");
+        device::Process process(device::Configuration(port));
+        ASSERT_TRUE(device::WaitForText("/proc/" + std::to_string(process.Pid()) + "/status", "202\nSigIgn"));
+        process.Signal(SIGTERM);
+        EXPECT_EQ(process.Wait(3), 0) << upgrade;
+    }
+    std::filesystem::remove(upgradeFlag);
 }
 
 TEST(ProcessTest, ReloadsLeakNothingAndLogOnce) {
@@ -54,6 +108,52 @@ TEST(ProcessTest, ReloadsLeakNothingAndLogOnce) {
         ASSERT_TRUE(device::Reload(process, browser));
     EXPECT_LE(Entries(proc + "/fd"), descriptors + 1);  // a connection may just come or go
     EXPECT_EQ(Entries(proc + "/task"), threads);
+    EXPECT_EQ(device::Count(process.Log(), "webconfig start"), 22U);
+    EXPECT_EQ(device::Count(process.Log(), "webconfig ** forced reload **"), 21U);
+}
+
+TEST(ProcessTest, AReloadWhoseFlagCannotBeWrittenIsDoneAllTheSame) {
+    std::filesystem::create_symlink("/no/such/folder", reloadFlag);
+    device::Process process(device::Configuration(port));
+    Browser browser(address);
+    ASSERT_TRUE(browser.WaitUntilUp());
+    EXPECT_TRUE(device::Reload(process, browser));
+    EXPECT_NE(process.Log().find(std::string("Cannot write ") + reloadFlag), std::string::npos);
+    std::filesystem::remove(reloadFlag);
+    process.Signal(SIGTERM);
+    EXPECT_EQ(process.Wait(), 0);
+}
+
+TEST(ProcessTest, ALogFileKeepsItsLinesOverReloadsAndTheSystemLogItsName) {
+    device::TemporaryFile const file("/tmp/webconfig.log", "from another time\n");
+    std::string configuration = device::Configuration(port);
+    std::string const level = R"("level":"debug",)";
+    configuration.insert(configuration.find(level) + level.size(),
+                         R"("file":{"name":"/tmp/webconfig.log"},"syslog":{"enable":true,"id":"other"},)");
+    std::string const count = "grep -c 'web: webconfig: webconfig start' /var/log/messages";
+    int const before = std::stoi(device::Shell(count));
+    device::Process process(configuration);
+    Browser browser(address);
+    ASSERT_TRUE(browser.WaitUntilUp());
+    ASSERT_TRUE(device::Reload(process, browser));
+    std::string const log = device::ReadFile("/tmp/webconfig.log");
+    EXPECT_EQ(log.find("another time"), std::string::npos);
+    EXPECT_EQ(device::Count(log, "webconfig start"), 2U);
+    EXPECT_EQ(device::Count(log, "logging.syslog is ignored"), 2U);
+    EXPECT_EQ(std::stoi(device::Shell(count)), before + 2);
+}
+
+TEST(ProcessTest, MediaAtTheSitesRootLeaveTheStatusSpaceAlone) {
+    std::string configuration = device::Configuration(port);
+    std::string const root = R"("media_root":"media")";
+    configuration.replace(configuration.find(root), root.size(), R"("media_root":"")");
+    device::Process const process(configuration);
+    Browser browser(address);
+    ASSERT_TRUE(browser.WaitUntilUp());
+    EXPECT_EQ(browser.Get("/css/screen.css").contentType, "text/css");
+    EXPECT_EQ(browser.Get("/config/").status, 200);
+    EXPECT_EQ(browser.Get("/").location, std::string(address) + "/config/");
+    EXPECT_NE(browser.Call("dns_server_status").body.find("currentConf"), std::string::npos);
 }
 
 TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {
@@ -89,6 +189,9 @@ TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {
     ASSERT_TRUE(process.WaitForLog("forced reload"));
     ASSERT_TRUE(browser.WaitUntilUp());
     EXPECT_EQ(device::ReadFile("/tmp/volumes/stopped"), "stop\n");
+    EXPECT_TRUE(
+        device::WaitForText("/var/log/messages", "\"/tmp/volumes/app/etc/init.d/rcS stop\" returned: 0"))
+        << "in the log also before the first service";
     std::filesystem::remove_all("/tmp/volumes");
 }
 

@@ -121,9 +121,8 @@ TEST(StatusTest, ReloadsWhileABrowserPolls) {
     std::thread poller([&] {
         Browser other(device::address);
         while (!stop) {
-            // An answer or a closed connection: never a hang, and never an error of the service.
-            Answer const answer = other.Get("/config/");
-            EXPECT_TRUE(answer.status == 200 || answer.status == 503 || answer.status == 0) << answer.status;
+            // The listening socket outlives the service: who comes meanwhile waits in its queue.
+            EXPECT_EQ(other.Get("/config/").status, 200);
             ++polls;
         }
     });

@@ -55,9 +55,13 @@ DevelopmentSite::DevelopmentSite(cppcms::service &service)
 }
 
 std::string DevelopmentSite::Paths(cppcms::service &service) {
-    std::string const plugins = PluginMediaRoot(service.settings());
-    return "(/?|" + MediaRoot(service.settings()) + "/.*|" + std::string(servicePaths) +
-           (plugins.empty() ? "" : '|' + plugins + "/.*") + ')';
+    auto const &settings = service.settings();
+    std::string const plugins = PluginMediaRoot(settings);
+    std::string media = MediaRoot(settings) + "/.*";
+    if (MediaRoot(settings).empty())  // all that is not the status space's, which is asked last
+        media = "(?!/" + settings.get<std::string>("webconfig.root.async") + ')' + media;
+    return "(/?|" + media + '|' + std::string(servicePaths) + (plugins.empty() ? "" : '|' + plugins + "/.*") +
+           ')';
 }
 
 void DevelopmentSite::StartPage() {

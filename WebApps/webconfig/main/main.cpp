@@ -8,10 +8,12 @@
 #include <cppcms/service.h>
 #include <malloc.h>
 #include <syslog.h>
-#include <unistd.h>
 
+#include <chrono>
+#include <cstring>
 #include <exception>
 #include <functional>
+#include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,6 +22,8 @@
 #include "WebApps/webconfig/apps/JsonRpc.h"
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/WebConfig.h"
+#include "WebApps/webconfig/main/CommandLine.h"
+#include "WebApps/webconfig/main/StopSignals.h"
 #include "WebApps/webconfig/main/SystemLog.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -29,7 +33,7 @@ namespace {
 using namespace webconfig;
 
 constexpr char logTag[] = "WebApps/webconfig/main";
-constexpr unsigned upgradeStartSeconds = 4;
+constexpr auto upgradeStart = std::chrono::seconds(4);
 
 /// Threads that each have a heap of their own would each keep what their largest request has needed.
 constexpr int heaps = 1;
@@ -39,13 +43,13 @@ std::unique_ptr<cppcms::applications_pool::factory> PoolOf() {
     return std::make_unique<cppcms::details::simple_factory0<Application>>();
 }
 
-void StartFlaggedFirmwareUpgrade() {
+void StartFlaggedFirmwareUpgrade(StopSignals &stop) {
     if (!util::IsFirmwareUpgradeFlagged())
         return;
     util::MarkFirmwareUpgrade(false);  // first: a crash below must not repeat the upgrade
     util::FirmwareUpgradePid() =
         util::ForkFirmwareUpgrade(util::FirmwareUpgradeFile(), util::GetEnv("MOUNT_DIR"));
-    sleep(upgradeStartSeconds);
+    stop.WaitFor(upgradeStart);
 }
 
 /// Every service adds the sinks of its configuration to the one logger: without this each reload would
@@ -76,29 +80,88 @@ booster::intrusive_ptr<cppcms::application> MountStatus(cppcms::service &service
     return status;
 }
 
+/// The service of the configuration that the command line names; \a again where this process has had one
+/// before. It has set up the log.
+std::unique_ptr<cppcms::service> MakeService(int argc, char *argv[], bool again) {
+    ResetLog();
+    auto settings = cppcms::service::load_settings(argc, argv);
+    bool const namesSyslog = settings.get("logging.syslog.enable", false);
+    if (namesSyslog)
+        settings.set("logging.syslog.enable", false);
+    if (again && !settings.get("logging.file.name", "").empty()) {
+        settings.set("logging.file.append", true);
+        settings.set("logging.file.max_files", 0);
+    }
+    auto service = std::make_unique<cppcms::service>(settings);
+    if (namesSyslog)
+        WEBCONFIG_LOG(warning, logTag)
+            << "logging.syslog is ignored: all lines go to the system log as they are";
+    return service;
+}
+
+/// Even where there is no service an upgrade is started: it may bring a configuration that is better.
+std::unique_ptr<cppcms::service> MakeServiceOrUpgrade(int argc, char *argv[], bool again, StopSignals &stop) {
+    try {
+        return MakeService(argc, argv, again);
+    } catch (...) {
+        StartFlaggedFirmwareUpgrade(stop);
+        throw;
+    }
+}
+
 /// One life of the service, from its configuration to its shutdown. Returns its plug-ins, which may be
 /// unloaded only when everything of the service is gone; null where it had none.
-util::PluginManager *RunService(int argc, char *argv[]) {
-    cppcms::service service(argc, argv);
-    util::HardenShell(service.settings().get("webconfig.hardening.shell", false));
-    MountPages(service);
-    auto const status = MountStatus(service);
-    service.run();
-    return apps::Plugins(service.settings());
+util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals &stop) {
+    auto const service = MakeServiceOrUpgrade(argc, argv, again, stop);
+    if (!again && util::IsForceReloadFlagged()) {
+        util::MarkForceReload(false);
+        WEBCONFIG_LOG(info, logTag) << "A reload that an earlier process has left is dropped";
+    }
+    StartFlaggedFirmwareUpgrade(stop);
+    if (stop.Signal() != 0)
+        return nullptr;
+    WEBCONFIG_LOG(debug, logTag) << "webconfig start";
+    util::HardenShell(service->settings().get("webconfig.hardening.shell", false));
+    MountPages(*service);
+    auto const status = MountStatus(*service);
+    stop.Run(*service);
+    return apps::Plugins(service->settings());
+}
+
+/// A stop wins over whatever else was asked for. The next process must not find the flags of this one.
+void DropRequests(int signal) {
+    WEBCONFIG_LOG(info, logTag) << "webconfig ** stopped by signal " << signal << " (" << strsignal(signal)
+                                << ") **";
+    if (util::IsForceReloadFlagged()) {
+        util::MarkForceReload(false);
+        WEBCONFIG_LOG(info, logTag) << "The reload that was asked for is dropped";
+    }
+    if (util::IsFirmwareUpgradeFlagged()) {
+        util::MarkFirmwareUpgrade(false);
+        WEBCONFIG_LOG(warning, logTag) << "The firmware upgrade that was asked for is dropped";
+    }
+}
+
+bool IsReloadWanted(StopSignals &stop) {
+    if (int const signal = stop.Signal()) {
+        DropRequests(signal);
+        return false;
+    }
+    if (!util::IsForceReloadFlagged())
+        return false;
+    util::MarkForceReload(false);
+    WEBCONFIG_LOG(info, logTag) << "webconfig ** forced reload **";
+    return true;
 }
 
 void Run(int argc, char *argv[]) {
-    for (;;) {
-        ResetLog();
-        StartFlaggedFirmwareUpgrade();
-        WEBCONFIG_LOG(debug, logTag) << "webconfig start";
-        if (auto *const plugins = RunService(argc, argv))
+    StopSignals stop;
+    bool again = false;
+    do {
+        if (auto *const plugins = RunService(argc, argv, again, stop))
             plugins->Unload();
-        if (!util::IsForceReloadFlagged())
-            break;
-        util::MarkForceReload(false);
-        WEBCONFIG_LOG(info, logTag) << "webconfig ** forced reload **";
-    }
+        again = true;
+    } while (IsReloadWanted(stop));
     WEBCONFIG_LOG(debug, logTag) << "webconfig exit\n";
 }
 
@@ -117,6 +180,8 @@ void LogFatal(std::exception const &failure) {
 }  // namespace
 
 int main(int argc, char *argv[]) {
+    if (AnswersForItself(argc, argv))
+        return 0;
     openlog("web", 0, LOG_DAEMON);
 #ifdef M_ARENA_MAX  // of the GNU C library
     mallopt(M_ARENA_MAX, heaps);
@@ -124,6 +189,9 @@ int main(int argc, char *argv[]) {
     try {
         Run(argc, argv);
     } catch (std::exception const &failure) {
+        std::cerr << "webconfig: " << failure.what() << '\n';
+        if (argc < 2)
+            ShowUsage();
         LogFatal(failure);
         return 1;
     }

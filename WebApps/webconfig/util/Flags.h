@@ -9,7 +9,8 @@ void MarkRebootRequired();
 /// Whether a reboot is pending, be it for a setting or for a finished firmware upgrade.
 bool IsRebootRequired();
 
-/// The service is to be torn down and started again in this process.
+/// The service is to be torn down and started again in this process, which remembers that itself where the
+/// file cannot be written.
 void MarkForceReload(bool on);
 bool IsForceReloadFlagged();
 
