@@ -3,6 +3,7 @@
 # masquerading, and what of the device is open to its uplinks. Whichever page asks, all of it is set, in one step.
 . /usr/lib/device/record
 . /usr/lib/device/store
+. /usr/lib/device/alone
 set -u
 
 wanted=/run/nat_setup.rules

@@ -6,6 +6,7 @@
 # interface is down then. What is wrong is in the system log.
 . /usr/lib/device/record
 . /usr/lib/device/store
+. /usr/lib/device/alone
 set -u
 
 invalid_argument=22

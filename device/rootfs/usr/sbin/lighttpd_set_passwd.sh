@@ -2,6 +2,7 @@
 # lighttpd_set_passwd.sh: gives the web server the password of the store. The server reads the file at each request.
 . /usr/lib/device/record
 . /usr/lib/device/store
+. /usr/lib/device/alone
 set -e
 
 file=/etc/lighttpd/lighttpd.user
