@@ -48,7 +48,7 @@ void applications_pool::mount(booster::shared_ptr<application_specific_pool> poo
 void applications_pool::mount(booster::shared_ptr<application_specific_pool> pool, mount_point const &at,
                               int flags) {
     if (flags & app::legacy)
-        throw cppcms_error("Direct specification of cppcms::app::legacy flag is forbidden");
+        throw cppcms_error("The flag cppcms::app::legacy is not for applications to give");
     if (std::exchange(pool->mounted_, true))
         throw cppcms_error("Attempt to mount application_specific_pool twice");
     bool const asynchronous = (flags & app::op_mode_mask) == app::asynchronous;
