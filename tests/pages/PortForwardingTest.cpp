@@ -250,6 +250,16 @@ TEST_F(PortForwardingTest, DeletingTakesTheRowAndAlwaysApplies) {
     EXPECT_EQ(page.Count("//div[contains(@class,'form_result_msg')]"), 0U);
     EXPECT_EQ(Shown(page, "User Rules").size(), 2U) << "the other rule and the add row";
     EXPECT_EQ(Stored(), Lines("udp/00080", "192.168.0.5", "80"));
+
+    // Sent twice: the row has the next rule by now.
+    Fields const row = {{"sourcePort", "80"}, {"rowId", "0"}, {"delete", "Delete"}};
+    for (char const *protocol : {"tcp", "udp"}) {
+        EXPECT_EQ(Stored(), Lines("udp/00080", "192.168.0.5", "80"));
+        Fields form = row;
+        form.emplace_back("protocol", protocol);
+        Send(form);
+    }
+    EXPECT_EQ(Stored(), "");
 }
 
 TEST_F(PortForwardingTest, BadStoredEntriesAreSkippedAndHalfRulesShown) {

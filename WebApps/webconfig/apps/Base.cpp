@@ -9,6 +9,7 @@
 #include "WebApps/webconfig/apps/BuildStamp.h"
 #include "WebApps/webconfig/apps/MediaRoot.h"
 #include "WebApps/webconfig/apps/Plugins.h"
+#include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -68,6 +69,10 @@ std::string Base::HttpPost(std::string const &name) {
 bool Base::ValidateForm(forms::Base &form) {
     form.load(context());
     return form.validate();
+}
+
+void Base::EndSaveTurn() {
+    SaveTurn::End();
 }
 
 void Base::RequireReboot(data::Base &content) {

@@ -3,6 +3,7 @@
 #include <cppcms/application.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "WebApps/webconfig/data/Base.h"
@@ -22,6 +23,13 @@ class Base : public cppcms::application {
     /// Appends the built-in menus. Further ones are appended by handlers after Prepare().
     virtual void PrepareMenus(std::vector<data::Menu> &menus);
 
+    /// As the framework's own, after EndSaveTurn().
+    template <typename... Arguments>
+    void render(Arguments &&...arguments) {
+        EndSaveTurn();
+        cppcms::application::render(std::forward<Arguments>(arguments)...);
+    }
+
   protected:
     bool HttpGet();
     bool HttpPost();
@@ -32,6 +40,10 @@ class Base : public cppcms::application {
 
     /// Loads the form from the request and validates it. For POST only.
     bool ValidateForm(forms::Base &form);
+
+    /// From here on the request neither stores settings nor applies them: another one may, however slowly the
+    /// client takes its answer.
+    static void EndSaveTurn();
 
     /// Raises the flag that a reboot is required, and its alert on this page.
     static void RequireReboot(data::Base &content);

@@ -61,6 +61,7 @@ class Network : public Base {
     bool _PortForwardingDeleteHandler(data::PortForwarding &content);
     bool _PortForwardingEditHandler(data::PortForwarding &content);
     bool _PortForwardingCancelHandler(data::PortForwarding &content);
+    bool _PortForwardingIsNamed(data::PortForwardingKey const &key);
     static void _PortForwardingPrmWriteEntry(data::PortForwardingKey const &key,
                                              data::PortForwardingEntry const &entry);
     static void _PortForwardingPrmDeleteEntry(data::PortForwardingKey const &key);

@@ -1,20 +1,36 @@
 #include "WebApps/webconfig/apps/WebConfig.h"
 
+#include <cppcms/http_request.h>
+#include <cppcms/http_response.h>
 #include <cppcms/json.h>
+#include <cppcms/service.h>
 #include <cppcms/url_dispatcher.h>
 #include <cppcms/url_mapper.h>
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/Regulatory.h"
+#include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/Service.h"
 #include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/WebConfig";
+constexpr int serviceUnavailable = 503;
+constexpr char busy[] =
+    "Other settings are still being saved. Nothing of this form was: go back and save it again in a moment.";
+
+}  // namespace
 
 WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
     // Settings accept up to three path segments and must end there.
@@ -33,6 +49,16 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
 }
 
 void WebConfig::main(std::string url) {
+    std::optional<SaveTurn> turn;
+    if (request().request_method() == "POST") {
+        // One worker is left to pages that only show, but two who save at once are always served.
+        turn.emplace(std::max(2, service().threads_no() - 1));
+        if (!turn->IsMine()) {
+            WEBCONFIG_LOG(warning, logTag) << "Refused to save: too many others wait for their turn";
+            response().make_error_response(serviceUnavailable, busy);
+            return;
+        }
+    }
     if (util::IsFirmwareUpgradeRunning())
         cppcms::application::main("/settings/firmware_upgrade_status");
     else

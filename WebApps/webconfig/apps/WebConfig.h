@@ -11,7 +11,7 @@ class WebConfig : public cppcms::application {
   public:
     explicit WebConfig(cppcms::service &service);
 
-    /// While a firmware upgrade runs, every URL shows its progress.
+    /// While a firmware upgrade runs, every URL shows its progress. Posts are served one after the other.
     void main(std::string url) override;
 };
 

@@ -207,12 +207,22 @@ bool Network::_PortForwardingDeleteHandler(data::PortForwarding &content) {
     int row = 0;
     for (auto const &[key, entry] : content.user_rules) {
         if (content.general.IsRow(row++)) {
+            if (!_PortForwardingIsNamed(key))
+                break;
             _PortForwardingPrmDeleteEntry(key);
             content.user_rules.erase(key);
             break;
         }
     }
     return true;
+}
+
+/// Whether the row's form, which has its rule in hidden fields, is about this one. A form that comes twice,
+/// or from an older table, has another rule in its row by now.
+bool Network::_PortForwardingIsNamed(PortForwardingKey const &key) {
+    std::string const port = HttpPost("sourcePort");
+    return port.empty() ||
+           (util::LeadingNumber(port) == key.source_port && HttpPost("protocol") == key.ProtocolId());
 }
 
 bool Network::_PortForwardingEditHandler(data::PortForwarding &content) {

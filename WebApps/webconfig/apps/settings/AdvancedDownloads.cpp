@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
+#include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -23,13 +25,13 @@ constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
 std::ostream &StartDownload(cppcms::http::response &response, std::string name) {
     std::erase_if(name,
                   [](unsigned char c) { return c < ' ' || c == 0x7F || c == '"' || c == '\\' || c == '/'; });
+    SaveTurn::End();
     response.set_plain_text_header();
     response.set_header("Content-disposition", "attachment; filename=\"" + name + '"');
     return response.out();
 }
 
-void CopyFile(std::string const &path, std::ostream &out) {
-    std::ifstream file(path, std::ios::binary);
+void Copy(std::ifstream file, std::ostream &out) {
     if (file.peek() != std::ifstream::traits_type::eof())
         out << file.rdbuf();
 }
@@ -64,7 +66,9 @@ bool Settings::_BackupConfiguration(data::Advanced & /*content*/) {
 bool Settings::_DownloadSyslog(data::Advanced & /*content*/) {
     std::ostream &out =
         StartDownload(response(), "korbex_syslog_" + util::Prm::GetString("net/hostname") + ".txt");
-    CopyFile(util::IsOn("syslogd/persistent") ? "/home/root/log/messages" : "/var/log/messages", out);
+    char const *const log =
+        util::IsOn("syslogd/persistent") ? "/home/root/log/messages" : "/var/log/messages";
+    Copy(std::ifstream(log, std::ios::binary), out);
     return true;
 }
 
@@ -77,8 +81,9 @@ bool Settings::_DownloadDeployerLog(data::Advanced &content) {
         WEBCONFIG_LOG(error, logTag) << content.message.GetText();
         return false;
     }
-    CopyFile(path, StartDownload(response(), std::filesystem::path(path).filename()));
-    std::remove(path.c_str());
+    std::ifstream log(path, std::ios::binary);
+    std::remove(path.c_str());  // before others have their turn, who collect it under the same name
+    Copy(std::move(log), StartDownload(response(), std::filesystem::path(path).filename()));
     return true;
 }
 
