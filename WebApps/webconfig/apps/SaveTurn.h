@@ -6,7 +6,7 @@ namespace webconfig::apps {
 /// do so take turns. A turn is over when its answer begins, however slowly the client takes that.
 class SaveTurn {
   public:
-    /// Waits for the calling thread's turn, unless \a most others wait or have it already.
+    /// Waits for the calling thread's turn; only a few seconds where \a most others wait or have it already.
     explicit SaveTurn(int most);
     ~SaveTurn() { End(); }
     SaveTurn(SaveTurn const &) = delete;
