@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
+#include <iterator>
 #include <set>
+#include <sstream>
 
 #include "tests/pages/support/Browser.h"
 #include "tests/pages/support/Device.h"
@@ -329,6 +329,16 @@ TEST_F(WlanTest, BadInputIsRefused) {
     EXPECT_EQ(page.One("//*[@id='wlan_security']/option[@selected]/@value"), "wpa_eap");
 }
 
+TEST_F(WlanTest, AnotherNetworkNeedsAPassPhraseOfItsOwn) {
+    Fields const other = {{"wlanEssId", "other"}};
+    Fields const enterprise = {
+        {"wlanSecurity", "wpa_eap"}, {"wlanIdentity", "user"}, {"wlanPassPhrase", "password"}};
+    EXPECT_EQ(Post(wlanPage, With(With(wlan, other), enterprise)).One(successMessage), done);
+    device::TakeCommands();
+    EXPECT_EQ(Get("client/wpa_psk"), storedKey) << "that of the network before";
+    ExpectRefused(wlanPage, With(wlan, other), {"wlan_pass_phrase"});
+}
+
 TEST_F(WlanTest, AFailedScriptIsToldAndTheRulesAreAppliedAllTheSame) {
     device::TemporaryFile const failure("/etc/fail/network_funcs.sh", "22");
     Html const page = Post(wlanPage, wlan);
@@ -347,9 +357,8 @@ TEST_F(WlanTest, AFailedWriteEndsTheSequence) {
     EXPECT_EQ(device::TakeCommands(), Commands());
 }
 
+/// The countries are read once in the life of a process: these tests have one of their own.
 TEST_F(WifiTest, TheCountriesAreThoseOfTheModulesDomain) {
-    device::TemporaryFile const store("/tmp/wifi_test.db");
-    std::filesystem::remove("/tmp/wifi_test.db");
     struct {
         char const *vendor;
         char const *region;
@@ -357,24 +366,57 @@ TEST_F(WifiTest, TheCountriesAreThoseOfTheModulesDomain) {
     } const cases[] = {
         {"laird", "FCC", {"US"}},
         {"laird", "none", {}},
-        {"other", "", {"AU", "BR", "CA"}},
+        {"laird", "AU", {"AU", "NZ"}},
+        {"other",
+         "",
+         {"AU", "BR", "CA", "CN", "DE", "FR", "GB", "IN", "JP", "KR", "NL", "NZ", "PR", "SA", "US", "ZA"}},
     };
     for (auto const &c : cases) {
-        device::Shell(std::string("export PRM_STORE=/tmp/wifi_test.db; prm set net/wifi/vendor ") + c.vendor +
-                      "; prm set net/wifi/region_code '" + c.region + "'");
-        device::Process process(device::Configuration(9103), {"PRM_STORE=/tmp/wifi_test.db"});
+        Set({{"vendor", c.vendor}, {"region_code", c.region}});
+        device::Process process(device::Configuration(9103));
         Browser direct("http://127.0.0.1:9103");
         ASSERT_TRUE(direct.WaitUntilUp());
         Answer const answer = direct.Get(wlanPage);
-        Html const page(answer.body);
-        auto offered = page.All("//*[@id='wlan_country_code']/option/@value");
-        offered.resize(std::min(offered.size(), c.countries.size()));
-        EXPECT_EQ(offered, c.countries);
+        EXPECT_EQ(Html(answer.body).All("//*[@id='wlan_country_code']/option/@value"), c.countries);
         EXPECT_NE(answer.body.find(std::string("wlanCountryLocked = ") +
                                    (c.countries.size() == 1 ? "true" : "false")),
                   std::string::npos);
     }
-    device::Shell("rm -f /tmp/wifi_test.db*");
+}
+
+TEST_F(WifiTest, ARefusedSaveKeepsCountryAndChannelAsChosen) {
+    Set({{"region_code", "ETSI"}, {"country", "FR"}});
+    device::Process process(device::Configuration(9103));
+    Browser direct("http://127.0.0.1:9103");
+    ASSERT_TRUE(direct.WaitUntilUp());
+    struct {
+        char const *path;
+        std::string prefix;
+        Fields fields;
+        std::vector<std::string> channels;
+    } const cases[] = {
+        {accessPointPage,
+         "ap",
+         With(accessPoint, {{"apChannel", "36:5180"}, {"apPassPhrase", "short"}}),
+         {"36:5180"}},
+        {accessPointPage,
+         "ap",
+         With(accessPoint, {{"apChannel", "40:5200"}, {"apEssId", std::string(33, 'x')}}),
+         {"40:5200"}},
+        {wlanPage, "wlan", With(wlan, {{"wlanPassPhrase", "short"}}), {}},
+    };
+    for (auto const &c : cases) {
+        Fields fields = With(c.fields, {{c.prefix + "CountryCode", "GB"}});
+        fields.emplace_back(c.prefix + "CountryCode", "GB");  // as scripts leave it: the select and its copy
+        Html const page(direct.Post(c.path, fields).body);
+        EXPECT_EQ(page.One(failureMessage), invalid) << c.path;
+        EXPECT_EQ(page.All("//*[@id='" + c.prefix + "_country_code']/option[@selected]/@value"),
+                  std::vector<std::string>{"GB"})
+            << c.path;
+        EXPECT_EQ(page.One("//*[@id='" + c.prefix + "_country_code_copy']/@value"), "GB") << c.path;
+        EXPECT_EQ(page.All("//*[@id='ap_channel_copy']/@value"), c.channels);
+        EXPECT_EQ(Get("country"), "FR");
+    }
 }
 
 }  // namespace pages

@@ -73,7 +73,7 @@ class Network : public Base {
     static void _CellularCancelRefresh(data::Cellular &content);
     void _CellularCdmaSave(data::Cellular &content);
 
-    void _AccessPointSave(data::AccessPoint &content);
+    static void _AccessPointSave(data::AccessPoint &content, std::string const &channel);
     static void _WlanSave(data::Wlan &content);
 };
 

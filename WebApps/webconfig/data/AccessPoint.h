@@ -23,6 +23,8 @@ struct AccessPoint : public BaseTabbed {
     bool channel_read_only = false;
     bool blocked = false;         // the WLAN client is on, and the channel is in the 5 GHz band
     bool country_locked = false;  // the regulatory domain leaves no choice
+
+    std::string chosen_channel;  // the one that the page shows
 };
 
 }  // namespace webconfig::data

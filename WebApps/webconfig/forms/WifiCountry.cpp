@@ -28,6 +28,11 @@ WifiCountry::WifiCountry(std::string const &prefix) {
     add(regulatoryDomain);
 }
 
+void WifiCountry::load(cppcms::http::context &context) {
+    cppcms::form::load(context);
+    SelectByValue(code, Posted());  // a select takes none of two values
+}
+
 void WifiCountry::Show(std::string const &country) {
     SelectByValue(code, country);
     copy.value(country);

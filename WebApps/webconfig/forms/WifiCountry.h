@@ -13,6 +13,9 @@ class WifiCountry : public cppcms::form {
     /// The fields are named \a prefix + "CountryCode", their ids begin with \a prefix + "_".
     explicit WifiCountry(std::string const &prefix);
 
+    /// Takes the country posted, also where scripts have left both fields enabled.
+    void load(cppcms::http::context &context) override;
+
     /// Shows this country, and the module's regulatory domain.
     void Show(std::string const &code);
     /// Shows the module's regulatory domain.

@@ -48,6 +48,7 @@ void ShowStored(data::AccessPoint &content) {
     content.form.ssid.value(content.ssid);
     content.form.country.Show(content.country);
     content.form.security.selected_id("wpa");
+    content.chosen_channel = content.channel;
 }
 
 /// Whether the page offers this channel in this country. What is stored may stay.
@@ -70,17 +71,21 @@ void Network::AccessPoint() {
     LoadFromStore(content);
     LoadModule(content);
 
-    if (!HttpPost())
-        ShowStored(content);
-    else if (!ValidateForm(content.form))
-        content.message = data::Message::ValidationError();
-    else
-        _AccessPointSave(content);
+    ShowStored(content);
+    if (HttpPost()) {
+        std::string const channel = HttpPost(channelField);
+        if (!channel.empty())
+            content.chosen_channel = channel;
+        if (ValidateForm(content.form))
+            _AccessPointSave(content, channel);
+        else
+            content.message = data::Message::ValidationError();
+    }
     content.form.country.ShowDomain();
     render("AccessPoint", content);
 }
 
-void Network::_AccessPointSave(data::AccessPoint &content) {
+void Network::_AccessPointSave(data::AccessPoint &content, std::string const &channel) {
     forms::AccessPoint &form = content.form;
     bool const switchesOn = form.enabled.value() && !content.enabled;
     ParameterWriter writer;
@@ -93,7 +98,6 @@ void Network::_AccessPointSave(data::AccessPoint &content) {
         return;
     } else {
         std::string const ssid = form.ssid.value();
-        std::string const channel = HttpPost(channelField);
         std::string const country = form.country.Posted();
         auto const key = wifi::Key({content.ssid, content.key}, ssid, form.passPhrase.value());
         if (!key)

@@ -21,6 +21,7 @@ constexpr char mobileKey[] = "net/wifi/client/mobile_qx";
 constexpr char applyRules[] = "/etc/nat_setup.sh wlan";
 
 constexpr char noSecurity[] = "none";
+constexpr char personalSecurity[] = "wpa";
 
 void LoadFromStore(data::Wlan &content) {
     content.enabled = util::IsOn(wifi::clientEnabledKey);
@@ -49,7 +50,9 @@ void ShowStored(data::Wlan &content) {
 /// needs is missing: an input, which is marked then, or a part of the system, which sets the message.
 bool WritePersonal(data::Wlan &content, ParameterWriter &writer) {
     forms::Wlan &form = content.form;
-    auto const key = wifi::Key({content.ssid, content.key}, form.ssid.value(), form.passPhrase.value());
+    // A key that another kind of security has left in the store may be that of the network before.
+    std::string const storedKey = content.security == personalSecurity ? content.key : "";
+    auto const key = wifi::Key({content.ssid, storedKey}, form.ssid.value(), form.passPhrase.value());
     if (!key) {
         wifi::Refuse(form.passPhrase);
         return false;
@@ -80,7 +83,7 @@ bool WriteEnterprise(data::Wlan &content, ParameterWriter &writer) {
 
 bool WriteSecurity(data::Wlan &content, ParameterWriter &writer) {
     std::string const security = content.form.security.selected_id();
-    if (security == "wpa")
+    if (security == personalSecurity)
         return WritePersonal(content, writer);
     if (security == "wpa_eap")
         return WriteEnterprise(content, writer);
