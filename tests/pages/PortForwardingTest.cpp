@@ -131,6 +131,8 @@ TEST_F(PortForwardingTest, DuplicatesAndBadValuesAreNotAdded) {
         {"tcp", "4294967296", "1.2.3.4", "80"},    {"tcp", "81", "", "80"},
         {"tcp", "81", "$(reboot)", "80"},          {"tcp", "81", "192.168.0.5", ""},
         {"tcp", "81", "192.168.0.5", "<i>80</i>"}, {"tcp", "81", "192.168.0.256", "80"},
+        {"tcp", "-1", "192.168.0.5", "80"},        {"tcp", "81", "192.168.0.5", "-4294967295"},
+        {"tcp", "+81", "192.168.0.5", "80"},       {"tcp", "81", "192.168.0.5", " -0"},
     };
     for (auto const &rule : badRules) {
         Html const page = Add("1", rule);
@@ -211,9 +213,8 @@ TEST_F(PortForwardingTest, AFailedSaveKeepsTheRowOpenWithItsOldValues) {
         char const *address;
         char const *message;
     } const cases[] = {
-        {"80", "192.168.0.300", invalid},
-        {"x", "192.168.0.5", invalid},
-        {"90", "192.168.0.5", ruleExists},
+        {"80", "192.168.0.300", invalid},        {"x", "192.168.0.5", invalid},
+        {"-4294967206", "192.168.0.5", invalid}, {"90", "192.168.0.5", ruleExists},
         {"8003", "192.168.0.5", presetExists},
     };
     for (auto const &c : cases) {

@@ -8,11 +8,9 @@ namespace webconfig::forms {
 
 namespace {
 
-void SetUpPort(cppcms::widgets::numeric<unsigned> &port, char const *name, std::string const &id) {
+void SetUpPort(widgets::Port &port, char const *name, std::string const &id) {
     port.name(name);
     port.id(id);
-    port.non_empty();
-    port.error_message("Invalid port");
 }
 
 void SetUpHidden(cppcms::widgets::hidden &field, char const *name, std::string const &id = {}) {

@@ -5,16 +5,17 @@
 
 #include "WebApps/webconfig/forms/Base.h"
 #include "WebApps/webconfig/widgets/IpAddress.h"
+#include "WebApps/webconfig/widgets/Port.h"
 
 namespace webconfig::forms {
 
-/// The inputs of one forwarding rule. Ports have no range: any number is taken, on purpose.
+/// The inputs of one forwarding rule. Ports have no range, on purpose.
 class PortForwardingRule : public Base {
   public:
     cppcms::widgets::select protocol;
-    cppcms::widgets::numeric<unsigned> sourcePort;
+    widgets::Port sourcePort;
     widgets::IpAddress destinationIP;
-    cppcms::widgets::numeric<unsigned> destinationPort;
+    widgets::Port destinationPort;
 
   protected:
     /// \a id is what the ids of the inputs begin with. The widgets are not in the form yet.
