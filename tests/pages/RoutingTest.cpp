@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "tests/pages/support/Browser.h"
 #include "tests/pages/support/Device.h"
 #include "tests/pages/support/Html.h"
@@ -13,6 +16,16 @@ constexpr char generalTitle[] = " General Device Configuration ";
 std::string Title(Answer const &answer) {
     auto const titles = Html(answer.body).All("//h2[@id='config_page_title']");
     return titles.empty() ? "" : titles.front();
+}
+
+bool WaitUntilServed(Browser &browser, std::string const &path) {
+    using namespace std::chrono_literals;
+    for (int tries = 200; tries > 0; --tries) {
+        if (browser.Get(path).status == 200)
+            return true;
+        std::this_thread::sleep_for(50ms);
+    }
+    return false;
 }
 
 }  // namespace
@@ -65,6 +78,42 @@ TEST(RoutingTest, EveryPageHasTheSkeletonAndNoBrokenLinks) {
             for (std::size_t blank; (blank = encoded.find(' ')) != std::string::npos;)
                 encoded.replace(blank, 1, "%20");
             EXPECT_EQ(browser.Get(encoded).status, 200) << link;
+        }
+    }
+}
+
+TEST(RoutingTest, LinksFollowTheConfiguredRoot) {
+    device::KeptParameters const wifi("net/wifi/vendor");
+    device::Shell("prm set net/wifi/vendor laird");
+    device::RecordingProgram const reboot("/usr/sbin/reboot", "exit 0");
+    for (std::string const root : {"/config", "/setup"}) {
+        std::string configuration = device::Configuration(9105);
+        configuration.replace(configuration.find("\"config\""), 8, '"' + root.substr(1) + '"');
+        device::Process process(configuration);
+        Browser browser("http://127.0.0.1:9105");
+        ASSERT_TRUE(WaitUntilServed(browser, root + '/'));
+
+        std::string const about = browser.Get(root + "/settings/about").body;
+        EXPECT_NE(
+            about.find("<a class=\"ossnav\" href=\"" + root + "/settings/about/zlib/LICENSE\">LICENSE</a>"),
+            std::string::npos)
+            << about;
+        std::string const rebooting =
+            browser.Post(root + "/regulatory/wifi", Fields{{"Reboot", "Reboot"}}).body;
+        EXPECT_NE(rebooting.find("\"//\" + location.host + \"" + root + "/regulatory/wifi?rand=\" + "),
+                  std::string::npos)
+            << rebooting;
+        EXPECT_NE(rebooting.find("location.href = \"" + root + "/settings/general\";"), std::string::npos);
+        if (root == "/config")
+            continue;
+        for (char const *page :
+             {"/", "/settings/firmware", "/settings/reboot", "/settings/advanced", "/settings/about",
+              "/network/ethernet1", "/network/openvpn", "/network/orvane", "/network/port_forwarding",
+              "/network/cellular", "/network/ntp", "/network/dns_server", "/network/access_point",
+              "/network/wlan", "/service/assemblysn", "/regulatory/wifi"}) {
+            Answer const answer = browser.Get(root + page);
+            EXPECT_EQ(answer.status, 200) << page;
+            EXPECT_EQ(answer.body.find("/config/"), std::string::npos) << page;
         }
     }
 }
