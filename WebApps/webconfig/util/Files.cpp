@@ -17,9 +17,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Log.h"
-#include "WebApps/webconfig/util/ShellQuote.h"
 
 namespace webconfig::util {
 
@@ -86,10 +86,7 @@ bool MoveFile(std::string const &source, std::string const &destination) {
         return true;
     if (errno != EXDEV)
         return false;
-    auto const quoted = [](std::string const &path) {
-        return '"' + ShellQuote(path, ShellPosition::DoubleQuoted) + '"';
-    };
-    return RunCommand("mv " + quoted(source) + ' ' + quoted(destination)) == 0;
+    return RunCommand(Command("mv").DoubleQuoted(source).DoubleQuoted(destination)) == 0;
 }
 
 bool CreatePrivately(std::string const &path) {

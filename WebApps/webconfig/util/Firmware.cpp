@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Daemon.h"
 #include "WebApps/webconfig/util/Files.h"
@@ -54,7 +55,7 @@ void StopApplications(std::string const &mountDirectory) {
         script.append("/").append(name).append("/etc/init.d/rcS");
         if (!FileExists(script))
             continue;
-        int const status = RunCommand(script + " stop");
+        int const status = RunCommand(Command().Arg(script).Arg("stop"));
         WEBCONFIG_LOG(info, logTag) << '"' << script << " stop\" returned: " << status;
     }
 }

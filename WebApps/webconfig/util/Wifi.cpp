@@ -15,9 +15,9 @@
 #include <string_view>
 #include <vector>
 
+#include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Log.h"
-#include "WebApps/webconfig/util/ShellQuote.h"
 
 namespace webconfig::util {
 
@@ -104,11 +104,8 @@ bool Contains(std::string const &line, char const *text) {
 std::string getPsk(std::string const &ssid, std::string const &passPhrase) {
     if (!passPhrase.empty() && (passPhrase.size() < minPassPhrase || passPhrase.size() > maxPassPhrase))
         return {};
-    auto const quoted = [](std::string const &text) {
-        return '"' + ShellQuote(text, ShellPosition::DoubleQuoted) + '"';
-    };
-    std::istringstream output(
-        ShellCommand("wpa_passphrase " + quoted(ssid) + ' ' + quoted(passPhrase), maxPassPhraseOutput));
+    std::istringstream output(ShellCommand(
+        Command("wpa_passphrase").DoubleQuoted(ssid).DoubleQuoted(passPhrase), maxPassPhraseOutput));
 
     constexpr std::string_view keyMark = "psk=";
     for (std::string line; std::getline(output, line);) {

@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/CountryChannels.h"
-#include "WebApps/webconfig/util/ShellQuote.h"
 #include "tests/unit/util/LogCapture.h"
 
 namespace {

@@ -10,7 +10,7 @@ namespace webconfig::apps::wifi {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
-constexpr char script[] = "/etc/init.d/network_funcs.sh ";
+constexpr char script[] = "/etc/init.d/network_funcs.sh";
 constexpr std::size_t keyLength = 64;
 
 }  // namespace
@@ -35,7 +35,7 @@ bool IsCountryLocked() {
 }
 
 data::Message Apply(std::string const &function, std::string const &what) {
-    int const status = util::RunCommand(script + function);
+    int const status = util::RunCommand(util::Command(script).Arg(function));
     if (status == 0)
         return data::Message::OK("Configuration saved successfully");
     int const exitCode = status >> 8 & 0xFF;

@@ -56,7 +56,7 @@ void Regulatory::_SetDomain(data::RegulatoryWifi &content, cPrmLib &store) {
     if (domain.empty())
         return;
     std::string output;
-    util::ShellCommand("lmu -r " + util::ShellQuote(domain, util::ShellPosition::Bare), output);
+    util::ShellCommand(util::Command("lmu").Arg("-r").Arg(domain), output);
     if (output.find("successfully set") == std::string::npos) {
         content.message = data::Message::Error("Could not set regulatory domain");
         return;

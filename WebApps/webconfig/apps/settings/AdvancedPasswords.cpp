@@ -15,15 +15,15 @@ constexpr unsigned maxOutput = 4096;
 
 /// Some shells' echo takes backslashes for its own, so a password that has one goes another way, where
 /// commands may be hardened.
-std::string DigestCommand(std::string const &password) {
-    std::string const quoted = util::ShellQuote(password, util::ShellPosition::DoubleQuoted);
-    bool const printed = quoted != password && password.find('\\') != std::string::npos;
-    return std::string(printed ? "printf %s" : "echo -n") + " \"" + webAccount + quoted +
-           "\" | md5sum | cut -d' ' -f1";
+util::Command DigestCommand(std::string const &password) {
+    bool const printed = util::IsShellHardened() && password.find('\\') != std::string::npos;
+    return (printed ? util::Command("printf %s") : util::Command("echo -n"))
+        .DoubleQuoted(webAccount + password)
+        .Then("| md5sum | cut -d' ' -f1");
 }
 
 /// Stores \a hash and, where that succeeds, runs \a command to put it into effect.
-data::Message StoreHash(char const *key, std::string const &hash, std::string const &command) {
+data::Message StoreHash(char const *key, std::string const &hash, util::Command const &command) {
     ParameterWriter writer;
     writer.Set(key, hash);
     if (writer.Ok()) {
@@ -48,7 +48,7 @@ data::Message Settings::_WebPassword(forms::AdvancedPassword &form) {
     if (hash.empty())
         return data::Message::Error("Error: The web password could not be changed");
     form.clear();
-    return StoreHash(webDigestKey, hash, "/usr/sbin/lighttpd_set_passwd.sh > /dev/null");
+    return StoreHash(webDigestKey, hash, util::Command("/usr/sbin/lighttpd_set_passwd.sh > /dev/null"));
 }
 
 bool Settings::_SaveRootPassword(data::Advanced &content) {
@@ -65,13 +65,14 @@ bool Settings::_SaveRootPassword(data::Advanced &content) {
 data::Message Settings::_RootPassword(forms::AdvancedPassword &form) {
     if (!form.Agree())
         return data::Message::SaveError();
-    std::string const command =
-        "cryptpw " + util::ShellQuote(form.password.value(), util::ShellPosition::Bare);
+    util::Command const command = util::Command("cryptpw").Arg(form.password.value());
     std::string const hash = util::Trim(util::ShellCommand(command, maxOutput));
     if (hash.empty())
         return data::Message::SaveError();
     form.clear();
-    return StoreHash(rootHashKey, hash, "echo -n 'root:" + hash + "' | chpasswd --encrypted > /dev/null");
+    return StoreHash(
+        rootHashKey, hash,
+        util::Command("echo -n").SingleQuoted("root:" + hash).Then("| chpasswd --encrypted > /dev/null"));
 }
 
 }  // namespace webconfig::apps

@@ -1,8 +1,9 @@
-#include "WebApps/webconfig/util/ShellQuote.h"
+#include "WebApps/webconfig/util/Command.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "WebApps/webconfig/util/Commands.h"
@@ -40,30 +41,34 @@ std::vector<std::string> HostileValues() {
 
 TEST_F(HardenedShell, ReadsTheCharactersAsTheyAre) {
     for (std::string const &value : HostileValues()) {
-        EXPECT_EQ(ShellCommand("printf '[%s]' \"a " + ShellQuote(value, ShellPosition::DoubleQuoted) + " z\"",
-                               4096),
-                  "[a " + value + " z]");
-        EXPECT_EQ(ShellCommand("printf '[%s]' " + ShellQuote(value, ShellPosition::Bare) + " z", 4096),
-                  '[' + value + "][z]");
+        Command const command =
+            Command("printf '[%s]'").Arg(value).SingleQuoted(value).DoubleQuoted(value).Then("z | cat");
+        std::string const read = '[' + value + ']';
+        EXPECT_EQ(ShellCommand(command, 4096), read + read + read + "[z]");
     }
     std::string const cut("a\"\0; b", 6);
-    EXPECT_EQ(ShellQuote(cut, ShellPosition::DoubleQuoted), "a\\\"; b");
-    EXPECT_EQ(ShellQuote(cut, ShellPosition::Bare), "'a\"; b'");
+    EXPECT_EQ(std::string(Command().Arg(cut).SingleQuoted(cut).DoubleQuoted(cut)),
+              R"('a"; b' 'a"; b' "a\"; b")");
 }
 
 TEST_F(HardenedShell, OrdinaryValuesStayByteForByte) {
     for (std::string const value : {"", "FCC", "/tmp/a-b_c.bin", "user@host:80", "50%", "a=b,c+d"}) {
-        EXPECT_EQ(ShellQuote(value, ShellPosition::DoubleQuoted), value);
-        EXPECT_EQ(ShellQuote(value, ShellPosition::Bare), value);
+        EXPECT_EQ(std::string(Command("run").Arg(value).SingleQuoted(value).DoubleQuoted(value)),
+                  "run " + value + " '" + value + "' \"" + value + '"');
     }
-    EXPECT_EQ(ShellQuote("My network's #1", ShellPosition::DoubleQuoted), "My network's #1");
+    EXPECT_EQ(std::string(Command("run").DoubleQuoted("My network's #1")), "run \"My network's #1\"");
+    EXPECT_EQ(std::string(Command("run").EndOptions().Arg("-h").Then("> /dev/null")),
+              "run -- -h > /dev/null");
 }
 
 TEST(UnhardenedShell, GetsTheValuesUnchanged) {
     for (std::string const &value : HostileValues()) {
-        EXPECT_EQ(ShellQuote(value, ShellPosition::DoubleQuoted), value);
-        EXPECT_EQ(ShellQuote(value, ShellPosition::Bare), value);
+        EXPECT_EQ(std::string(Command("run").EndOptions().Arg(value).SingleQuoted(value).DoubleQuoted(value)),
+                  "run " + value + " '" + value + "' \"" + value + '"');
     }
 }
+
+static_assert(std::is_constructible_v<Command, ConstantText>);
+static_assert(!std::is_constructible_v<Command, std::string>, "a value is no command line");
 
 }  // namespace
