@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "tests/pages/support/Browser.h"
 #include "tests/pages/support/Device.h"
@@ -31,6 +33,10 @@ class AdvancedTest : public testing::Test {
     Html Press(std::string const &submit, Fields fields = {}) {
         fields.emplace_back("submit", submit);
         return Html(browser.Post(advancedPage, fields).body);
+    }
+    Html SetPassword(std::string const &word, std::string const &password) {
+        return Press("Save " + word + " Password",
+                     {{"password" + word, password}, {"passwordConfirm" + word, password}});
     }
     static std::string Stored(std::string const &key) { return device::Shell("prm get " + key); }
     static bool IsRebootFlagged() { return std::filesystem::exists(rebootFlag); }
@@ -188,8 +194,7 @@ TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
     for (std::string const password :
          {"plain-1", "two words", "a\"b$(touch /tmp/run)`c`", R"(back\slash\n\\end)", "it's; rm -rf x",
           "-n -e x", "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F!"}) {
-        Html const page =
-            Press("Save Web Password", {{"passwordWeb", password}, {"passwordConfirmWeb", password}});
+        Html const page = SetPassword("Web", password);
         EXPECT_EQ(page.One(successMessage), saved) << password;
         EXPECT_EQ(page.Count("//input[@id='cfg_adv_passwd_Web' and @value]"), 0U) << "not shown again";
         device::WriteFile("/tmp/account", "admin:Orvane Configuration Tool:" + password);
@@ -203,28 +208,71 @@ TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
 
 TEST_F(AdvancedTest, TheRootPasswordIsHashedStoredAndSet) {
     std::string const before = device::Shell("grep ^root: /etc/shadow");
-    std::string const password = "it's \"$HOME\" \\n";
-    Html const page =
-        Press("Save Root Password", {{"passwordRoot", password}, {"passwordConfirmRoot", password}});
-    EXPECT_EQ(page.One(successMessage), saved);
-    std::string hash = Stored("system/digest/root");
-    ASSERT_FALSE(hash.empty());
-    hash.pop_back();
-    EXPECT_EQ(device::Shell("getent shadow root | cut -d: -f2"), hash + '\n');
-    device::WriteFile("/tmp/password", password);
-    EXPECT_EQ(device::Shell("perl -e 'print crypt(<STDIN>, $ARGV[0])' '" + hash + "' </tmp/password"), hash);
-    EXPECT_EQ(device::TakeCommands().back(), natSetup);
+    for (std::string const password : {"it's \"$HOME\" \\n", "-5 Sterne", "--help"}) {
+        Html const page = SetPassword("Root", password);
+        EXPECT_EQ(page.One(successMessage), saved) << password;
+        EXPECT_EQ(page.Count("//input[@id='cfg_adv_passwd_Root' and @value]"), 0U) << "not shown again";
+        std::string hash = Stored("system/digest/root");
+        hash.erase(hash.find_last_not_of('\n') + 1);
+        EXPECT_EQ(device::Shell("getent shadow root | cut -d: -f2"), hash + '\n');
+        device::WriteFile("/tmp/password", password);
+        EXPECT_EQ(device::Shell("perl -e 'print crypt(<STDIN>, $ARGV[0])' '" + hash + "' </tmp/password"),
+                  hash)
+            << password;
+        EXPECT_EQ(device::TakeCommands().back(), natSetup);
+    }
     device::WriteFile("/tmp/password", before);
     device::Shell("cut -d: -f1,2 /tmp/password | chpasswd --encrypted; rm /tmp/password");
 }
 
-TEST_F(AdvancedTest, WithoutAHashNothingChanges) {
-    device::RecordingProgram const cryptpw("/usr/bin/cryptpw", "exit 1");
-    std::string const stored = Stored("system/digest/root");
-    EXPECT_EQ(Press("Save Root Password", {{"passwordRoot", "secret"}, {"passwordConfirmRoot", "secret"}})
-                  .One(failureMessage),
-              notSaved);
-    EXPECT_EQ(Stored("system/digest/root"), stored);
+TEST_F(AdvancedTest, WithoutAHashOrAStoreNothingChangesAndTheEntriesStay) {
+    constexpr char noWebHash[] = "Error: The web password could not be changed";
+    constexpr char usage[] = "echo 'Usage: hash [PASSWORD]'";
+    struct {
+        std::string word;
+        char const *program;
+        char const *script;
+        char const *message;
+    } const cases[] = {
+        {"Root", "/usr/bin/cryptpw", "exit 1", notSaved},
+        {"Root", "/usr/bin/cryptpw", usage, notSaved},
+        {"Root", "/usr/bin/cryptpw", "echo usage", notSaved},
+        {"Root", "", "", notSaved},
+        {"Web", "/usr/bin/md5sum", "exit 1", noWebHash},
+        {"Web", "/usr/bin/md5sum", usage, noWebHash},
+        {"Web", "", "", notSaved},
+    };
+    for (auto const &c : cases) {
+        std::string const key = c.word == "Root" ? "system/digest/root" : "webman/digest/admin";
+        std::string const stored = Stored(key);
+        std::optional<device::RecordingProgram> standIn;
+        std::optional<device::RefusedKey> refused;
+        if (*c.program)
+            standIn.emplace(c.program, c.script);
+        else
+            refused.emplace(key);
+        Html const page = SetPassword(c.word, "secret");
+        EXPECT_EQ(page.One(failureMessage), c.message) << c.word << c.script;
+        EXPECT_EQ(page.One("//input[@id='cfg_adv_passwd_" + c.word + "']/@value"), "secret") << c.word;
+        EXPECT_EQ(Stored(key), stored) << c.word << c.script;
+        Lines const commands = device::TakeCommands();
+        EXPECT_EQ(std::count(commands.begin(), commands.end(), natSetup), 0) << c.word << c.script;
+    }
+}
+
+TEST_F(AdvancedTest, OptionsEndBeforeARootPasswordWhereCommandsAreHardened) {
+    device::RecordingProgram const cryptpw("/usr/bin/cryptpw", "exit 0");
+    device::Process process(device::Configuration(9104));
+    Browser plain("http://127.0.0.1:9104");
+    ASSERT_TRUE(plain.WaitUntilUp());
+    Fields const fields = {{"passwordRoot", "-5 blanks"},
+                           {"passwordConfirmRoot", "-5 blanks"},
+                           {"submit", "Save Root Password"}};
+    device::TakeCommands();
+    EXPECT_EQ(Html(plain.Post(advancedPage, fields).body).One(failureMessage), notSaved);
+    EXPECT_EQ(device::TakeCommands(), Lines{"/usr/bin/cryptpw -5 blanks"});
+    EXPECT_EQ(Html(browser.Post(advancedPage, fields).body).One(failureMessage), notSaved);
+    EXPECT_EQ(device::TakeCommands(), Lines{"/usr/bin/cryptpw -- -5 blanks"});
 }
 
 TEST_F(AdvancedTest, TheBackupHasEveryParameterWithItsType) {

@@ -22,11 +22,23 @@ util::Command DigestCommand(std::string const &password) {
         .Then("| md5sum | cut -d' ' -f1");
 }
 
-/// Stores \a hash and, where that succeeds, runs \a command to put it into effect.
-data::Message StoreHash(char const *key, std::string const &hash, util::Command const &command) {
+/// What \a command prints; empty where that is no hash but, say, how the program is to be used.
+std::string HashOf(util::Command const &command) {
+    constexpr std::size_t shortestHash = 13;
+    constexpr char alphabet[] = "./0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz$=,_-";
+    std::string const output = util::Trim(util::ShellCommand(command, maxOutput));
+    bool const isHash =
+        output.size() >= shortestHash && output.find_first_not_of(alphabet) == std::string::npos;
+    return isHash ? output : "";
+}
+
+/// Stores \a hash and, where that succeeds, empties \a form and runs \a command to put the hash into effect.
+data::Message StoreHash(forms::AdvancedPassword &form, char const *key, std::string const &hash,
+                        util::Command const &command) {
     ParameterWriter writer;
     writer.Set(key, hash);
     if (writer.Ok()) {
+        form.clear();
         util::RunCommand(command);
         util::RunCommand(applyRemoteAccess);
     }
@@ -44,11 +56,10 @@ bool Settings::_SaveWebPassword(data::Advanced &content) {
 data::Message Settings::_WebPassword(forms::AdvancedPassword &form) {
     if (!form.Agree())
         return data::Message::ValidationError();
-    std::string const hash = util::Trim(util::ShellCommand(DigestCommand(form.password.value()), maxOutput));
+    std::string const hash = HashOf(DigestCommand(form.password.value()));
     if (hash.empty())
         return data::Message::Error("Error: The web password could not be changed");
-    form.clear();
-    return StoreHash(webDigestKey, hash, util::Command("/usr/sbin/lighttpd_set_passwd.sh > /dev/null"));
+    return StoreHash(form, webDigestKey, hash, util::Command("/usr/sbin/lighttpd_set_passwd.sh > /dev/null"));
 }
 
 bool Settings::_SaveRootPassword(data::Advanced &content) {
@@ -65,13 +76,11 @@ bool Settings::_SaveRootPassword(data::Advanced &content) {
 data::Message Settings::_RootPassword(forms::AdvancedPassword &form) {
     if (!form.Agree())
         return data::Message::SaveError();
-    util::Command const command = util::Command("cryptpw").Arg(form.password.value());
-    std::string const hash = util::Trim(util::ShellCommand(command, maxOutput));
+    std::string const hash = HashOf(util::Command("cryptpw").EndOptions().Arg(form.password.value()));
     if (hash.empty())
         return data::Message::SaveError();
-    form.clear();
     return StoreHash(
-        rootHashKey, hash,
+        form, rootHashKey, hash,
         util::Command("echo -n").SingleQuoted("root:" + hash).Then("| chpasswd --encrypted > /dev/null"));
 }
 
