@@ -1,39 +1,30 @@
 #include "WebApps/webconfig/forms/AccessPoint.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
 
 AccessPoint::AccessPoint() {
-    enabled.name("apEnabled");
-    enabled.id("ap_enabled");
-    enabled.message("Access Point Enabled");
+    SetUp(enabled, "apEnabled", "ap_enabled", "Access Point Enabled");
     add(enabled);
 
     country.code.attributes_string("onchange=\"apCountryCodeChange(this)\"");
     add(country);
 
-    security.name("apSecurity");
-    security.id("ap_security");
-    security.message("Security Type");
+    SetUp(security, "apSecurity", "ap_security", "Security Type");
     security.add("WPA/WPA2 - Personal", "wpa");
     security.selected_id("wpa");
     add(security);
 
-    ssid.name("apEssId");
-    ssid.id("ap_ess_id");
-    ssid.message("SSID");
+    SetUp(ssid, "apEssId", "ap_ess_id", "SSID");
     add(ssid);
 
-    passPhrase.name("apPassPhrase");
-    passPhrase.id("ap_pass_phrase");
-    passPhrase.message("Password (length: 8~63)");
+    SetUp(passPhrase, "apPassPhrase", "ap_pass_phrase", "Password (length: 8~63)");
     passPhrase.error_message("Invalid length");
     add(passPhrase);
 
-    save.name("apSubmit");
-    save.id("ap_submit");
-    save.value("Save");
+    SetUpSubmit(save, "apSubmit", "ap_submit", "Save");
     add(save);
 }
 

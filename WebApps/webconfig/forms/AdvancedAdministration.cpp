@@ -1,5 +1,7 @@
 #include "WebApps/webconfig/forms/AdvancedAdministration.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
+
 namespace webconfig::forms {
 
 AdvancedAdministration::AdvancedAdministration() {
@@ -15,33 +17,28 @@ AdvancedAdministration::AdvancedAdministration() {
         {cellularDebug, "gsmDebug", "Enable Cellular debug log"},
     };
     for (auto const &entry : switches) {
-        entry.widget.name(entry.name);
-        entry.widget.message(entry.message);
+        SetUp(entry.widget, entry.name, noId, entry.message);
         add(entry.widget);
     }
 
-    save.name("submit");
-    save.value("Save");
+    SetUpSubmit(save, "submit", noId, "Save");
     add(save);
 
-    eraseType.name("eraseType");
+    SetUp(eraseType, "eraseType", noId);
     eraseType.add("Application", "erase_sensors");
     eraseType.add("All (requires reboot)", "erase_all");
     add(eraseType);
 
-    erase.name("submit");
-    erase.value("Erase");
-    erase.message("Erase persistent configuration");
+    SetUpSubmit(erase, "submit", noId, "Erase", "Erase persistent configuration");
     erase.help("Requires reboot");
     add(erase);
 
-    partition.name("eraseWhich");
+    SetUp(partition, "eraseWhich", noId);
     partition.add("Log Partition", "erase_log");
     partition.add("Data Partition", "erase_data");
     add(partition);
 
-    erasePartition.name("submit");
-    erasePartition.value("ErasePartition");
+    SetUpSubmit(erasePartition, "submit", noId, "ErasePartition");
     add(erasePartition);
 }
 

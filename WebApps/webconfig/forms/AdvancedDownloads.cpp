@@ -1,41 +1,33 @@
 #include "WebApps/webconfig/forms/AdvancedDownloads.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
+
 namespace webconfig::forms {
 
 AdvancedConfiguration::AdvancedConfiguration() {
-    backup.name("submit");
-    backup.value("Backup Configuration");
-    backup.message("Backup Configuration");
+    SetUpSubmit(backup, "submit", noId, "Backup Configuration", "Backup Configuration");
     add(backup);
 
-    file.name("configurationFile");
-    file.message("Configuration file");
+    SetUp(file, "configurationFile", noId, "Configuration file");
     file.disabled(true);
     add(file);
 
-    reboot.name("rebootAfterRestore");
-    reboot.message("Reboot afterwards");
+    SetUp(reboot, "rebootAfterRestore", noId, "Reboot afterwards");
     reboot.disabled(true);
     add(reboot);
 
-    restore.name("submit");
-    restore.value("Restore Configuration");
-    restore.message("Restore Configuration (not available)");
+    SetUpSubmit(restore, "submit", noId, "Restore Configuration", "Restore Configuration (not available)");
     restore.disabled(true);
     add(restore);
 }
 
 AdvancedSyslog::AdvancedSyslog() {
-    download.name("submit");
-    download.value("Download");
-    download.message("Download the system log");
+    SetUpSubmit(download, "submit", noId, "Download", "Download the system log");
     add(download);
 }
 
 AdvancedDeployerLog::AdvancedDeployerLog() {
-    download.name("submit");
-    download.value("Download log");
-    download.message("Download the deployer log");
+    SetUpSubmit(download, "submit", noId, "Download log", "Download the deployer log");
     add(download);
 }
 

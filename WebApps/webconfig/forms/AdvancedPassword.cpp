@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/forms/AdvancedPassword.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
@@ -11,20 +12,15 @@ constexpr unsigned minLength = 5;
 }  // namespace
 
 AdvancedPassword::AdvancedPassword(std::string const &word) {
-    password.name("password" + word);
-    password.id("cfg_adv_passwd_" + word);
-    password.message("New Password");
+    SetUp(password, "password" + word, "cfg_adv_passwd_" + word, "New Password");
     util::validation::MinLength(password, minLength);
     add(password);
 
-    confirmation.name("passwordConfirm" + word);
-    confirmation.id("cfg_adv_passwd_cnfm_" + word);
-    confirmation.message("Confirm Password");
+    SetUp(confirmation, "passwordConfirm" + word, "cfg_adv_passwd_cnfm_" + word, "Confirm Password");
     util::validation::MinLength(confirmation, minLength);
     add(confirmation);
 
-    save.name("submit");
-    save.value("Save " + word + " Password");
+    SetUpSubmit(save, "submit", noId, "Save " + word + " Password");
     add(save);
 }
 

@@ -1,26 +1,21 @@
 #include "WebApps/webconfig/forms/AssemblySerialN.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
 
 AssemblySerialN::AssemblySerialN() {
-    current.name("currentAssemblySN");
-    current.id("cfg_current_assembly_sn");
-    current.message("Current Assembly SN");
+    SetUp(current, "currentAssemblySN", "cfg_current_assembly_sn", "Current Assembly SN");
     current.readonly(true);
     current.attributes_string("style='background-color:#F5F5F5;'");
     add(current);
 
-    next.name("newAssemblySN");
-    next.id("cfg_new_assembly_sn");
-    next.message("New Assembly SN");
+    SetUp(next, "newAssemblySN", "cfg_new_assembly_sn", "New Assembly SN");
     util::validation::Length(next, 10, 30);
     add(next);
 
-    button.name("btnASN");
-    button.id("btn_asn");
-    button.value(saveSerialNumber);
+    SetUpSubmit(button, "btnASN", "btn_asn", saveSerialNumber);
     add(button);
 }
 

@@ -1,30 +1,23 @@
 #include "WebApps/webconfig/forms/DNSServer.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
+
 namespace webconfig::forms {
 
 DNSServer::DNSServer() {
-    dnsServer0.name("dnsServer0");
-    dnsServer0.id("cfg_eth1_dns0");
-    dnsServer0.message("Preferred DNS Server");
+    SetUp(dnsServer0, "dnsServer0", "cfg_eth1_dns0", "Preferred DNS Server");
     add(dnsServer0);
 
-    dnsServer1.name("dnsServer1");
-    dnsServer1.id("cfg_eth1_dns1");
-    dnsServer1.message("Alternate DNS Server");
+    SetUp(dnsServer1, "dnsServer1", "cfg_eth1_dns1", "Alternate DNS Server");
     add(dnsServer1);
 
-    dnsSuffix.name("dnsSuffix");
-    dnsSuffix.id("cfg_eth1_dnssfx");
-    dnsSuffix.message("DNS Suffix");
+    SetUp(dnsSuffix, "dnsSuffix", "cfg_eth1_dnssfx", "DNS Suffix");
     add(dnsSuffix);
 
-    isAppend.name("isAppend");
-    isAppend.message("Append to System DNS Configuration");
+    SetUp(isAppend, "isAppend", noId, "Append to System DNS Configuration");
     add(isAppend);
 
-    saveButton.name("saveButton");
-    saveButton.id("cfg_eth1_save");
-    saveButton.value("Save");
+    SetUpSubmit(saveButton, "saveButton", "cfg_eth1_save", "Save");
     add(saveButton);
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
@@ -30,47 +31,35 @@ std::string DottedNetmask(unsigned prefix) {
 }  // namespace
 
 Ethernet1::Ethernet1() {
-    addressMode.name("addressMode");
-    addressMode.id("cfg_eth1_address_mode");
-    addressMode.message("Address Mode");
+    SetUp(addressMode, "addressMode", "cfg_eth1_address_mode", "Address Mode");
     addressMode.add("Static", "static");
     addressMode.add("DHCP", "dhcp");
     addressMode.selected_id("static");
     util::validation::NonEmpty(addressMode);
     add(addressMode);
 
-    ipAddress.name("ipAddress");
-    ipAddress.id("cfg_eth1_ip");
-    ipAddress.message("IP Address");
+    SetUp(ipAddress, "ipAddress", "cfg_eth1_ip", "IP Address");
     ipAddress.error_message(invalidAddress);
     add(ipAddress);
 
-    netmask.name("netmask");
-    netmask.id("cfg_eth1_netmask");
-    netmask.message("Netmask");
+    SetUp(netmask, "netmask", "cfg_eth1_netmask", "Netmask");
     for (unsigned prefix = longestPrefix; prefix >= shortestPrefix; --prefix) {
         std::string const dotted = DottedNetmask(prefix);
         netmask.add(dotted + '/' + std::to_string(prefix), dotted);
     }
     add(netmask);
 
-    gateway.name("gateway");
-    gateway.id("cfg_eth1_gateway");
-    gateway.message("Gateway");
+    SetUp(gateway, "gateway", "cfg_eth1_gateway", "Gateway");
     gateway.error_message(invalidAddress);
     add(gateway);
 
-    speedsAvailable.name("speedsAvailable");
-    speedsAvailable.id("cfg_eth1_speed");
-    speedsAvailable.message("Available speeds");
+    SetUp(speedsAvailable, "speedsAvailable", "cfg_eth1_speed", "Available speeds");
     speedsAvailable.rows(4);
     speedsAvailable.at_least(1);
     speedsAvailable.error_message("At least one speed must be selected");
     add(speedsAvailable);
 
-    saveButton.name("saveButton");
-    saveButton.id("cfg_eth1_save");
-    saveButton.value("Save");
+    SetUpSubmit(saveButton, "saveButton", "cfg_eth1_save", "Save");
     add(saveButton);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cppcms/http_file.h>
 
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
@@ -17,17 +18,14 @@ constexpr char notAnImage[] = "This is not a firmware image; its name ends in .b
 }  // namespace
 
 Firmware::Firmware() {
-    file.name("fwupload");
-    file.id("cfg_frw_file");
-    file.message("Load Firmware");
+    SetUp(file, "fwupload", "cfg_frw_file", "Load Firmware");
     util::validation::Length(file, minSize, maxSize);
     file.filename(booster::regex(imageNames));
     file.add_valid_magic(imageMagic);
     // The type that the browser declares is no rule here: the handler tells and logs it.
     add(file);
 
-    load.id("cfg_frw_save");
-    load.value("Load Firmware");
+    SetUpSubmit(load, noName, "cfg_frw_save", "Load Firmware");
     add(load);
 }
 

@@ -1,26 +1,21 @@
 #include "WebApps/webconfig/forms/General.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
 
 General::General() {
-    deviceName.name("deviceName");
-    deviceName.id("cfg_grl_device_name");
-    deviceName.message("Device Name");
+    SetUp(deviceName, "deviceName", "cfg_grl_device_name", "Device Name");
     util::validation::Length(deviceName, 1, 64);
     add(deviceName);
 
-    language.name("language");
-    language.id("cfg_grl_lang");
-    language.message("Language");
+    SetUp(language, "language", "cfg_grl_lang", "Language");
     language.add("English", "");
     util::validation::NonEmpty(language);
     add(language);
 
-    save.name("save");
-    save.id("cfg_grl_save");
-    save.value("Save");
+    SetUpSubmit(save, "save", "cfg_grl_save", "Save");
     add(save);
 }
 

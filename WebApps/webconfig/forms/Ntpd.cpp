@@ -2,32 +2,26 @@
 
 #include <string>
 
+#include "WebApps/webconfig/forms/SetUp.h"
+
 namespace webconfig::forms {
 
 Ntpd::Ntpd() {
-    ntpdEnabled.name("ntpdEnabled");
-    ntpdEnabled.id("ntpd_enabled");
-    ntpdEnabled.message("Allow ntpd");
+    SetUp(ntpdEnabled, "ntpdEnabled", "ntpd_enabled", "Allow ntpd");
     add(ntpdEnabled);
 
     for (std::size_t i = 0; i < servers.size(); ++i) {
         std::string const number = std::to_string(i);
-        servers[i].name("server" + number);
-        servers[i].id("cfg_ntpd_server" + number);
-        servers[i].message("Server " + number + " Address");
+        SetUp(servers[i], "server" + number, "cfg_ntpd_server" + number, "Server " + number + " Address");
         add(servers[i]);
     }
 
-    submit.name("submit");
-    submit.id("cfg_ntpd_save");
-    submit.value("Save");
+    SetUpSubmit(submit, "submit", "cfg_ntpd_save", "Save");
     add(submit);
 }
 
 NtpManualSync::NtpManualSync() {
-    submit.name("submit");
-    submit.id("status_ntp_manual_sync");
-    submit.value("Jump system time");
+    SetUpSubmit(submit, "submit", "status_ntp_manual_sync", "Jump system time");
     add(submit);
 }
 

@@ -1,49 +1,27 @@
 #include "WebApps/webconfig/forms/PortForwarding.h"
 
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 #include "WebApps/webconfig/util/Strings.h"
 
 namespace webconfig::forms {
 
-namespace {
-
-void SetUpPort(widgets::Port &port, char const *name, std::string const &id) {
-    port.name(name);
-    port.id(id);
-}
-
-void SetUpHidden(cppcms::widgets::hidden &field, char const *name, std::string const &id = {}) {
-    field.name(name);
-    if (!id.empty())
-        field.id(id);
-}
-
-void SetUpSubmit(cppcms::widgets::submit &button, char const *name, char const *caption, char const *id) {
-    button.name(name);
-    button.id(id);
-    button.value(caption);
-}
-
-}  // namespace
-
-PortForwardingRule::PortForwardingRule(std::string const &id) {
-    protocol.name("protocol");
+PortForwardingRule::PortForwardingRule(std::string const &id, std::string const &protocolId) {
+    SetUp(protocol, "protocol", protocolId);
     protocol.add("TCP", "tcp");
     protocol.add("UDP", "udp");
     protocol.selected_id("tcp");
     util::validation::NonEmpty(protocol);
 
-    SetUpPort(sourcePort, "sourcePort", id + "src_port");
-    destinationIP.name("destinationIP");
-    destinationIP.id(id + "dest_ip");
+    SetUp(sourcePort, "sourcePort", id + "src_port");
+    SetUp(destinationIP, "destinationIP", id + "dest_ip");
     destinationIP.error_message("Invalid IP address");
-    SetUpPort(destinationPort, "destinationPort", id + "dest_port");
+    SetUp(destinationPort, "destinationPort", id + "dest_port");
 }
 
-PortForwardingAddRule::PortForwardingAddRule() : PortForwardingRule("cfg_pfwadd_") {
-    protocol.id("cfg_pfwadd_proto");
-    SetUpSubmit(addButton, "add", "Add Row", "cfg_pfwadd_add");
+PortForwardingAddRule::PortForwardingAddRule() : PortForwardingRule("cfg_pfwadd_", "cfg_pfwadd_proto") {
+    SetUpSubmit(addButton, "add", "cfg_pfwadd_add", "Add Row");
 
     add(protocol);
     add(sourcePort);
@@ -52,14 +30,13 @@ PortForwardingAddRule::PortForwardingAddRule() : PortForwardingRule("cfg_pfwadd_
     add(addButton);
 }
 
-PortForwardingEditRule::PortForwardingEditRule() : PortForwardingRule("cfg_pfw_") {
-    protocol.id("cfg_pfw_protocol");
-    SetUpHidden(protocolOld, "protocolOld", "cfg_pfw_protocol_old");
-    SetUpHidden(sourcePortOld, "sourcePortOld", "cfg_pfw_src_port_old");
-    SetUpHidden(destinationIPOld, "destinationIPOld", "cfg_pfw_dest_ip_old");
-    SetUpHidden(destinationPortOld, "destinationPortOld", "cfg_pfw_dest_port_old");
-    SetUpSubmit(saveButton, "save", "Save", "cfg_pfw_save");
-    SetUpSubmit(cancelButton, "cancel", "Cancel", "cfg_pfw_cancel");
+PortForwardingEditRule::PortForwardingEditRule() : PortForwardingRule("cfg_pfw_", "cfg_pfw_protocol") {
+    SetUp(protocolOld, "protocolOld", "cfg_pfw_protocol_old");
+    SetUp(sourcePortOld, "sourcePortOld", "cfg_pfw_src_port_old");
+    SetUp(destinationIPOld, "destinationIPOld", "cfg_pfw_dest_ip_old");
+    SetUp(destinationPortOld, "destinationPortOld", "cfg_pfw_dest_port_old");
+    SetUpSubmit(saveButton, "save", "cfg_pfw_save", "Save");
+    SetUpSubmit(cancelButton, "cancel", "cfg_pfw_cancel", "Cancel");
 
     add(protocol);
     add(protocolOld);
@@ -81,8 +58,8 @@ void PortForwardingEditRule::Restore() {
 }
 
 PortForwardingGeneral::PortForwardingGeneral() {
-    SetUpHidden(editing, "editing");
-    SetUpHidden(rowId, "rowId");
+    SetUp(editing, "editing", noId);
+    SetUp(rowId, "rowId", noId);
     add(editing);
     add(rowId);
 }

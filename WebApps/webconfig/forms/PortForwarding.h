@@ -18,8 +18,8 @@ class PortForwardingRule : public Base {
     widgets::Port destinationPort;
 
   protected:
-    /// \a id is what the ids of the inputs begin with. The widgets are not in the form yet.
-    explicit PortForwardingRule(std::string const &id);
+    /// \a id is what the ids of the other inputs begin with. The widgets are not in the form yet.
+    PortForwardingRule(std::string const &id, std::string const &protocolId);
 };
 
 class PortForwardingAddRule : public PortForwardingRule {

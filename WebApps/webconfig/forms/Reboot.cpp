@@ -1,11 +1,11 @@
 #include "WebApps/webconfig/forms/Reboot.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
+
 namespace webconfig::forms {
 
 Reboot::Reboot() {
-    reboot.id("cfg_rbt_reboot");
-    reboot.message("Reboot");
-    reboot.value("Reboot");
+    SetUpSubmit(reboot, noName, "cfg_rbt_reboot", "Reboot", "Reboot");
     add(reboot);
 }
 

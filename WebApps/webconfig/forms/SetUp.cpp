@@ -2,22 +2,23 @@
 
 namespace webconfig::forms {
 
-void SetUp(cppcms::widgets::base_widget &widget, std::string const &name, std::string const &id,
-           std::string const &label) {
+void SetUp(cppcms::widgets::base_widget &widget, std::string const &name, std::string const &id) {
     widget.name(name);
-    SetUp(widget, id, label);
+    widget.id(id);
 }
 
-void SetUp(cppcms::widgets::base_widget &widget, std::string const &id, std::string const &label) {
-    widget.id(id);
+void SetUp(cppcms::widgets::base_widget &widget, std::string const &name, std::string const &id,
+           std::string const &label) {
+    SetUp(widget, name, id);
     widget.message(label);
 }
 
 void SetUpSubmit(cppcms::widgets::submit &button, std::string const &name, std::string const &id,
-                 std::string const &caption) {
-    button.name(name);
-    button.id(id);
+                 std::string const &caption, std::string const &label) {
+    SetUp(button, name, id);
     button.value(caption);
+    if (!label.empty())
+        button.message(label);
 }
 
 }  // namespace webconfig::forms

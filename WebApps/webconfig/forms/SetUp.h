@@ -6,15 +6,19 @@
 
 namespace webconfig::forms {
 
+/// In the place of a name: the widget takes the one of its place in the form.
+inline constexpr char noName[] = "";
+inline constexpr char noId[] = "";
+
+/// Gives a widget its names.
+void SetUp(cppcms::widgets::base_widget &widget, std::string const &name, std::string const &id);
+
 /// Gives a widget its names and the label in front of it.
 void SetUp(cppcms::widgets::base_widget &widget, std::string const &name, std::string const &id,
            std::string const &label);
 
-/// The same without a name: the widget takes the one of its place in the form.
-void SetUp(cppcms::widgets::base_widget &widget, std::string const &id, std::string const &label);
-
-/// Gives a button its names and its caption.
+/// Gives a button its names, its caption and the label in front of it, where it has one.
 void SetUpSubmit(cppcms::widgets::submit &button, std::string const &name, std::string const &id,
-                 std::string const &caption);
+                 std::string const &caption, std::string const &label = {});
 
 }  // namespace webconfig::forms

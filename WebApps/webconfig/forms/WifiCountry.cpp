@@ -1,6 +1,7 @@
 #include "WebApps/webconfig/forms/WifiCountry.h"
 
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/util/CountryChannels.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Wifi.h"
@@ -8,21 +9,16 @@
 namespace webconfig::forms {
 
 WifiCountry::WifiCountry(std::string const &prefix) {
-    code.name(prefix + "CountryCode");
-    code.id(prefix + "_country_code");
-    code.message("Country Code");
+    SetUp(code, prefix + "CountryCode", prefix + "_country_code", "Country Code");
     code.error_message("This country is not available");
     for (auto const &[country, channels] : util::getCountryChannels())
         code.add(country, country);
     add(code);
 
-    copy.name(prefix + "CountryCode");
-    copy.id(prefix + "_country_code_copy");
+    SetUp(copy, prefix + "CountryCode", prefix + "_country_code_copy");
     add(copy);
 
-    regulatoryDomain.name(prefix + "RegulatoryDomain");
-    regulatoryDomain.id(prefix + "_regulatory_domain");
-    regulatoryDomain.message("Regulatory Domain");
+    SetUp(regulatoryDomain, prefix + "RegulatoryDomain", prefix + "_regulatory_domain", "Regulatory Domain");
     regulatoryDomain.readonly(true);
     regulatoryDomain.attributes_string("style='background-color:#DCDCDC;'");
     add(regulatoryDomain);

@@ -1,25 +1,20 @@
 #include "WebApps/webconfig/forms/Wlan.h"
 
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
 
 Wlan::Wlan() {
-    enabled.name("wlanEnabled");
-    enabled.id("wlan_enabled");
-    enabled.message("WLAN Enabled");
+    SetUp(enabled, "wlanEnabled", "wlan_enabled", "WLAN Enabled");
     add(enabled);
 
-    ssid.name("wlanEssId");
-    ssid.id("wlan_ess_id");
-    ssid.message("SSID");
+    SetUp(ssid, "wlanEssId", "wlan_ess_id", "SSID");
     add(ssid);
 
     add(country);
 
-    security.name("wlanSecurity");
-    security.id("wlan_security");
-    security.message("Security Type");
+    SetUp(security, "wlanSecurity", "wlan_security", "Security Type");
     security.add("None", "none");
     security.add("WPA/WPA2 - Personal", "wpa");
     security.add("WPA/WPA2 - Enterprise", "wpa_eap");
@@ -27,26 +22,18 @@ Wlan::Wlan() {
     security.attributes_string("onchange=\"wlanSecurityChange()\"");
     add(security);
 
-    identity.name("wlanIdentity");
-    identity.id("wlan_identity");
-    identity.message("Username");
+    SetUp(identity, "wlanIdentity", "wlan_identity", "Username");
     identity.error_message("This field is required");
     add(identity);
 
-    passPhrase.name("wlanPassPhrase");
-    passPhrase.id("wlan_pass_phrase");
-    passPhrase.message("Password");
+    SetUp(passPhrase, "wlanPassPhrase", "wlan_pass_phrase", "Password");
     passPhrase.error_message("Invalid length, minimum 8 if security type is not 'None'");
     add(passPhrase);
 
-    mobile.name("wlanMobileQx");
-    mobile.id("wlan_mobile_qx");
-    mobile.message("Allow Mobile QX connection");
+    SetUp(mobile, "wlanMobileQx", "wlan_mobile_qx", "Allow Mobile QX connection");
     add(mobile);
 
-    save.name("wlanSubmit");
-    save.id("wlan_submit");
-    save.value("Save");
+    SetUpSubmit(save, "wlanSubmit", "wlan_submit", "Save");
     add(save);
 }
 

@@ -1,29 +1,30 @@
 #include "WebApps/webconfig/forms/Cellular/Cellular.h"
 
 #include "WebApps/webconfig/forms/Cellular/SaveButton.h"
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
 
 Cellular::Cellular() {
-    SetUp(enabled, "cfg_cell_enabled", "Enabled");
+    SetUp(enabled, noName, "cfg_cell_enabled", "Enabled");
     add(enabled);
 
-    SetUp(radioTechnology, "cfg_cell_radiotech", "Radio Technology");
+    SetUp(radioTechnology, noName, "cfg_cell_radiotech", "Radio Technology");
     radioTechnology.add("GSM/UMTS", "GSM");
     util::validation::NonEmpty(radioTechnology);
     add(radioTechnology);
 
-    SetUp(allowRoaming, "cfg_cell_roam", "Allow Roaming");
+    SetUp(allowRoaming, noName, "cfg_cell_roam", "Allow Roaming");
     add(allowRoaming);
 
-    SetUp(checkReceiving, "cfg_cell_check_receiving", "Reset On No Data Reception");
+    SetUp(checkReceiving, noName, "cfg_cell_check_receiving", "Reset On No Data Reception");
     add(checkReceiving);
 
-    SetUp(useSimPin, "cfg_cell_use_sim_pin", "Use SIM PIN");
+    SetUp(useSimPin, noName, "cfg_cell_use_sim_pin", "Use SIM PIN");
     add(useSimPin);
 
-    SetUp(simPin, "cfg_cell_sim_pin", "SIM PIN");
+    SetUp(simPin, noName, "cfg_cell_sim_pin", "SIM PIN");
     add(simPin);
 
     SetUpSaveButton(save, "cellular", "cfg_cell_save");

@@ -1,35 +1,38 @@
 #include "WebApps/webconfig/forms/Cellular/CellularCdma.h"
 
 #include "WebApps/webconfig/forms/Cellular/SaveButton.h"
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
 namespace webconfig::forms {
 
 CellularCdma::CellularCdma() {
-    SetUp(carrier, "cfg_cell_cdma_carrier", "CDMA Carrier");
+    SetUp(carrier, noName, "cfg_cell_cdma_carrier", "CDMA Carrier");
     carrier.add("Verizon", "verizon");
     carrier.add("Sprint", "sprint");
     carrier.add("Custom", "custom");
     add(carrier);
 
-    SetUp(username, "cfg_cell_username", "Username");
+    SetUp(username, noName, "cfg_cell_username", "Username");
     add(username);
 
-    SetUp(password, "cfg_cell_password", "Password");
+    SetUp(password, noName, "cfg_cell_password", "Password");
     add(password);
 
-    SetUp(dialCommand, "cfg_cell_cdma_dial_cmd", "Dial Command");
+    SetUp(dialCommand, noName, "cfg_cell_cdma_dial_cmd", "Dial Command");
     util::validation::NonEmpty(dialCommand);
     add(dialCommand);
 
-    SetUp(activationCommand, "cfg_cell_cdma_custom_activation_command", "CDMA Custom Activation Command");
+    SetUp(activationCommand, noName, "cfg_cell_cdma_custom_activation_command",
+          "CDMA Custom Activation Command");
     add(activationCommand);
 
-    SetUp(activationResponse, "cfg_cell_cdma_custom_activation_response", "CDMA Custom Activation Response");
+    SetUp(activationResponse, noName, "cfg_cell_cdma_custom_activation_response",
+          "CDMA Custom Activation Response");
     add(activationResponse);
 
     // The doubled word of the id: kept.
-    SetUp(forceActivation, "cfg_cell_cell_force_activation", "Force Activation");
+    SetUp(forceActivation, noName, "cfg_cell_cell_force_activation", "Force Activation");
     add(forceActivation);
 
     SetUpSaveButton(save, "cdma", "cfg_cell_cdma_save");

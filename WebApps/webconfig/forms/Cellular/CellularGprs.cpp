@@ -4,6 +4,7 @@
 
 #include "WebApps/webconfig/forms/Cellular/SaveButton.h"
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Strings.h"
@@ -23,7 +24,7 @@ constexpr char automaticMode[] = "0";
 }  // namespace
 
 CellularGprs::CellularGprs() {
-    SetUp(preferredNetwork, "cfg_cell_preferred_network", "Preferred Network");
+    SetUp(preferredNetwork, noName, "cfg_cell_preferred_network", "Preferred Network");
     preferredNetwork.add(automatic, automatic);
     AddOperators(util::Prm::GetString(operatorsKey).substr(0, maxOperators));
     util::validation::NonEmpty(preferredNetwork);
@@ -32,22 +33,22 @@ CellularGprs::CellularGprs() {
     SetUpSubmit(refresh, "gprsNetwork", "cfg_refresh_network", refreshCaption);
     add(refresh);
 
-    SetUp(simType, "cfg_cell_sim_type", "SIM Type");
+    SetUp(simType, noName, "cfg_cell_sim_type", "SIM Type");
     simType.readonly(true);
     simType.attributes_string("style='background-color:#DCDCDC;'");
     add(simType);
 
-    SetUp(apn, "cfg_cell_apn", "APN");
+    SetUp(apn, noName, "cfg_cell_apn", "APN");
     util::validation::NonEmpty(apn);
     add(apn);
 
-    SetUp(username, "cfg_cell_username", "Username");
+    SetUp(username, noName, "cfg_cell_username", "Username");
     add(username);
 
-    SetUp(password, "cfg_cell_password", "Password");
+    SetUp(password, noName, "cfg_cell_password", "Password");
     add(password);
 
-    SetUp(dialCommand, "cfg_cell_gprs_dial_cmd", "Dial Command");
+    SetUp(dialCommand, noName, "cfg_cell_gprs_dial_cmd", "Dial Command");
     util::validation::NonEmpty(dialCommand);
     add(dialCommand);
 
