@@ -3,20 +3,17 @@
 #include <string>
 
 #include "WebApps/webconfig/apps/Base.h"
-
 #include "WebApps/webconfig/data/PortForwardingRules.h"
 
 namespace webconfig::data {
-struct AccessPoint;
-struct Cellular;
 struct Ethernet1;
 struct OpenVPN;
-struct Orvane;
 struct PortForwarding;
-struct Wlan;
 }  // namespace webconfig::data
 
 namespace webconfig::apps {
+
+struct EthernetPort;
 
 /// Pages of the network settings.
 class Network : public Base {
@@ -37,11 +34,8 @@ class Network : public Base {
     /// Registers a page at "/" + \a name, under \a name for links.
     void _Page(std::string const &name, void (Network::*handler)());
 
-    /// A wired port: the name of its page, the keys of its settings.
-    struct EthernetPort;
     /// The page of a wired port, all but its command output.
     void EthernetInternal(data::Ethernet1 &content, EthernetPort const &port);
-    void _EthernetSave(data::Ethernet1 &content, EthernetPort const &port);
 
     // One for each button of the page.
     void _OpenVPNSave(data::OpenVPN &content);
@@ -50,8 +44,6 @@ class Network : public Base {
     /// Installs the configuration at \a path. False where that fails, with the text for the page in
     /// \a error or, where there is none, an empty text.
     static bool _OpenVPNUpdate(std::string const &path, std::string &error);
-
-    void _OrvaneSave(data::Orvane &content);
 
     static void _PortForwardingLoadData(data::PortForwardingRules &rules);
     static bool _PortForwardingCheckRule(data::PortForwarding &content, data::PortForwardingKey const &key);
@@ -65,16 +57,6 @@ class Network : public Base {
     static void _PortForwardingPrmWriteEntry(data::PortForwardingKey const &key,
                                              data::PortForwardingEntry const &entry);
     static void _PortForwardingPrmDeleteEntry(data::PortForwardingKey const &key);
-
-    // One for each button of the page; \a apnPrefix is what the keys of the SIM card's access begin with.
-    void _CellularSave(data::Cellular &content);
-    void _CellularGprsSave(data::Cellular &content, std::string const &apnPrefix);
-    static void _CellularRefreshNetwork(data::Cellular &content);
-    static void _CellularCancelRefresh(data::Cellular &content);
-    void _CellularCdmaSave(data::Cellular &content);
-
-    static void _AccessPointSave(data::AccessPoint &content, std::string const &channel);
-    static void _WlanSave(data::Wlan &content);
 };
 
 }  // namespace webconfig::apps

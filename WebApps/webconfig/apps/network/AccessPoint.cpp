@@ -60,32 +60,7 @@ bool IsChannelOffered(data::AccessPoint const &content, std::string const &chann
     return std::find(entries.begin(), entries.end(), channel) != entries.end();
 }
 
-}  // namespace
-
-void Network::AccessPoint() {
-    util::Prm::FlushReadCache();  // the WLAN page and scripts change what this page reads
-    data::AccessPoint content;
-    Prepare(content);
-    content.title = "Config Access Point";
-    content.status_url = StatusUrl();
-    LoadFromStore(content);
-    LoadModule(content);
-
-    ShowStored(content);
-    if (HttpPost()) {
-        std::string const channel = HttpPost(channelField);
-        if (!channel.empty())
-            content.chosen_channel = channel;
-        if (ValidateForm(content.form))
-            _AccessPointSave(content, channel);
-        else
-            content.message = data::Message::ValidationError();
-    }
-    content.form.country.ShowDomain();
-    render("AccessPoint", content);
-}
-
-void Network::_AccessPointSave(data::AccessPoint &content, std::string const &channel) {
+void Save(data::AccessPoint &content, std::string const &channel) {
     forms::AccessPoint &form = content.form;
     bool const switchesOn = form.enabled.value() && !content.enabled;
     ParameterWriter writer;
@@ -122,6 +97,31 @@ void Network::_AccessPointSave(data::AccessPoint &content, std::string const &ch
     content.message = wifi::Apply("wifi_ap", "access point");
     if (content.message.GetResultClass() == data::Message::ResultClass::Error && switchesOn)
         form.enabled.value(false);  // the store keeps "yes"
+}
+
+}  // namespace
+
+void Network::AccessPoint() {
+    util::Prm::FlushReadCache();  // the WLAN page and scripts change what this page reads
+    data::AccessPoint content;
+    Prepare(content);
+    content.title = "Config Access Point";
+    content.status_url = StatusUrl();
+    LoadFromStore(content);
+    LoadModule(content);
+
+    ShowStored(content);
+    if (HttpPost()) {
+        std::string const channel = HttpPost(channelField);
+        if (!channel.empty())
+            content.chosen_channel = channel;
+        if (ValidateForm(content.form))
+            Save(content, channel);
+        else
+            content.message = data::Message::ValidationError();
+    }
+    content.form.country.ShowDomain();
+    render("AccessPoint", content);
 }
 
 }  // namespace webconfig::apps

@@ -83,6 +83,66 @@ void Load(forms::CellularCdma &form) {
     form.forceActivation.value(false);
 }
 
+data::Message Store(forms::Cellular &form) {
+    ParameterWriter writer;
+    writer.Set(functionKey, std::string(form.enabled.value() ? dialup : noFunction))
+        .Set(radioTechnologyKey, form.radioTechnology.selected_id())
+        .SetSwitch(roamingKey, form.allowRoaming.value())
+        .SetSwitch(checkReceivingKey, form.checkReceiving.value())
+        .SetSwitch(useSimPinKey, form.useSimPin.value());
+    if (form.useSimPin.value())
+        writer.Set(simPinKey, form.simPin.value());
+    else
+        form.simPin.value(util::Prm::GetString(simPinKey));
+    return writer.Result();
+}
+
+data::Message Store(forms::CellularGprs &form, Sim const &sim) {
+    std::string const prefix = sim.apnPrefix;
+    ParameterWriter writer;
+    writer.Set(prefix + "apn", form.apn.value())
+        .Set(prefix + "username", form.username.value())
+        .Set(prefix + "password", form.password.value())
+        .Set(gprsDialCommandKey, form.dialCommand.value())
+        .Set(form.modeKey, form.NetworkMode());
+    return writer.Result();
+}
+
+data::Message Store(forms::CellularCdma &form) {
+    ParameterWriter writer;
+    writer.Set(carrierKey, form.carrier.selected_id())
+        .Set(cdmaUsernameKey, form.username.value())
+        .Set(cdmaPasswordKey, form.password.value())
+        .Set(cdmaDialCommandKey, form.dialCommand.value())
+        .Set(activationCommandKey, form.activationCommand.value())
+        .Set(activationResponseKey, form.activationResponse.value());
+    if (form.forceActivation.value())
+        writer.SetSwitch(forceActivationKey, true);
+    form.forceActivation.value(false);
+    return writer.Result();
+}
+
+void RefreshNetworks(data::Cellular &content) {
+    ParameterWriter writer;
+    writer.SetSwitch(content.gprs.refreshKey, true);
+    content.message = writer.Result();
+    content.selected_tab = writer.Ok() ? StatusTab : GprsTab;  // the status tells how it goes on
+    if (writer.Ok()) {
+        content.gprs.refresh.value(content.gprs.cancelCaption);
+        content.gprs.save.disabled(true);
+        content.main.save.disabled(true);
+    }
+}
+
+void CancelRefresh(data::Cellular &content) {
+    content.selected_tab = GprsTab;
+    ParameterWriter writer;
+    writer.SetSwitch(content.gprs.refreshKey, false);
+    content.message = writer.Result({});
+    if (writer.Ok())
+        content.gprs.refresh.value(content.gprs.refreshCaption);
+}
+
 }  // namespace
 
 void Network::Cellular() {
@@ -99,99 +159,27 @@ void Network::Cellular() {
     if (HttpPost()) {
         constexpr char save[] = "Save";
         std::string const network = HttpPost("gprsNetwork");
-        if (HttpPost("cellular") == save)
-            _CellularSave(content);
-        else if (HttpPost("gprs") == save)
-            _CellularGprsSave(content, sim.apnPrefix);
-        else if (network == content.gprs.refreshCaption)
-            _CellularRefreshNetwork(content);
-        else if (network == content.gprs.cancelCaption)
-            _CellularCancelRefresh(content);
-        else if (HttpPost("cdma") == save)
-            _CellularCdmaSave(content);
-        else
-            content.message = data::Message::ValidationError();
+        content.message = data::Message::ValidationError();
+        if (HttpPost("cellular") == save) {
+            content.selected_tab = MainTab;
+            if (ValidateForm(content.main))
+                content.message = Store(content.main);
+        } else if (HttpPost("gprs") == save) {
+            content.selected_tab = GprsTab;
+            if (ValidateForm(content.gprs))
+                content.message = Store(content.gprs, sim);
+        } else if (network == content.gprs.refreshCaption) {
+            RefreshNetworks(content);
+        } else if (network == content.gprs.cancelCaption) {
+            CancelRefresh(content);
+        } else if (HttpPost("cdma") == save) {
+            content.selected_tab = CdmaTab;
+            if (ValidateForm(content.cdma))
+                content.message = Store(content.cdma);
+        }
     }
     content.gprs.simType.value(sim.name);  // whatever was sent for it
     render("Cellular", content);
-}
-
-void Network::_CellularSave(data::Cellular &content) {
-    content.selected_tab = MainTab;
-    forms::Cellular &form = content.main;
-    if (!ValidateForm(form)) {
-        content.message = data::Message::ValidationError();
-        return;
-    }
-    ParameterWriter writer;
-    writer.Set(functionKey, std::string(form.enabled.value() ? dialup : noFunction))
-        .Set(radioTechnologyKey, form.radioTechnology.selected_id())
-        .SetSwitch(roamingKey, form.allowRoaming.value())
-        .SetSwitch(checkReceivingKey, form.checkReceiving.value())
-        .SetSwitch(useSimPinKey, form.useSimPin.value());
-    if (form.useSimPin.value())
-        writer.Set(simPinKey, form.simPin.value());
-    else
-        form.simPin.value(util::Prm::GetString(simPinKey));
-    content.message = writer.Result();
-}
-
-void Network::_CellularGprsSave(data::Cellular &content, std::string const &apnPrefix) {
-    content.selected_tab = GprsTab;
-    forms::CellularGprs &form = content.gprs;
-    if (!ValidateForm(form)) {
-        content.message = data::Message::ValidationError();
-        return;
-    }
-    ParameterWriter writer;
-    writer.Set(apnPrefix + "apn", form.apn.value())
-        .Set(apnPrefix + "username", form.username.value())
-        .Set(apnPrefix + "password", form.password.value())
-        .Set(gprsDialCommandKey, form.dialCommand.value())
-        .Set(form.modeKey, form.NetworkMode());
-    content.message = writer.Result();
-}
-
-void Network::_CellularRefreshNetwork(data::Cellular &content) {
-    ParameterWriter writer;
-    writer.SetSwitch(content.gprs.refreshKey, true);
-    content.message = writer.Result();
-    content.selected_tab = writer.Ok() ? StatusTab : GprsTab;  // the status tells how it goes on
-    if (writer.Ok()) {
-        content.gprs.refresh.value(content.gprs.cancelCaption);
-        content.gprs.save.disabled(true);
-        content.main.save.disabled(true);
-    }
-}
-
-void Network::_CellularCancelRefresh(data::Cellular &content) {
-    content.selected_tab = GprsTab;
-    ParameterWriter writer;
-    writer.SetSwitch(content.gprs.refreshKey, false);
-    if (writer.Ok())
-        content.gprs.refresh.value(content.gprs.refreshCaption);
-    else
-        content.message = data::Message::SaveError();
-}
-
-void Network::_CellularCdmaSave(data::Cellular &content) {
-    content.selected_tab = CdmaTab;
-    forms::CellularCdma &form = content.cdma;
-    if (!ValidateForm(form)) {
-        content.message = data::Message::ValidationError();
-        return;
-    }
-    ParameterWriter writer;
-    writer.Set(carrierKey, form.carrier.selected_id())
-        .Set(cdmaUsernameKey, form.username.value())
-        .Set(cdmaPasswordKey, form.password.value())
-        .Set(cdmaDialCommandKey, form.dialCommand.value())
-        .Set(activationCommandKey, form.activationCommand.value())
-        .Set(activationResponseKey, form.activationResponse.value());
-    if (form.forceActivation.value())
-        writer.SetSwitch(forceActivationKey, true);
-    form.forceActivation.value(false);
-    content.message = writer.Result();
 }
 
 }  // namespace webconfig::apps

@@ -8,7 +8,8 @@
 
 namespace webconfig::apps {
 
-struct Network::EthernetPort {
+/// A wired port: the name of its page, the keys of its settings.
+struct EthernetPort {
     char const *name;
     char const *modeKey;
     char const *ipKey;
@@ -38,6 +39,19 @@ constexpr Diagnosis diagnoses[] = {
     {"DHCP Leases", "cat /tmp/dhcp.leases", 4096},
 };
 
+/// With DHCP the fixed address stays as it was.
+bool Store(forms::Ethernet1 &form, EthernetPort const &port) {
+    ParameterWriter writer;
+    if (!form.IsDhcp()) {
+        writer.Set(port.ipKey, form.ipAddress.value())
+            .Set(port.gatewayKey, form.gateway.value())
+            .Set(port.netmaskKey, form.netmask.selected_id());
+    }
+    writer.Set(port.modeKey, form.addressMode.selected_id())
+        .Set(port.speedKey, static_cast<int>(form.SpeedMask()));
+    return writer.Ok();
+}
+
 }  // namespace
 
 void Network::Ethernet1() {
@@ -60,10 +74,15 @@ void Network::EthernetInternal(data::Ethernet1 &content, EthernetPort const &por
     bool const post = HttpPost();
     if (post) {
         form.AddSpeeds(0);
-        if (ValidateForm(form))
-            _EthernetSave(content, port);
-        else
+        if (!ValidateForm(form)) {
             content.message = data::Message::ValidationError();
+        } else if (!Store(form, port)) {
+            content.message = data::Message::SaveError();
+        } else {
+            content.message =
+                data::Message::OK(std::string(port.name) + " settings updated, reboot to take effect");
+            RequireReboot(content);
+        }
     }
     // With DHCP the fields of the fixed address were not in use: show what is stored.
     if (!post || form.IsDhcp()) {
@@ -74,23 +93,6 @@ void Network::EthernetInternal(data::Ethernet1 &content, EthernetPort const &por
     }
     if (!post)
         form.AddSpeeds(static_cast<unsigned>(util::Prm::GetInt(port.speedKey)));
-}
-
-void Network::_EthernetSave(data::Ethernet1 &content, EthernetPort const &port) {
-    forms::Ethernet1 &form = content.form;
-    ParameterWriter writer;
-    if (!form.IsDhcp()) {
-        writer.Set(port.ipKey, form.ipAddress.value())
-            .Set(port.gatewayKey, form.gateway.value())
-            .Set(port.netmaskKey, form.netmask.selected_id());
-    }
-    writer.Set(port.modeKey, form.addressMode.selected_id())
-        .Set(port.speedKey, static_cast<int>(form.SpeedMask()));
-
-    content.message =
-        writer.Result(data::Message::OK(std::string(port.name) + " settings updated, reboot to take effect"));
-    if (writer.Ok())
-        RequireReboot(content);
 }
 
 }  // namespace webconfig::apps

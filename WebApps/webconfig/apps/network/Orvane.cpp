@@ -1,5 +1,8 @@
 #include "WebApps/webconfig/data/Orvane.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/util/Prm.h"
@@ -61,31 +64,25 @@ void Network::Orvane() {
     Prepare(content);
     content.title = "Orvane Server Configuration";
     content.status_url = StatusUrl();
-    if (HttpPost())
-        _OrvaneSave(content);
+
+    if (HttpPost()) {
+        auto const isPressed = [this](std::string const &button) { return HttpPost(button) == "Save"; };
+        auto const *const path = std::find_if(std::begin(paths), std::end(paths),
+                                              [&](Path const &known) { return isPressed(known.name); });
+        content.message = data::Message::ValidationError();
+        if (isPressed("configuration")) {
+            if (ValidateForm(content.common)) {
+                SwitchLink(content.common.enabled.value());
+                content.message = {};
+            }
+        } else if (path != std::end(paths)) {
+            content.selected_tab = path->tab;
+            if (ValidateForm(content.*path->form))
+                content.message = Store(*path, content.*path->form);
+        }
+    }
     LoadFromStore(content);
     render("Orvane", content);
-}
-
-void Network::_OrvaneSave(data::Orvane &content) {
-    constexpr char pressed[] = "Save";
-    content.message = data::Message::ValidationError();
-    if (HttpPost("configuration") == pressed) {
-        if (ValidateForm(content.common)) {
-            SwitchLink(content.common.enabled.value());
-            content.message = {};
-        }
-        return;
-    }
-    for (auto const &path : paths) {
-        if (HttpPost(path.name) != pressed)
-            continue;
-        content.selected_tab = path.tab;
-        forms::Orvane &form = content.*path.form;
-        if (ValidateForm(form))
-            content.message = Store(path, form);
-        return;
-    }
 }
 
 }  // namespace webconfig::apps

@@ -91,27 +91,7 @@ bool WriteSecurity(data::Wlan &content, ParameterWriter &writer) {
     return true;
 }
 
-}  // namespace
-
-void Network::Wlan() {
-    data::Wlan content;
-    Prepare(content);
-    content.title = "Config WLAN";
-    content.status_url = StatusUrl();
-    content.country_locked = wifi::IsCountryLocked();
-    LoadFromStore(content);
-
-    if (!HttpPost())
-        ShowStored(content);
-    else if (!ValidateForm(content.form))
-        content.message = data::Message::ValidationError();
-    else
-        _WlanSave(content);
-    content.form.country.ShowDomain();
-    render("Wlan", content);
-}
-
-void Network::_WlanSave(data::Wlan &content) {
+void Save(data::Wlan &content) {
     forms::Wlan &form = content.form;
     ParameterWriter writer;
     if (!form.enabled.value()) {
@@ -137,6 +117,26 @@ void Network::_WlanSave(data::Wlan &content) {
     form.passPhrase.value("");
     content.message = wifi::Apply("wifi_client", "WLAN client");
     util::RunCommand(applyRules);  // whatever the module's script said
+}
+
+}  // namespace
+
+void Network::Wlan() {
+    data::Wlan content;
+    Prepare(content);
+    content.title = "Config WLAN";
+    content.status_url = StatusUrl();
+    content.country_locked = wifi::IsCountryLocked();
+    LoadFromStore(content);
+
+    if (!HttpPost())
+        ShowStored(content);
+    else if (!ValidateForm(content.form))
+        content.message = data::Message::ValidationError();
+    else
+        Save(content);
+    content.form.country.ShowDomain();
+    render("Wlan", content);
 }
 
 }  // namespace webconfig::apps
