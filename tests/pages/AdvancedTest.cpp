@@ -260,19 +260,39 @@ TEST_F(AdvancedTest, WithoutAHashOrAStoreNothingChangesAndTheEntriesStay) {
     }
 }
 
-TEST_F(AdvancedTest, OptionsEndBeforeARootPasswordWhereCommandsAreHardened) {
+TEST_F(AdvancedTest, ValuesStandInCommandsAsTheyAreUnlessHardened) {
     device::RecordingProgram const cryptpw("/usr/bin/cryptpw", "exit 0");
+    device::RecordingProgram const setPassword("/usr/sbin/lighttpd_set_passwd.sh", "exit 0");
+    device::KeptParameters const wifi("net/wifi/");
+    device::Shell("prm set net/wifi/vendor laird; prm set net/wifi/region_code FCC");
     device::Process process(device::Configuration(9104));
     Browser plain("http://127.0.0.1:9104");
     ASSERT_TRUE(plain.WaitUntilUp());
-    Fields const fields = {{"passwordRoot", "-5 blanks"},
-                           {"passwordConfirmRoot", "-5 blanks"},
-                           {"submit", "Save Root Password"}};
     device::TakeCommands();
-    EXPECT_EQ(Html(plain.Post(advancedPage, fields).body).One(failureMessage), notSaved);
-    EXPECT_EQ(device::TakeCommands(), Lines{"/usr/bin/cryptpw -5 blanks"});
-    EXPECT_EQ(Html(browser.Post(advancedPage, fields).body).One(failureMessage), notSaved);
-    EXPECT_EQ(device::TakeCommands(), Lines{"/usr/bin/cryptpw -- -5 blanks"});
+    struct {
+        Browser &client;
+        char const *end;  // of options
+        char const *answer;
+    } const cases[] = {{plain, "", "42"}, {browser, "-- ", "$((6 * 7))"}};
+    for (auto const &c : cases) {
+        auto const press = [&](std::string const &word, std::string const &password) {
+            Fields const fields = {{"password" + word, password},
+                                   {"passwordConfirm" + word, password},
+                                   {"submit", "Save " + word + " Password"}};
+            return Html(c.client.Post(advancedPage, fields).body);
+        };
+        EXPECT_EQ(press("Root", "-5 $((6 * 7))").One(failureMessage), notSaved);
+        EXPECT_EQ(device::TakeCommands(), Lines{std::string("/usr/bin/cryptpw ") + c.end + "-5 " + c.answer});
+
+        EXPECT_EQ(press("Web", "web $((6 * 7))").One(successMessage), saved);
+        device::WriteFile("/tmp/account", std::string("admin:Orvane Configuration Tool:web ") + c.answer);
+        EXPECT_EQ(Stored("webman/digest/admin"), device::Shell("md5sum </tmp/account | cut -d' ' -f1"));
+        device::TakeCommands();
+
+        c.client.Post("/config/regulatory/wifi", Fields{{"hidden_domain", "X$((6 * 7))"}, {"Save", "Save"}});
+        EXPECT_EQ(device::TakeCommands(), Lines{std::string("/usr/sbin/lmu -r X") + c.answer});
+    }
+    std::filesystem::remove("/tmp/account");
 }
 
 TEST_F(AdvancedTest, TheBackupHasEveryParameterWithItsType) {
