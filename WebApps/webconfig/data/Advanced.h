@@ -10,8 +10,8 @@
 namespace webconfig::data {
 
 struct Advanced : public BaseTabbed {
-    unsigned refresh_interval = 2000;  // milliseconds
-    std::string status_url;
+    Advanced() { refresh_interval = 2000; }
+
     std::string log_partition;
     std::string data_partition;
     forms::AdvancedAdministration administration;

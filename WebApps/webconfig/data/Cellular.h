@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/forms/Cellular/Cellular.h"
 #include "WebApps/webconfig/forms/Cellular/CellularCdma.h"
@@ -10,11 +8,11 @@
 namespace webconfig::data {
 
 struct Cellular : public BaseTabbed {
+    Cellular() { refresh_interval = 2000; }
+
     forms::Cellular main;
     forms::CellularGprs gprs;
     forms::CellularCdma cdma;
-    unsigned refresh_interval = 2000;  // milliseconds
-    std::string status_url;
 };
 
 }  // namespace webconfig::data

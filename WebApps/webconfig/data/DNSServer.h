@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/forms/DNSServer.h"
 
@@ -9,8 +7,6 @@ namespace webconfig::data {
 
 struct DNSServer : public BaseTabbed {
     forms::DNSServer form;
-    unsigned refresh_interval = 1000;  // milliseconds
-    std::string status_url;
 };
 
 }  // namespace webconfig::data

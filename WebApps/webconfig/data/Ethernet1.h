@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/data/ShellOutput.h"
 #include "WebApps/webconfig/forms/Ethernet1.h"
@@ -11,8 +9,6 @@ namespace webconfig::data {
 struct Ethernet1 : public BaseTabbed {
     forms::Ethernet1 form;
     ShellOutput commands;
-    unsigned refresh_interval = 1000;  // milliseconds
-    std::string status_url;
 };
 
 }  // namespace webconfig::data

@@ -15,7 +15,6 @@ struct Firmware : public BaseTabbed {
     std::string base_version;
     std::string versions;
     std::string tool_status;
-    std::string status_url;
 };
 
 }  // namespace webconfig::data

@@ -13,8 +13,6 @@ struct General : public BaseTabbed {
     std::string device_id;
     forms::General form;
     ShellOutput status;
-    unsigned refresh_interval = 1000;  // milliseconds
-    std::string status_url;
 };
 
 }  // namespace webconfig::data

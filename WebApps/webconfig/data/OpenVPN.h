@@ -16,8 +16,6 @@ struct OpenVPN : public BaseTabbed {
     forms::OpenVPNFileConfiguration file;
     forms::OpenVPNRemoteConfiguration remote;
     std::string configuration_name = "None";  // of the installed file
-    unsigned refresh_interval = 1000;         // milliseconds
-    std::string status_url;
 };
 
 }  // namespace webconfig::data

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/forms/Orvane.h"
 
@@ -12,8 +10,6 @@ struct Orvane : public BaseTabbed {
     forms::Orvane mesh{"mesh"};
     forms::Orvane cellular{"cellular"};
     forms::Orvane openvpn{"openvpn"};
-    unsigned refresh_interval = 1000;  // milliseconds
-    std::string status_url;
 };
 
 }  // namespace webconfig::data

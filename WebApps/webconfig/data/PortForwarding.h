@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/data/PortForwardingRules.h"
 #include "WebApps/webconfig/forms/PortForwarding.h"
@@ -14,8 +12,6 @@ struct PortForwarding : public BaseTabbed {
     forms::PortForwardingEditRule edit_rule;
     forms::PortForwardingAddRule add_rule;
     forms::PortForwardingGeneral general;
-    unsigned refresh_interval = 1000;  // milliseconds
-    std::string status_url;
 
     /// Whether the user rule at position \a row is open for editing.
     bool IsEdited(int row) { return general.editing.value() == "true" && general.IsRow(row); }

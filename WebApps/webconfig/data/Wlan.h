@@ -9,8 +9,6 @@ namespace webconfig::data {
 
 struct Wlan : public BaseTabbed {
     forms::Wlan form;
-    unsigned refresh_interval = 1000;  // milliseconds
-    std::string status_url;
 
     // As stored.
     bool enabled = false;

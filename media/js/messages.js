@@ -1,0 +1,42 @@
+// The message box of a page: what became of the last action, or what goes on.
+(function () {
+    "use strict";
+
+    /** How long a result message that is not static stays, in milliseconds. */
+    const messageTime = 8000;
+
+    /** Lets the timed messages among the given boxes fade when their time is over. */
+    function FadeFormResultMsg($boxes) {
+        $boxes.not(".static").delay(messageTime).fadeOut("slow");
+    }
+
+    /** Hides the result messages; static ones stay. */
+    function ClearFormResultMsg() {
+        $(".form_result_msg").not(".static").stop(true, true).hide();
+    }
+
+    function showMessage(text, classes) {
+        let $box = $(".form_result_msg").first();
+        if (!$box.length) {
+            $box = $("<div role='status'>").insertBefore($("body").children().not(".alerts").first());
+        }
+        $box.stop(true, true).attr("class", classes + " form_result_msg").text(text).show();
+        FadeFormResultMsg($box);
+    }
+
+    /** Shows a result message for some seconds. The text is never taken as markup.
+     *  @param cssClass "success", "failure" or any other style class; empty for a neutral box. */
+    function ShowFormResultMsg(text, cssClass) {
+        showMessage(text, cssClass || "");
+    }
+
+    /** Shows a result message that stays, in place of the one shown before. */
+    function ShowStaticFormResultMsg(text, cssClass) {
+        showMessage(text, (cssClass || "") + " static");
+    }
+
+    window.FadeFormResultMsg = FadeFormResultMsg;
+    window.ClearFormResultMsg = ClearFormResultMsg;
+    window.ShowFormResultMsg = ShowFormResultMsg;
+    window.ShowStaticFormResultMsg = ShowStaticFormResultMsg;
+})();

@@ -1,0 +1,30 @@
+(function () {
+    "use strict";
+
+    window.ShowEthernetStatus = function ($box, result) {
+        $box.empty();
+        if ("brctl" in result) {
+            $box.append(StatusSection("Bridge Setup", result.brctl), StatusSection("Bridge Interface", result.br1));
+        }
+        $box.append(
+            StatusSection("Ethernet1 Interface", result.eth1),
+            StatusSection("Ethernet1 Settings", result.ethtool),
+        );
+    };
+
+    /** The address of the device is typed in static mode only. */
+    window.FollowAddressMode = function () {
+        const $mode = $("[name='addressMode']");
+        const $address = $("[name='ipAddress'], [name='netmask'], [name='gateway']");
+
+        function switchAddress() {
+            const dhcp = $mode.val() === "dhcp";
+            $address.prop("disabled", dhcp).parent().parent().toggle(!dhcp);
+        }
+
+        $(function () {
+            $mode.on("change", switchAddress);
+            switchAddress();
+        });
+    };
+})();

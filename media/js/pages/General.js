@@ -1,0 +1,13 @@
+(function () {
+    "use strict";
+
+    window.ShowGeneralStatus = function ($box, result) {
+        $box.empty().append(
+            StatusSection("Date", result.date),
+            StatusSection("Uptime", result.uptime),
+            StatusSection("Board Temperature", result.boardTemp),
+            StatusSection("Top", result.top, true),
+            StatusSection("Process Status", result.processStatus, true),
+        );
+    };
+})();

@@ -1,0 +1,126 @@
+// Live status: keeps a box fresh while it is in sight, and what status boxes are made of.
+(function () {
+    "use strict";
+
+    /** What a status box says when a call was answered with an error, and when it got no answer. */
+    const statusProblems = {
+        refused: (error) => "Error retrieving status: " + error,
+        failed: (request, status, error) => "Error retrieving status: " + error + "[" + status + "]",
+    };
+    const briefStatusProblems = {
+        refused: (error) => error,
+        failed: (request) => "Invalid Status " + request.status,
+    };
+
+    /** Calls a status method.
+     *  @param options more settings of the request.
+     *  @returns the request of jQuery, which resolves to the whole answer, `error` and `result`. */
+    function CallStatus(url, method, id, params = [], options = {}) {
+        return $.ajax({
+            type: "POST",
+            url: url,
+            contentType: "application/json; charset=UTF-8",
+            dataType: "json",
+            data: JSON.stringify({ method: method, params: params, id: id }),
+            ...options,
+        });
+    }
+
+    /** Keeps a box fresh: calls a status method once per interval while the box is in sight. The next
+     *  interval begins when the answer is there, so that calls never pile up.
+     *  @param interval in milliseconds.
+     *  @param show is given the box (jQuery) and each result, and fills the box.
+     *  @param problems the texts for failures, such as statusProblems, which is the default.
+     *  @param wanted tells whether to call; by default, whether the box is in sight. */
+    function PollStatus(
+        url,
+        method,
+        id,
+        interval,
+        boxSelector,
+        show,
+        problems = statusProblems,
+        wanted = () => $(boxSelector).is(":visible"),
+    ) {
+        function arm() {
+            setTimeout(poll, interval);
+        }
+
+        function poll() {
+            if (!wanted()) {
+                arm();
+                return;
+            }
+            const $box = $(boxSelector);
+            CallStatus(url, method, id)
+                .done(function (answer) {
+                    if (answer.error) {
+                        $box.text(problems.refused(answer.error));
+                    } else {
+                        show($box, answer.result);
+                    }
+                })
+                .fail(function (request, status, error) {
+                    $box.text(problems.failed(request, status, error));
+                })
+                .always(arm);
+        }
+
+        arm();
+    }
+
+    /** The same for pages with short error texts, which also tell when the result is empty. */
+    function PollBriefStatus(url, method, interval, boxSelector, show) {
+        function showUnlessEmpty($box, result) {
+            if ($.isEmptyObject(result)) {
+                $box.empty().append($("<i>").text("empty status"));
+            } else {
+                show($box, result);
+            }
+        }
+        PollStatus(url, method, 1, interval, boxSelector, showUnlessEmpty, briefStatusProblems);
+    }
+
+    /** A heading with a preformatted text below, to append to a status box.
+     *  @param framed puts the text into a block of its own, as fits tables: the first line keeps its indent. */
+    function StatusSection(title, text, framed) {
+        const $text = $("<pre>").text(
+            framed ? String(text ?? "").replace(/^\s*\n|\s+$/g, "") : $.trim(text),
+        );
+        return $("<div>").append(
+            $("<h3>").text(title),
+            framed ? $("<div class='command_output'>").append($text) : $text,
+        );
+    }
+
+    /** A heading with a table of two columns below, to append to a status box.
+     *  @param rows pairs of heading and text. */
+    function StatusTable(title, rows) {
+        const $table = $("<table>");
+        for (const [heading, text] of rows) {
+            $table.append($("<tr>").append($("<th>").text(heading), $("<td>").text(text)));
+        }
+        return $("<div>").append($("<h3>").text(title), $table);
+    }
+
+    /** Shows one preformatted text of several parts, or that there is nothing to tell about what is off.
+     *  @param parts pairs of heading and text. */
+    function ShowReport($box, enabled, parts) {
+        if (!enabled) {
+            $box.text("Not enabled");
+            return;
+        }
+        const $report = $("<pre>");
+        for (const [title, text] of parts) {
+            $report.append($("<h2>").text(title), document.createTextNode(text));
+        }
+        $box.empty().append($report.append($("<b>").text("(check system log file for more details)")));
+    }
+
+    window.CallStatus = CallStatus;
+    window.PollStatus = PollStatus;
+    window.PollBriefStatus = PollBriefStatus;
+    window.StatusSection = StatusSection;
+    window.StatusTable = StatusTable;
+    window.ShowReport = ShowReport;
+})();
