@@ -52,6 +52,39 @@ export async function until(condition, what) {
     assert.fail(`never happened: ${what}`);
 }
 
+/** Waits until `check` no longer throws; fails with what it threw last. */
+export async function eventually(check) {
+    for (const end = Date.now() + 10000; ; await new Promise((wake) => setTimeout(wake, 50))) {
+        try {
+            return await check();
+        } catch (error) {
+            if (Date.now() > end) {
+                throw error;
+            }
+        }
+    }
+}
+
+/** Options for withPage: each status call gets the answer that was given last to `use`: one with a `result` or an
+ *  `error`, one with an HTTP `status` only, a `failure` of the network, or null: none at all. */
+export function answering(first) {
+    let answer = first;
+    const calls = [];
+    async function prepare(page) {
+        await page.route("**/status/rpc", async (route) => {
+            calls.push(route.request().postDataJSON());
+            if (answer?.failure) {
+                await route.abort(answer.failure);
+            } else if (answer?.status) {
+                await route.fulfill({ status: answer.status });
+            } else if (answer) {
+                await route.fulfill({ json: { id: 2, error: null, result: null, ...answer } });
+            }
+        });
+    }
+    return { ...desktop, hurried: true, prepare, calls, use: (next) => (answer = next) };
+}
+
 /** Runs `use`, during which the system has to restart the device: the call is seen, but nothing restarts. */
 export async function withoutRestart(use) {
     const calls = () => Number(inDevice("sh", "-c", "grep -cx '/sbin/reboot -d 5' /var/log/device-commands || true"));

@@ -2,6 +2,7 @@
     "use strict";
 
     window.ShowOrvaneStatus = function ($box, result) {
-        $box.text(result.isConnected ? "Connected to " + result.serverAddress : "Not Connected");
+        // Without an answer of the daemon it is the text "Unknown".
+        $box.text(result.isConnected === true ? "Connected to " + result.serverAddress : "Not Connected");
     };
 })();

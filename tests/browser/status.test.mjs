@@ -1,0 +1,148 @@
+// Live status: what each page makes of the answers, and how polling goes on whatever comes. The answers are made
+// here; the pages are the device's.
+
+import assert from "node:assert/strict";
+import { describe, test } from "node:test";
+import { answering, eventually, withPage } from "./device.mjs";
+
+/** Opens the tab that the box is in. */
+async function openTab(page, box) {
+    const tab = await page.$eval(box, (element) => element.closest(".tabdiv").id);
+    await page.click(`#tabcontainer > ul a[href='#${tab}']`);
+}
+
+/** What is in the box: headings, texts and cells as "tag: text", and texts that are in none of them. */
+function contents(page, box) {
+    return page.$eval(box, (element) => {
+        const parts = [...element.querySelectorAll("h2, h3, pre, p, i, b, th, td")];
+        const texts = [...element.childNodes].filter((node) => node.nodeType === Node.TEXT_NODE).map((node) => node.data);
+        return [...parts.map((e) => `${e.localName}: ${e.textContent}`), ...texts];
+    });
+}
+
+const section = (title, text) => [`h3: ${title}`, `pre: ${text}`];
+const table = (title, rows) => [`h3: ${title}`, ...Object.entries(rows).flatMap(([th, td]) => [`th: ${th}`, `td: ${td}`])];
+/** A report is one text with headings in it. */
+const report = (parts) => {
+    const note = "(check system log file for more details)";
+    const whole = Object.entries(parts).flat().join("") + note;
+    return [`pre: ${whole}`, ...Object.keys(parts).map((title) => `h2: ${title}`), `b: ${note}`];
+};
+
+const port = { eth1: " <b>up</b>\n", ethtool: "100Mb/s" };
+const portShown = [...section("Ethernet1 Interface", "<b>up</b>"), ...section("Ethernet1 Settings", "100Mb/s")];
+const sources = "\n  .-- S\n / .- T\n";
+const ntpd = { running: true, hasGps: true, gpsSync: true, ppsSync: false, syncTo: "GPS", rawOutput: "*" };
+const vpn = {
+    connectionStatus: "<b>Connected</b>",
+    isConnected: true,
+    currentStateTimeString: "3 minutes",
+    configurationFile: "field.ovpn",
+    caCertificate: "CA",
+    clientCertificate: "certificate",
+    clientKey: "key",
+    server: "vpn.example",
+    organization: "O",
+    organizationalUnit: "OU",
+    client: "C",
+    logOutput: "line <1>\nline 2\n",
+};
+const vpnShown = (heading) => [
+    ...table("Connection", { "Connection Status": "<b>Connected</b>", [heading]: "3 minutes" }),
+    ...table("Configuration", {
+        "Configuration File": "field.ovpn",
+        "CA Certificate": "CA",
+        "Client Certificate": "certificate",
+        "Client Key": "key",
+    }),
+    ...table("Server Details", { Server: "vpn.example", Organization: "O", "Organizational Unit": "OU", Client: "C" }),
+    ...section("Log", "line <1>\nline 2"),
+];
+
+/** Page, box, call, and answers with what is shown of each. */
+const pages = [
+    ["/", "#general_dynamic_status", { method: "general_dynamic_status", id: 2 }, [
+        [{ result: { date: "now\n", uptime: "1 day", boardTemp: "40", top: sources, processStatus: "PID" } }, [
+            ...section("Date", "now"),
+            ...section("Uptime", "1 day"),
+            ...section("Board Temperature", "40"),
+            ...section("Top", "  .-- S\n / .- T"),
+            ...section("Process Status", "PID"),
+        ]],
+    ]],
+    ["/config/network/ethernet1", "#ethernet1_status", { method: "ethernet1_status", id: 2 }, [
+        [{ result: port }, portShown],
+        [{ result: { ...port, brctl: "br1 8000", br1: "inet" } }, [
+            ...section("Bridge Setup", "br1 8000"),
+            ...section("Bridge Interface", "inet"),
+            ...portShown,
+        ]],
+        [{ error: "Method <i>not</i> found" }, ["Error retrieving status: Method <i>not</i> found"]],
+        [{ status: 503 }, ["Error retrieving status: Service Unavailable[error]"]],
+        [{ result: port }, portShown],
+    ]],
+    ["/config/network/port_forwarding", "#port_forwarding_status", { method: "port_forwarding_status", id: 1 }, [
+        [{ result: { filtering: "Chain INPUT", nat: "Chain <PREROUTING>" } }, [
+            ...section("Packet Filtering", "Chain INPUT"),
+            ...section("NAT Settings", "Chain <PREROUTING>"),
+        ]],
+        [{ result: {} }, ["i: empty status"]],
+        [{ status: 502 }, ["Invalid Status 502"]],
+        [{ error: "Method not found" }, ["Method not found"]],
+    ]],
+    ["/config/network/orvane", "#orvane_status", { method: "orvane_status", id: 1 }, [
+        [{ result: { isConnected: true, serverAddress: "192.0.2.7" } }, ["Connected to 192.0.2.7"]],
+        [{ result: { isConnected: "Unknown", serverAddress: "Unknown" } }, ["Not Connected"]],
+        [{ result: {} }, ["i: empty status"]],
+        [{ result: { isConnected: false, serverAddress: "0.0.0.0" } }, ["Not Connected"]],
+        [{ status: 502 }, ["Invalid Status 502"]],
+        [{ error: "No <b>" }, ["No <b>"]],
+    ]],
+    ["/config/network/ntp", "#ntpd_status", { method: "ntpd_status", id: 2 }, [
+        [{ result: { isChronyd: true, running: false } }, ["h3: State", "p: Stopped"]],
+        [{ result: ntpd }, [
+            ...table("State", { Running: "Yes", GPS: "Synchronised", PPS: "Not synchronised", "Synchronised To": "GPS" }),
+            ...section("Raw Output", "*"),
+        ]],
+        [{ result: { ...ntpd, running: false } }, [...table("State", { Running: "No" }), ...section("Raw Output", "*")]],
+    ]],
+    ["/config/network/dns_server", "#dns_server_status", { method: "dns_server_status", id: 2 }, [
+        [{ result: { currentConf: "nameserver <1.2.3.4>\n" } }, section("DNS Settings", "nameserver <1.2.3.4>")],
+    ]],
+    ["/config/network/openvpn", "#openvpn_status", { method: "openvpn_status", id: 2 }, [
+        [{ result: vpn }, vpnShown("Tunnel up time")],
+        [{ result: { ...vpn, isConnected: false } }, vpnShown("Tunnel down time")],
+    ]],
+    ["/config/network/access_point", "#status_access_point", { method: "wifi_ap_status", id: 2 }, [
+        [{ result: { ap0_enabled: false } }, ["Not enabled"]],
+        [{ result: { ap0_enabled: true, ap0_status: "ssid <b>", connected_clients: "1", clients_dhcp_lease: "2", status_from_syslog: "3" } },
+            report({ "Access Point interface": "ssid <b>", "Connected clients": "1", "DHCP leases": "2", "Syslog info (WiFi only)": "3" })],
+    ]],
+    ["/config/network/wlan", "#status_wlan", { method: "wifi_client_status", id: 2 }, [
+        [{ result: { client0_enabled: false } }, ["Not enabled"]],
+        [{ result: { client0_enabled: true, client0_status: "ssid <b>", client0_ifconfig_status: "1", Routing: "2", status_from_syslog: "3" } },
+            report({ "Client Interface": "ssid <b>", "Client Network": "1", Routing: "2", "Syslog info (WiFi only)": "3" })],
+    ]],
+    ["/config/settings/advanced", "#advanced_syslog_dynamic", { method: "tail_syslog", id: 2 }, [
+        [{ result: { tail: "one\n<two>\n" } }, ["pre: one\n<two>"]],
+        [{ error: "No" }, ["Error retrieving log: No"]],
+        [{ status: 503 }, ["Error retrieving log: Service Unavailable"]],
+    ]],
+];
+
+describe("status of each page", () => {
+    for (const [path, box, call, answers] of pages) {
+        test(path, async () => {
+            const faulty = answers.some(([answer]) => answer.status);
+            const options = answering(answers[0][0]);
+            await withPage(path, { ...options, faulty }, async (page) => {
+                await openTab(page, box);
+                for (const [answer, shown] of answers) {
+                    options.use(answer);
+                    await eventually(async () => assert.deepEqual(await contents(page, box), shown));
+                }
+            });
+            assert.deepEqual(options.calls.at(-1), { ...call, params: [] });
+        });
+    }
+});
