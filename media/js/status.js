@@ -2,6 +2,10 @@
 (function () {
     "use strict";
 
+    /** How long a poll waits for its answer, in milliseconds: as a slow link and a hanging command of the device may
+     *  take together. */
+    const answerTime = 20000;
+
     /** What a status box says when a call was answered with an error, and when it got no answer. */
     const statusProblems = {
         refused: (error) => "Error retrieving status: " + error,
@@ -26,8 +30,14 @@
         });
     }
 
+    /** Above what the box says: since when that has not changed. */
+    function tellSilence($box, since) {
+        $box.children(".no_answer").remove();
+        $box.prepend($("<p class='no_answer'>").text("No answer since " + since.toTimeString().slice(0, 8)));
+    }
+
     /** Keeps a box fresh: calls a status method once per interval while the box is in sight. The next
-     *  interval begins when the answer is there, so that calls never pile up.
+     *  interval begins when the answer is there or overdue, so that calls never pile up.
      *  @param interval in milliseconds.
      *  @param show is given the box (jQuery) and each result, and fills the box.
      *  @param problems the texts for failures, such as statusProblems, which is the default.
@@ -42,8 +52,33 @@
         problems = statusProblems,
         wanted = () => $(boxSelector).is(":visible"),
     ) {
+        let unansweredSince = null;
+
         function arm() {
             setTimeout(poll, interval);
+        }
+
+        function showAnswer($box, answer) {
+            unansweredSince = null;
+            $box.children(".no_answer").remove();
+            try {
+                if (answer.error) {
+                    $box.text(problems.refused(answer.error));
+                } else {
+                    show($box, answer.result);
+                }
+            } catch (error) {
+                $box.text(problems.refused(error));
+                throw error;
+            }
+        }
+
+        function showFailure($box, request, status, error) {
+            if (status === "timeout") {
+                tellSilence($box, unansweredSince);
+            } else {
+                $box.text(problems.failed(request, status, error));
+            }
         }
 
         function poll() {
@@ -52,18 +87,12 @@
                 return;
             }
             const $box = $(boxSelector);
-            CallStatus(url, method, id)
-                .done(function (answer) {
-                    if (answer.error) {
-                        $box.text(problems.refused(answer.error));
-                    } else {
-                        show($box, answer.result);
-                    }
-                })
-                .fail(function (request, status, error) {
-                    $box.text(problems.failed(request, status, error));
-                })
-                .always(arm);
+            unansweredSince ??= new Date();
+            // Armed first: whatever showing does, the polls go on.
+            CallStatus(url, method, id, [], { timeout: answerTime })
+                .always(arm)
+                .done((answer) => showAnswer($box, answer))
+                .fail((request, status, error) => showFailure($box, request, status, error));
         }
 
         arm();

@@ -3,11 +3,10 @@
 
 import assert from "node:assert/strict";
 import { after, describe, test } from "node:test";
-import { desktop, inDevice, withPage } from "./device.mjs";
+import { answering, desktop, eventually, inDevice, withPage } from "./device.mjs";
 
 const path = "/config/network/cellular";
 const figure = (name) => `#status_${name}`;
-const isStatusCall = (request) => request.postData()?.includes('"cellular_status"') ?? false;
 
 const working = {
     gprs_network_refresh: "none",
@@ -29,20 +28,12 @@ const working = {
     serial_message: "",
 };
 
-/** Opens the page with `answers.status`, or an error where that is null, in place of the device's status. */
-async function withStatus(answers, use) {
-    const prepare = (page) =>
-        page.route("**", (route) => {
-            if (!isStatusCall(route.request())) {
-                return route.continue();
-            }
-            return answers.status
-                ? route.fulfill({ json: { id: 2, error: null, result: answers.status } })
-                : route.abort("connectionrefused");
-        });
-    await withPage(path, { ...desktop, hurried: true, faulty: true, prepare }, async (page) => {
+/** Opens the status tab with this result of the status method. */
+async function withStatus(result, use) {
+    const options = answering({ result });
+    await withPage(path, options, async (page) => {
         await page.click("a[href='#status_tab']");
-        await use(page);
+        await use(page, options);
     });
 }
 
@@ -51,7 +42,7 @@ describe("cellular page", () => {
     after(() => inDevice("prm", "set", "gprs/network/refresh", before));
 
     test("shows the figures as text, the temperature with its sign, and only rows with a value", async () => {
-        await withStatus({ status: working }, async (page) => {
+        await withStatus(working, async (page) => {
             await page.waitForSelector(`${figure("modem_type")}:text("Modem")`);
             const text = (selector) => page.textContent(selector);
             assert.equal(await text(figure("modem_type")), "<b>Modem</b>");
@@ -67,36 +58,46 @@ describe("cellular page", () => {
     });
 
     test("tells what is missing", async () => {
-        const answers = { status: { ...working, have_gprs_stats: false, gprs_network_refresh: "progress" } };
-        await withStatus(answers, async (page) => {
+        await withStatus({ ...working, have_gprs_stats: false, gprs_network_refresh: "progress" }, async (page, options) => {
             await page.waitForSelector("#no_gprs_stats");
             assert.ok(await page.isVisible("#gprs_network_refresh"));
             assert.ok(!(await page.isVisible(figure("modem_type"))));
             assert.ok(await page.isVisible(figure("port_total_rxtx_packets")));
 
-            answers.status = { ...working, gprs_dialup_enabled: false };
+            options.use({ result: { ...working, gprs_dialup_enabled: false } });
             await page.waitForSelector("#not_enabled");
             assert.ok(!(await page.isVisible(figure("port_total_rxtx_packets"))));
             assert.ok(!(await page.isVisible("#no_gprs_stats")));
-        });
-    });
 
-    test("shows a failed status call and recovers", async () => {
-        const answers = { status: null };
-        await withStatus(answers, async (page) => {
-            await page.waitForSelector("#status_tab:text('Error retrieving status:')");
-            assert.match(await page.textContent("#status_tab"), /^Error retrieving status:  \[error\]$/);
-            answers.status = working;
+            options.use({ error: "No" });
+            await eventually(async () => assert.equal(await page.textContent("#status_tab"), "Error retrieving status: No"));
+            options.use({ result: working });
             await page.waitForSelector(`${figure("network")}:text("Field Mobile")`);
         });
+        const failing = { ...answering({ failure: "connectionrefused" }), faulty: true };
+        await withPage(path, failing, async (page) => {
+            await page.click("a[href='#status_tab']");
+            await eventually(async () =>
+                assert.equal(await page.textContent("#status_tab"), "Error retrieving status:  [error]"),
+            );
+        });
     });
 
-    test("a search that is complete is taken back by itself", async () => {
+    test("a search that is complete is taken back by itself, once", async () => {
         inDevice("prm", "set", "gprs/network/refresh", "yes");
-        await withStatus({ status: { ...working, gprs_network_refresh: "complete" } }, async (page) => {
-            await page.waitForSelector("#cfg_refresh_network[value='Refresh']");
-            assert.equal(inDevice("prm", "get", "gprs/network/refresh"), "no");
-            assert.ok(await page.isVisible("#cellular_gprs_config"), "the tab of the networks");
+        await withStatus({ ...working, gprs_network_refresh: "progress" }, async (page, options) => {
+            // Into a frame, so that the page goes on to poll as it does while the device takes its time.
+            await page.evaluate(() => {
+                $("body").append("<iframe name='away' hidden>");
+                $("#cellular_gprs_config form").attr("target", "away");
+            });
+            let clicks = 0;
+            page.on("request", (request) => (clicks += request.method() === "POST" && request.url().endsWith(path)));
+            options.use({ result: { ...working, gprs_network_refresh: "complete" } });
+            const calls = options.calls.length;
+            await eventually(() => assert.ok(options.calls.length > calls + 4));
+            assert.equal(clicks, 1);
+            await eventually(() => assert.equal(inDevice("prm", "get", "gprs/network/refresh"), "no"));
         });
     });
 

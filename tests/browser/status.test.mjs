@@ -146,3 +146,50 @@ describe("status of each page", () => {
         });
     }
 });
+
+describe("polling", () => {
+    const box = "#general_dynamic_status";
+    const good = { result: { uptime: "1 day" } };
+    const text = (page) => page.textContent(box);
+
+    test("calls only while the tab is open, and says since when there is no answer", async () => {
+        const options = answering(good);
+        const prepare = async (page) => {
+            await page.clock.install({ time: new Date("2024-05-05T12:34:00") });
+            await options.prepare(page);
+        };
+        await withPage("/", { ...options, hurried: false, faulty: true, prepare }, async (page) => {
+            await page.clock.pauseAt(new Date("2024-05-05T12:34:30"));
+            assert.equal(options.calls.length, 0, "the tab is closed");
+            await openTab(page, box);
+            await page.clock.runFor(1000);
+            await eventually(async () => assert.match(await text(page), /1 day/));
+            options.use(null);
+            await page.clock.runFor(2000);
+            await eventually(async () => assert.equal(options.calls.length, 2));
+            await page.clock.runFor(40000);
+            await eventually(async () => assert.match(await text(page), /^No answer since 12:34:3[12].*1 day/s));
+            options.use({ result: { uptime: "2 days" } });
+            await eventually(async () => {
+                await page.clock.runFor(1000);
+                assert.match(await text(page), /^Date.*2 days/s);
+            });
+        });
+    });
+
+    test("goes on after a call that failed and after a result that cannot be shown", async () => {
+        const options = answering(good);
+        await withPage("/", { ...options, faulty: true }, async (page) => {
+            await openTab(page, box);
+            for (const [answer, shown] of [
+                [{ failure: "connectionrefused" }, /^Error retrieving status: \[error\]$/],
+                [good, /1 day/],
+                [{ result: null }, /^Error retrieving status: TypeError: /],
+                [good, /1 day/],
+            ]) {
+                options.use(answer);
+                await eventually(async () => assert.match(await text(page), shown));
+            }
+        });
+    });
+});

@@ -28,6 +28,7 @@
     window.PollCellularStatus = function (url, interval, cancelCaption) {
         const $status = $("#cellular_status");
         const $refresh = $("#cfg_refresh_network");
+        let takenBack = false;
 
         function showFigure(name, text) {
             $status.find("#status_" + name).text(text);
@@ -80,7 +81,9 @@
             if (serial) {
                 showSerial(result);
             }
-            if (search === "complete" && $refresh.val() === cancelCaption) {
+            // Once: until the device has answered with a new page, this one goes on to poll.
+            if (search === "complete" && !takenBack && $refresh.val() === cancelCaption) {
+                takenBack = true;
                 $refresh.trigger("click");
             }
         }
