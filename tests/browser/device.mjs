@@ -37,24 +37,9 @@ export function inDevice(...command) {
 /** The absolute path of a file of the checkout. */
 export const inCheckout = (path) => `${checkout}/${path}`;
 
-/** Waits for what nothing announces.
- *  @param condition is asked until it is true; where it throws, the answer counts as no. */
-export async function until(condition, what) {
-    for (const end = Date.now() + 30000; Date.now() < end; await new Promise((wake) => setTimeout(wake, 100))) {
-        try {
-            if (await condition()) {
-                return;
-            }
-        } catch {
-            // the device may be on its way down
-        }
-    }
-    assert.fail(`never happened: ${what}`);
-}
-
-/** Waits until `check` no longer throws; fails with what it threw last. */
-export async function eventually(check) {
-    for (const end = Date.now() + 10000; ; await new Promise((wake) => setTimeout(wake, 50))) {
+/** Waits for what nothing announces, until `check` no longer throws; fails with what it threw last. */
+export async function eventually(check, seconds = 10) {
+    for (const end = Date.now() + 1000 * seconds; ; await new Promise((wake) => setTimeout(wake, 50))) {
         try {
             return await check();
         } catch (error) {
@@ -88,11 +73,11 @@ export function answering(first) {
 /** Runs `use`, during which the system has to restart the device: the call is seen, but nothing restarts. */
 export async function withoutRestart(use) {
     const calls = () => Number(inDevice("sh", "-c", "grep -cx '/sbin/reboot -d 5' /var/log/device-commands || true"));
-    const before = calls();
+    const earlier = calls();
     inDevice("sh", "-c", "mkdir -p /etc/fail; echo 1 >/etc/fail/reboot");
     try {
         await use();
-        await until(() => calls() === before + 1, "one call of reboot");
+        await eventually(() => assert.equal(calls(), earlier + 1, "one call of reboot"));
     } finally {
         inDevice("rm", "/etc/fail/reboot");
     }
@@ -166,12 +151,8 @@ export async function submit(page, button) {
 }
 
 /** Waits until the text of an element matches. */
-export async function waitForText(page, selector, pattern) {
-    await page.waitForFunction(
-        ([where, source, flags]) => new RegExp(source, flags).test(document.querySelector(where)?.textContent ?? ""),
-        [selector, pattern.source, pattern.flags],
-        { timeout: 15000 },
-    );
+export function waitForText(page, selector, pattern) {
+    return eventually(async () => assert.match(await page.textContent(selector, { timeout: 1000 }), pattern), 15);
 }
 
 /** Lists, as they happen, a page's script errors, refused and failed requests, requests to other hosts. */

@@ -7,7 +7,7 @@ import { mkdtempSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, describe, test } from "node:test";
-import { desktop, inCheckout, inDevice, phone, site, until, waitForText, withPage } from "./device.mjs";
+import { answering, desktop, eventually, inCheckout, inDevice, phone, site, waitForText, withPage } from "./device.mjs";
 
 const firmwarePage = "/config/settings/firmware";
 const image = {
@@ -15,28 +15,6 @@ const image = {
     mimeType: "application/octet-stream",
     buffer: Buffer.from([0xd0, 0x0d, 0xfe, 0xed, 1, 2, 3]),
 };
-
-/** The parsed body of a JSON-RPC call, or null for other requests. */
-function call(request) {
-    return request.url().endsWith("/status/rpc") ? JSON.parse(request.postData()) : null;
-}
-
-/** Answers the page's own calls and what it loads later with `answers`: functions of the request that may
- *  return the route.fulfill() options, or nothing. */
-function answering(...answers) {
-    return (page) =>
-        page.route("**/*", (route) => {
-            for (const answer of answers) {
-                const options = answer(route.request());
-                if (options) {
-                    return route.fulfill(options);
-                }
-            }
-            return route.continue();
-        });
-}
-
-const json = (value) => ({ contentType: "application/json", body: JSON.stringify(value) });
 
 describe("Firmware page", () => {
     test("status lines are read in either way of quoting, and never run", async () => {
@@ -63,23 +41,15 @@ describe("Firmware page", () => {
     test("shows how far the upload is", async () => {
         let progress = { state: "starting" };
         const asked = [];
-        const calls = [];
-        const prepare = answering(
-            (request) => {
-                if (request.url().endsWith("/progress")) {
-                    asked.push(request.headers()["x-progress-id"]);
-                    return json(progress);
-                }
-            },
-            (request) => {
-                const body = call(request);
-                if (body) {
-                    calls.push(body);
-                    return json({ id: 20, error: null, result: 0 });
-                }
-            },
-        );
-        await withPage(firmwarePage, { ...desktop, hurried: true, prepare }, async (page) => {
+        const options = answering({ result: 0 });
+        const prepare = async (page) => {
+            await options.prepare(page);
+            await page.route("**/progress", (route) => {
+                asked.push(route.request().headers()["x-progress-id"]);
+                return route.fulfill({ json: progress });
+            });
+        };
+        await withPage(firmwarePage, { ...options, prepare }, async (page) => {
             let sentTo = null;
             // The upload itself never ends here. It goes into a frame, because a page that is being left
             // cannot be looked at.
@@ -109,7 +79,7 @@ describe("Firmware page", () => {
 
             assert.match(asked[0], /^[0-9a-f]{32}$/);
             assert.ok(sentTo.endsWith(`${firmwarePage}?X-Progress-ID=${asked[0]}`), sentTo);
-            assert.deepEqual(calls, [{ method: "prepare_fw_upgrade", params: [], id: 20 }]);
+            assert.deepEqual(options.calls, [{ method: "prepare_fw_upgrade", params: [], id: 20 }]);
             const count = asked.length;
             await page.waitForTimeout(500);
             assert.equal(asked.length, count, "nothing is asked after the end");
@@ -153,7 +123,7 @@ describe("firmware upgrade", () => {
         const prepare = (page) => page.clock.install();
         await withPage(firmwarePage, { ...desktop, faulty: true, prepare }, async (page) => {
             await sendImage(page);
-            await until(() => inDevice("sh", "-c", "cat /tmp/fwtool_status.txt 2>/dev/null").includes("flash"), "flash");
+            await eventually(() => assert.match(inDevice("sh", "-c", "cat /tmp/fwtool_status.txt 2>&1 || true"), /flash/), 30);
             signal("STOP");
             await waitForText(page, "#progresstext", /^flash \d+ \/ 100000$/);
             const [done, size] = (await page.textContent("#bytes")).split(" / ");
@@ -177,7 +147,7 @@ describe("firmware upgrade", () => {
             await page.clock.runFor(8000);
             assert.match(await page.textContent(".form_result_msg"), /^Device is rebooting\.\.\. (8\d|9[0-2])$/);
             assert.equal(probes, 0, "the device has time to go down");
-            await until(() => inDevice("sh", "-c", `test -e ${mark} || echo gone`) === "gone", "the restart");
+            await eventually(() => assert.equal(inDevice("sh", "-c", `test -e ${mark} || echo gone`), "gone"), 30);
             await page.clock.runFor(12000);
             await page.waitForURL("**/config/");
             await page.goto(new URL(firmwarePage, site).href);

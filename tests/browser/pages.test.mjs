@@ -198,18 +198,3 @@ describe("page frame", () => {
         });
     });
 });
-
-describe("About page", () => {
-    test("shows a notice on request", async () => {
-        await withPage("/config/settings/about", desktop, async (page) => {
-            assert.equal(await page.locator("#config_pane pre").count(), 0);
-            const link = page.locator("a.ossnav").first();
-            const target = await link.getAttribute("href");
-            await link.click();
-            const notice = await page.locator("#config_pane pre").textContent();
-            const [name, file] = target.split("/").slice(-2);
-            const content = inDevice("cat", `/usr/share/common-licenses/${name}/${file}`);
-            assert.equal(notice.trim(), content.trim());
-        });
-    });
-});
