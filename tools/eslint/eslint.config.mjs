@@ -1,0 +1,31 @@
+// Rules for the scripts of the pages and for the tests in the browser.
+import js from "@eslint/js";
+
+const names = (text) => Object.fromEntries(text.trim().split(/\s+/).map((name) => [name, "readonly"]));
+
+const browser = names("$ console document location getComputedStyle innerWidth Event Node fetch setTimeout setInterval clearInterval window");
+const node = names("Buffer URL process setTimeout");
+
+/** What the scripts of the site offer to each other, to templates and to plug-ins. */
+const site = names(`
+    ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
+    CallStatus PollStatus PollBriefStatus StatusSection StatusTable ShowReport
+    ParseToolStatus ShowProgress
+`);
+
+export default [
+    js.configs.recommended,
+    {
+        rules: {
+            curly: "error",
+            eqeqeq: "error",
+            "no-implicit-globals": "error",
+            "no-shadow": "error",
+            "no-var": "error",
+            "prefer-const": "error",
+            strict: "error",
+        },
+    },
+    { files: ["**/*.js"], languageOptions: { sourceType: "script", globals: { ...browser, ...site } } },
+    { files: ["**/*.mjs"], languageOptions: { globals: { ...browser, ...site, ...node } } },
+];
