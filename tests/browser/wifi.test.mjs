@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { after, before, beforeEach, describe, test } from "node:test";
-import { desktop, inDevice, submit, withoutRestart, withPage } from "./device.mjs";
+import { desktop, eventually, inDevice, submit, withoutRestart, withPage } from "./device.mjs";
 
 const accessPointPage = "/config/network/access_point";
 const wlanPage = "/config/network/wlan";
@@ -163,11 +163,10 @@ describe("Regulatory domain page", () => {
                 assert.ok(!(await page.isVisible("#id_message")));
                 await page.clock.runFor(8000);
                 assert.equal(probes, 0, "the device has time to go down");
-                for (let i = 0; i < 20 && !page.url().endsWith("/settings/general"); i++) {
+                await eventually(async () => {
                     await page.clock.runFor(1000);
-                    await page.waitForTimeout(100);
-                }
-                assert.match(page.url(), /\/config\/settings\/general$/);
+                    assert.match(page.url(), /\/config\/settings\/general$/);
+                });
                 assert.equal(probes, 3);
             }),
         );
