@@ -8,7 +8,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from support import BUILD, PROJECT, Device, common, eventually, get
+from support import BUILD, PROJECT, Device, common, eventually, get, request
 
 AS_NOBODY = ["setpriv", "--reuid", "nobody", "--regid", "nogroup", "--clear-groups"]
 
@@ -105,10 +105,15 @@ class SpawnedBackend(unittest.TestCase):
         self.addCleanup(device.end)
         page = device.url + "config/traffic/interfaces"  # a plug-in's
         self.assertEqual(200, get(page)[0])
+        # A daemon that a script has left behind outlives the backend, and must not hold its listening socket.
+        device.shell("printf '#!/bin/sh\nsetsid -f sleep 300\n' >/usr/bin/supvis")
+        call = b'{"method":"prepare_fw_upgrade","params":[],"id":1}'
+        self.assertIn(b'"result":0', request(device.url + "status/rpc", call, {"Content-Type": "application/json"})[1])
         first = device.output("pgrep", "-x", "webconfig")
         device.output("kill", "-KILL", first)
         self.assertTrue(eventually(lambda: get(page)[0] == 200))
         self.assertNotEqual(first, device.output("pgrep", "-x", "webconfig"))
+        self.assertIn("sleep 300", device.output("ps", "-eo", "args="))
 
 
 class BuiltInServer(unittest.TestCase):

@@ -1,25 +1,42 @@
 #include <shell/Shell.h>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <iterator>
+#include <thread>
 #include <utility>
 
 namespace shell {
 
 namespace {
 
-/// The descriptor on which a reporting shell writes the exit status of its command.
+using Clock = std::chrono::steady_clock;
+
+/// From the polite end of a command to the hard one.
+constexpr std::chrono::seconds grace{1};
+/// How soon what waits for a command notices that all are to end, and that a group has ended.
+constexpr std::chrono::milliseconds glance{100};
+constexpr std::chrono::milliseconds groupGlance{10};
+
+/// When all commands have to be done.
+std::atomic<Clock::time_point> endOfAll{Clock::time_point::max()};
+
+/// The descriptor on which the shell writes the exit status of the command.
 constexpr int reportDescriptor = 3;
 
-/// Runs the command in a subshell, so that an `exit` in it cannot prevent the report.
-constexpr char reportingScript[] = R"((eval "$1") 3>&-; echo $? >&3)";
+/// Runs the command in a subshell, so that an `exit` in it cannot prevent the report, and without parameters.
+constexpr char reportingScript[] = R"((eval "shift
+$1") 3>&-; echo $? >&3)";
 
 void Close(int &descriptor) {
     if (descriptor >= 0)
@@ -27,12 +44,13 @@ void Close(int &descriptor) {
     descriptor = -1;
 }
 
-std::size_t ReadAgain(int descriptor, char *buffer, std::size_t size) {
+/// What read() returns, which is no longer interrupted.
+ssize_t ReadAgain(int descriptor, char *buffer, std::size_t size) {
     ssize_t count = 0;
     do {
         count = ::read(descriptor, buffer, size);
     } while (count < 0 && errno == EINTR);
-    return count > 0 ? static_cast<std::size_t>(count) : 0;
+    return count;
 }
 
 struct Pipe {
@@ -68,7 +86,9 @@ struct SpawnSetup {
         ::sigfillset(&every);
         ::posix_spawnattr_setsigmask(&attributes, &none);
         ::posix_spawnattr_setsigdefault(&attributes, &every);
-        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        ::posix_spawnattr_setpgroup(&attributes, 0);
+        ::posix_spawnattr_setflags(&attributes,
+                                   POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
     }
     ~SpawnSetup() {
         ::posix_spawn_file_actions_destroy(&actions);
@@ -81,20 +101,12 @@ struct SpawnSetup {
     posix_spawnattr_t attributes;
 };
 
-bool IsStatusDropped() {
-    struct sigaction current {};
-    ::sigaction(SIGCHLD, nullptr, &current);
-    return current.sa_handler == SIG_IGN || (current.sa_flags & SA_NOCLDWAIT) != 0;
-}
-
-/// The exit status that a reporting shell wrote, in the form of waitpid().
+/// The exit status that the shell has written, in the form of waitpid(); -1 where it could not.
 int ReportedStatus(int descriptor) {
     std::array<char, 16> text{};
-    std::size_t length = 0;
-    while (std::size_t const count = ReadAgain(descriptor, &text[length], text.size() - 1 - length))
-        length += count;
+    ssize_t const length = ReadAgain(descriptor, text.data(), text.size());
     int code = 0;
-    auto const error = std::from_chars(text.data(), text.data() + length, code).ec;
+    auto const error = std::from_chars(text.data(), text.data() + std::max<ssize_t>(length, 0), code).ec;
     return error == std::errc() ? W_EXITCODE(code, 0) : -1;
 }
 
@@ -109,25 +121,27 @@ int StatusOf(pid_t pid) {
 
 }  // namespace
 
-Process::Process(std::string const &command) : Process(command, Output::Captured) {}
+Process::Process(std::string const &command, std::chrono::milliseconds limit)
+    : Process(command, limit, Output::Captured) {}
 
-Process::Process(std::string const &command, Output output) {
+Process::Process(std::string const &command, std::chrono::milliseconds limit, Output output)
+    : limit_(Clock::now() + limit) {
+    if (Clock::now() >= Deadline())
+        return;
     Pipe data;
     Pipe report;
     SpawnSetup setup;
-    std::array<char const *, 6> arguments{"sh", "-c", command.c_str(), nullptr};
-
+    if (!report.Open())
+        return;
+    ::posix_spawn_file_actions_adddup2(&setup.actions, report.write, reportDescriptor);
     if (output == Output::Captured) {
-        if (!data.Open())
+        if (!data.Open() || ::fcntl(data.read, F_SETFL, O_NONBLOCK) != 0)
             return;
         ::posix_spawn_file_actions_adddup2(&setup.actions, data.write, STDOUT_FILENO);
     }
-    if (IsStatusDropped()) {
-        if (!report.Open())
-            return;
-        ::posix_spawn_file_actions_adddup2(&setup.actions, report.write, reportDescriptor);
-        arguments = {"sh", "-c", reportingScript, "sh", command.c_str(), nullptr};
-    }
+    // Our own may be a listening socket, which a daemon that a command leaves behind would hold.
+    ::posix_spawn_file_actions_addopen(&setup.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    std::array<char const *, 6> const arguments{"sh", "-c", reportingScript, "sh", command.c_str(), nullptr};
     if (::posix_spawn(&pid_, "/bin/sh", &setup.actions, &setup.attributes,
                       const_cast<char *const *>(arguments.data()), ::environ) != 0) {
         pid_ = -1;
@@ -142,22 +156,83 @@ Process::~Process() {
 }
 
 std::size_t Process::Read(char *buffer, std::size_t size) {
-    return output_ >= 0 ? ReadAgain(output_, buffer, size) : 0;
+    while (output_ >= 0) {
+        ssize_t const count = ReadAgain(output_, buffer, size);
+        if (count >= 0)
+            return static_cast<std::size_t>(count);
+        if (errno != EAGAIN || pid_ < 0)
+            return 0;
+        Await();
+    }
+    return 0;
 }
 
 int Process::Wait() {
     Close(output_);
-    if (pid_ > 0) {
-        int const reported = report_ >= 0 ? ReportedStatus(report_) : -1;
-        Close(report_);
-        int const waited = StatusOf(std::exchange(pid_, -1));
-        status_ = waited >= 0 ? waited : reported;
-    }
+    while (pid_ > 0)
+        Await();
     return status_;
 }
 
-int Run(std::string const &command) {
-    return Process(command, Process::Output::Inherited).Wait();
+Process::Clock::time_point Process::Deadline() const {
+    return std::min(limit_, endOfAll.load() - grace);
+}
+
+/// Waits for output or the end of the command, which comes at the deadline at the latest. It may return
+/// without either.
+void Process::Await() {
+    auto const left = std::chrono::ceil<std::chrono::milliseconds>(Deadline() - Clock::now());
+    if (left.count() <= 0) {
+        End();
+        return;
+    }
+    pollfd events[] = {{report_, POLLIN, 0}, {output_, POLLIN, 0}};  // one below 0 is passed over
+    ::poll(events, std::size(events), static_cast<int>(std::min(left, glance).count()));
+    if (events[0].revents != 0)
+        TakeReport();
+}
+
+/// The shell has reported, and ends, or has ended without.
+void Process::TakeReport() {
+    int const reported = ReportedStatus(report_);
+    int const waited = StatusOf(std::exchange(pid_, -1));
+    Close(report_);
+    status_ = reported >= 0 ? reported : waited;
+}
+
+void Process::End() {
+    pid_t const group = std::exchange(pid_, -1);
+    ::kill(-group, SIGTERM);
+    bool collected = false;
+    for (auto const patience = Clock::now() + grace;;) {
+        // Until it is collected the shell, dead or not, is one of its group.
+        collected = collected || ::waitpid(group, nullptr, WNOHANG) != 0;
+        if (::kill(-group, 0) != 0)
+            break;
+        if (Clock::now() >= patience) {
+            ::kill(-group, SIGKILL);
+            break;
+        }
+        std::this_thread::sleep_for(groupGlance);
+    }
+    if (!collected)
+        StatusOf(group);
+    Close(report_);
+}
+
+int Run(std::string const &command, std::chrono::milliseconds limit) {
+    return Process(command, limit, Process::Output::Inherited).Wait();
+}
+
+void EndAllWithin(std::chrono::milliseconds time) {
+    auto const end = Clock::now() + time;
+    auto known = endOfAll.load();
+    while (end < known && !endOfAll.compare_exchange_weak(known, end)) {
+    }
+}
+
+void EndNone() {
+    endOfAll = Clock::time_point::max();
 }
 
 }  // namespace shell

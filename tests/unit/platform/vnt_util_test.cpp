@@ -1,14 +1,23 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <shell/Shell.h>
 #include <sys/wait.h>
 #include <vnt_util/GlobalLock.h>
 #include <vnt_util/system.h>
 
+#include <array>
+#include <chrono>
+#include <future>
+#include <thread>
+#include <utility>
+
 #include "tests/unit/platform/SignalDisposition.h"
 #include "tests/unit/platform/TemporaryFolder.h"
 
 namespace {
+
+using namespace std::chrono_literals;
 
 /// Commands report the same whether or not the kernel keeps the status of children.
 class Command : public testing::TestWithParam<bool> {
@@ -62,11 +71,95 @@ TEST_P(Command, InheritsNoDescriptorOfOurs) {
     std::string after;
     std::string const list = "sh -c 'ls /proc/$$/fd; true'";
     vnt_util::system::exec(list, before);
-    int const descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ::shell::Process running("sleep 0.2");
+    ::shell::Process running("sleep 0.2");  // whose pipes are ours
     vnt_util::system::exec(list, after);
-    ::close(descriptor);
     EXPECT_EQ(after, before);
+}
+
+/// The ends of a pipe.
+struct Pipe {
+    Pipe() {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe(ends.data()), 0);
+        read = ends[0];
+        write = ends[1];
+    }
+    ~Pipe() {
+        ::close(read);
+        ::close(write);
+    }
+    Pipe(Pipe const &) = delete;
+    Pipe &operator=(Pipe const &) = delete;
+
+    int read = -1;
+    int write = -1;
+};
+
+TEST_P(Command, ReadsNothingOfOurs) {
+    Pipe const input;
+    int const before = ::dup(STDIN_FILENO);
+    ::dup2(input.read, STDIN_FILENO);
+    std::string output;
+    EXPECT_EQ(vnt_util::system::exec("readlink /proc/self/fd/0; echo \"$# $1\"", output), 0);
+    EXPECT_EQ(output, "/dev/null\n0 \n");
+    ::dup2(before, STDIN_FILENO);
+    ::close(before);
+}
+
+/// How long \a function takes.
+template <typename Function>
+std::chrono::milliseconds TimeOf(Function const &function) {
+    auto const start = std::chrono::steady_clock::now();
+    function();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
+TEST_P(Command, IsEndedAtItsLimitWithItsGroup) {
+    Pipe held;  // by all that the command starts
+    char const stubborn[] = "(trap '' TERM; exec sleep 30) & exec sleep 30";
+    EXPECT_LT(TimeOf([&] { EXPECT_EQ(shell::Run(stubborn, 100ms), -1); }), 10s);
+    ::close(std::exchange(held.write, -1));
+    pollfd end{held.read, 0, 0};
+    EXPECT_EQ(::poll(&end, 1, 1000), 1) << "something of it is left";
+
+    std::string output;
+    ::shell::Process late("echo early; trap 'echo asked' TERM; sleep 30", 100ms);
+    std::array<char, 16> text{};
+    while (auto const count = late.Read(text.data(), text.size()))
+        output.append(text.data(), count);
+    EXPECT_EQ(output, "early\nasked\n");
+    EXPECT_EQ(late.Wait(), -1);
+}
+
+TEST_P(Command, EndsBeforeTheDaemonThatItLeavesBehind) {
+    std::string output;
+    auto const time =
+        TimeOf([&] { EXPECT_EQ(vnt_util::system::exec("sleep 30 & echo $!; exit 3", output), 3); });
+    EXPECT_LT(time, 5000ms);
+    pid_t const daemon = std::stoi(output);
+    EXPECT_EQ(::kill(daemon, SIGKILL), 0) << "it has been ended";
+}
+
+TEST(Commands, ReportsItsStatusAlsoWhenChildrenAreIgnoredMeanwhile) {
+    auto status = std::async(std::launch::async, [] { return shell::Run("sleep 0.3; exit 3"); });
+    std::this_thread::sleep_for(100ms);
+    SignalDisposition const ignored(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(status.get(), W_EXITCODE(3, 0));
+}
+
+TEST(Commands, AllCanBeEnded) {
+    auto running = std::async(std::launch::async, [] { return shell::Run("sleep 30"); });
+    std::this_thread::sleep_for(100ms);
+    auto const time = TimeOf([&] {
+        shell::EndAllWithin(1500ms);
+        shell::EndAllWithin(60s);  // gives no more time
+        EXPECT_EQ(shell::Run("exit 3"), W_EXITCODE(3, 0));
+        EXPECT_EQ(running.get(), -1);
+    });
+    EXPECT_LT(time, 2500ms);
+    EXPECT_EQ(shell::Run("true"), -1);
+    shell::EndNone();
+    EXPECT_EQ(shell::Run("true"), 0);
 }
 
 TEST(Barcode, IsKeptInAFile) {

@@ -15,7 +15,8 @@ bool SetBarcodeASN(std::string const &asn);
 
 /// Runs \a command through the shell and replaces \a output with what it printed on its standard output,
 /// at most 1 MiB; a command that prints more is cut off. Returns the exit status of the command: 0 on
-/// success, 128 + N when signal N ended it, -1 when it could not be started.
+/// success, 128 + N when signal N ended it, -1 when it could not be started or, after shell::usualLimit, had
+/// to be ended. The maker's library may know no such limit.
 int exec(std::string const &command, std::string &output);
 
 }  // namespace vnt_util::system
