@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <future>
 #include <thread>
 
 #include "tests/pages/support/Browser.h"
@@ -21,6 +22,14 @@ constexpr char upgradeFlag[] = "/tmp/webconfig_fwsugd_flag";
 std::size_t Entries(std::string const &folder) {
     return static_cast<std::size_t>(
         std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
+}
+
+/// What \a count browsers get within two seconds that poll at once.
+std::string AnswersOfPolls(int count) {
+    std::string const call = R"({"method":"ethernet1_status","params":[],"id":1})";
+    return device::Shell("curl -s -m 2 -Z --parallel-immediate --parallel-max 200 -d '" + call +
+                         "' -H 'Content-Type: application/json' '" + address + "/status/rpc?[1-" +
+                         std::to_string(count) + "]' 2>/dev/null");
 }
 
 }  // namespace
@@ -154,6 +163,57 @@ TEST(ProcessTest, MediaAtTheSitesRootLeaveTheStatusSpaceAlone) {
     EXPECT_EQ(browser.Get("/config/").status, 200);
     EXPECT_EQ(browser.Get("/").location, std::string(address) + "/config/");
     EXPECT_NE(browser.Call("dns_server_status").body.find("currentConf"), std::string::npos);
+}
+
+TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReload) {
+    using namespace std::chrono_literals;
+    char const hang[] = "exec sleep 45";
+    device::RecordingProgram const poll("/usr/sbin/brctl", hang);
+    device::RecordingProgram const call("/usr/bin/supvis", hang);
+    device::RecordingProgram const page("/etc/erase/erase-partition", hang);
+    device::TemporaryFile const upgrade("/tmp/fwtool_status.txt", "done\n");
+    device::HeldLock const writing("/tmp/fwtool_status.txt");
+    device::Process process(device::Configuration(port));
+    Browser browser(address);
+    ASSERT_TRUE(browser.WaitUntilUp());
+    device::TakeCommands();
+
+    auto const ask = [](auto question) {
+        return std::async(std::launch::async, [question] {
+            Browser other(address);
+            return question(other);
+        });
+    };
+    auto polled = ask([](Browser &other) { return other.Call("ethernet1_status"); });
+    auto prepared = ask([](Browser &other) { return other.Call("prepare_fw_upgrade"); });
+    auto erased = ask([](Browser &other) {
+        return other.Post(
+            "/config/settings/advanced",
+            {{"submit", "ErasePartition"}, {"eraseType", "erase_all"}, {"eraseWhich", "erase_log"}});
+    });
+    ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "brctl show\n"));
+    ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "supvis --suspend deployer\n"));
+    ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "erase-partition log\n"));
+
+    // One is being answered, a hundred wait.
+    EXPECT_EQ(device::Count(AnswersOfPolls(130), R"("error":"Too many calls wait for this answer")"), 30u);
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(browser.Get("/config/settings/about").status, 200);
+    EXPECT_NE(browser.Call("dns_server_status").body.find("currentConf"), std::string::npos);
+    EXPECT_EQ(browser.Call("fw_upgrade_status").body, R"({"id":1,"error":null,"result":""})");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+
+    auto const reload = std::chrono::steady_clock::now();
+    EXPECT_TRUE(device::Reload(process, browser));
+    EXPECT_LT(std::chrono::steady_clock::now() - reload, 10s);
+    EXPECT_NE(polled.get().body.find(R"("brctl":"")"), std::string::npos);
+    EXPECT_EQ(prepared.get().body, R"({"id":1,"error":null,"result":-1})");
+    EXPECT_NE(erased.get().body.find("Error: Failure erasing log partition."), std::string::npos);
+    for (char const *program : {"brctl (and 5", "supvis (and 19", "/etc/erase/erase-partition (and 4"})
+        EXPECT_NE(process.Log().find(std::string("No result of the command ") + program), std::string::npos)
+            << program;
+    EXPECT_NE(browser.Call("dns_server_status").body.find("nameserver"), std::string::npos)
+        << "the new service runs commands";
 }
 
 TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {

@@ -11,13 +11,14 @@
 
 namespace webconfig::apps {
 
-/// The status calls that the pages poll. The handlers that return a status gather it afresh, on a thread of
+/// The status calls that the pages poll. The handlers that return a value gather it afresh, on a thread of
 /// their own, and share nothing; missing data gives a text such as "Unknown", never an error.
 class JsonRpc : public cppcms::rpc::json_rpc_server {
   public:
     explicit JsonRpc(cppcms::service &service);
 
     static cppcms::json::value FirmwareUpgradeStatus();
+    static cppcms::json::value PrepareFWUpgrade();
     static cppcms::json::value GeneralStatus();
     static cppcms::json::value Ethernet1Status();
     /// Undefined, which is answered with HTTP status 404, where the modem's daemon cannot be asked at all.
@@ -35,12 +36,11 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
     static cppcms::json::value wifiClientStatus();
 
     void wifiGetChannels(std::string const &countryCode);
-    void PrepareFWUpgrade();
     /// Rebuilds the whole service in this process. There is no result: the service stops.
     void Reload();
 
   private:
-    /// Binds a method without parameters that tells a status, as a call: notifications are refused.
+    /// Binds a method without parameters that takes time, as a call: notifications are refused.
     void _BindStatus(char const *method, SharedPoll::Gather gather);
 
     std::vector<std::unique_ptr<SharedPoll>> _polls;

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "WebApps/webconfig/apps/Shutdown.h"
+
 namespace webconfig {
 
 StopSignals::StopSignals() {
@@ -52,7 +54,7 @@ void StopSignals::_Watch() {
             _signal = signal;
         _changed.notify_all();
         if (_service)
-            _service->shutdown();
+            apps::Shutdown(*_service);
     }
 }
 
@@ -60,7 +62,7 @@ void StopSignals::_Direct(cppcms::service *service) {
     std::lock_guard const lock(_guard);
     _service = service;
     if (_service && _signal != 0)
-        _service->shutdown();
+        apps::Shutdown(*_service);
 }
 
 }  // namespace webconfig

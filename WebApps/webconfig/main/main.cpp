@@ -160,6 +160,7 @@ void Run(int argc, char *argv[]) {
     do {
         if (auto *const plugins = RunService(argc, argv, again, stop))
             plugins->Unload();
+        util::AllowCommands();
         again = true;
     } while (IsReloadWanted(stop));
     WEBCONFIG_LOG(debug, logTag) << "webconfig exit\n";

@@ -6,18 +6,55 @@
 #include <array>
 #include <string_view>
 
+#include "WebApps/webconfig/util/Log.h"
+
 namespace webconfig::util {
 
 namespace {
 
+constexpr char logTag[] = "WebApps/webconfig/util/Commands";
+
+/// Nobody waits longer for what is only shown.
+constexpr std::chrono::seconds showLimit{10};
+
 constexpr std::string_view cutMark = "...";
+
+/// Accompanies a command, and logs it where it gives no status.
+class Watch {
+  public:
+    explicit Watch(std::string const &command) : _command(command) {}
+
+    /// Returns \a status.
+    int Ended(int status) const {
+        if (status < 0)
+            WEBCONFIG_LOG(error, logTag)
+                << "No result of the command " << _Name() << " after " << _Seconds() << " s";
+        return status;
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    std::string _Name() const {
+        std::string const program = _command.substr(0, _command.find_first_of(" \t\n"));
+        std::size_t const rest = _command.size() - program.size();
+        return rest == 0 ? program : program + " (and " + std::to_string(rest) + " characters)";
+    }
+    long long _Seconds() const {
+        return std::chrono::round<std::chrono::seconds>(Clock::now() - _start).count();
+    }
+
+    std::string const &_command;
+    Clock::time_point const _start = Clock::now();
+};
 
 }  // namespace
 
 std::string ShellCommand(std::string const &command, unsigned maximum) {
     std::string output;
     output.reserve(maximum);
-    shell::Process process(command);
+    Watch const watch(command);
+    shell::Process process(command, showLimit);
     std::array<char, 512> chunk{};
     while (std::size_t const count = process.Read(chunk.data(), chunk.size())) {
         if (output.size() + count > maximum) {
@@ -28,15 +65,28 @@ std::string ShellCommand(std::string const &command, unsigned maximum) {
         }
         output.append(chunk.data(), count);
     }
+    watch.Ended(process.Wait());
     return output;
 }
 
 int ShellCommand(std::string const &command, std::string &output) {
-    return vnt_util::system::exec(command, output);
+    return Watch(command).Ended(vnt_util::system::exec(command, output));
 }
 
 int RunCommand(std::string const &command) {
-    return shell::Run(command);
+    return RunCommand(command, shell::usualLimit);
+}
+
+int RunCommand(std::string const &command, std::chrono::seconds limit) {
+    return Watch(command).Ended(shell::Run(command, limit));
+}
+
+void EndCommandsWithin(std::chrono::seconds time) {
+    shell::EndAllWithin(time);
+}
+
+void AllowCommands() {
+    shell::EndNone();
 }
 
 }  // namespace webconfig::util

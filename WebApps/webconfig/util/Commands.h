@@ -1,21 +1,35 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
+/// Commands of the shell. They read nothing from this process, and none can hold it: one that is not done
+/// within its limit is ended with all that it has started in its process group, and counts as failed. That is
+/// logged as an error, with the program, which is the command's first word, and the time; the rest of a
+/// command may hold a password, so only its length is told.
 namespace webconfig::util {
 
 /// Runs \a command through the shell and returns its standard output. Output of more than \a maximum
 /// characters is cut there, and its last three characters are replaced with "..." where it has more than
-/// three. The exit status is not reported.
+/// three. The exit status is not reported. For what only tells or shows something: the limit is ten seconds.
 std::string ShellCommand(std::string const &command, unsigned maximum);
 
 /// Runs \a command through the shell, replaces \a output with its standard output and returns the status
-/// of the device library (0 on success).
+/// of the device library (0 on success). The limit is a minute; but the maker's library, which starts the
+/// command itself, may give it none, and the process' standard input.
 int ShellCommand(std::string const &command, std::string &output);
 
 /// Runs \a command through the shell and returns its wait status as system() does: 0 on success, -1 where
-/// it could not be started. Unlike system() it gives the command a clean signal state, and the right
-/// status also after this process has begun to ignore SIGCHLD.
+/// it could not be started or was ended. Unlike system() it gives the command a clean signal state, and the
+/// right status also when this process begins to ignore SIGCHLD. The limit is a minute.
 int RunCommand(std::string const &command);
+int RunCommand(std::string const &command, std::chrono::seconds limit);
+
+/// From now on all commands, running and new ones, have to be done within \a time from now, whatever their
+/// limits. Another call never gives more time.
+void EndCommandsWithin(std::chrono::seconds time);
+
+/// Takes EndCommandsWithin() back.
+void AllowCommands();
 
 }  // namespace webconfig::util

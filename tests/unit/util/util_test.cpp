@@ -50,6 +50,22 @@ TEST(Commands, StatusAndOutputComeTogether) {
     EXPECT_EQ(output, "out\n");
 }
 
+TEST(Commands, TheLogTellsWhichCommandHadToBeEndedButNoSecrets) {
+    LogCapture log(booster::log::error);
+    EndCommandsWithin(std::chrono::seconds(0));
+    std::string output;
+    EXPECT_EQ(RunCommand("cryptpw secret"), -1);
+    EXPECT_EQ(ShellCommand("echo secret", output), -1);
+    EXPECT_EQ(ShellCommand("date", 10), "");
+    AllowCommands();
+    EXPECT_EQ(RunCommand("exit 1"), W_EXITCODE(1, 0));
+    EXPECT_EQ(log.Take(),
+              std::vector<std::string>(
+                  {"error: No result of the command cryptpw (and 7 characters) after 0 s (Commands)",
+                   "error: No result of the command echo (and 7 characters) after 0 s (Commands)",
+                   "error: No result of the command date after 0 s (Commands)"}));
+}
+
 TEST(Settings, EnvironmentWinsOverSettingsOfTheRightType) {
     cppcms::json::value settings;
     settings["a"]["text"] = "from settings";

@@ -2,9 +2,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "WebApps/webconfig/apps/JsonRpc.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -18,6 +21,8 @@ constexpr char logTag[] = "WebApps/webconfig/apps/JsonRpc";
 constexpr char statusFile[] = "/tmp/fwtool_status.txt";
 constexpr char failedStatus[] = "{ 'state' : 'failed' }";  // the single quotes are what the page expects
 constexpr std::size_t lineBuffer = 100;
+constexpr std::chrono::seconds lockLimit{2};  // a line is written in no time
+constexpr std::chrono::milliseconds lockRetry{20};
 
 struct FileCloser {
     void operator()(std::FILE *file) const { std::fclose(file); }
@@ -29,12 +34,27 @@ std::string FailedStatus() {
     return failedStatus;
 }
 
-/// First line of the status file, line end included, read while no one writes it.
-std::string LockedLine(std::FILE *file) {
+/// Waits until no one writes the file, though not for ever as the system would. False where that does not
+/// end.
+bool Lock(std::FILE *file) {
     struct flock lock {};
     lock.l_type = F_RDLCK;
     lock.l_whence = SEEK_SET;
-    fcntl(fileno(file), F_SETLKW, &lock);
+    auto const patience = std::chrono::steady_clock::now() + lockLimit;
+    while (fcntl(fileno(file), F_SETLK, &lock) != 0 && (errno == EAGAIN || errno == EACCES)) {
+        if (std::chrono::steady_clock::now() >= patience)
+            return false;
+        std::this_thread::sleep_for(lockRetry);
+    }
+    return true;
+}
+
+/// First line of the status file, line end included; empty also where it cannot be read.
+std::string LockedLine(std::FILE *file) {
+    if (!Lock(file)) {
+        WEBCONFIG_LOG(warning, logTag) << statusFile << " is locked for long";
+        return {};
+    }
     char line[lineBuffer];
     return std::fgets(line, sizeof(line), file) ? line : "";
 }
@@ -54,8 +74,8 @@ cppcms::json::value JsonRpc::FirmwareUpgradeStatus() {
     return status;
 }
 
-void JsonRpc::PrepareFWUpgrade() {
-    return_result(util::RunCommand("supvis --suspend deployer"));
+cppcms::json::value JsonRpc::PrepareFWUpgrade() {
+    return util::RunCommand("supvis --suspend deployer");
 }
 
 }  // namespace webconfig::apps

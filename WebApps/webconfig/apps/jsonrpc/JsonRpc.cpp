@@ -2,6 +2,7 @@
 
 #include <cppcms/service.h>
 
+#include "WebApps/webconfig/apps/Shutdown.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -22,7 +23,7 @@ JsonRpc::JsonRpc(cppcms::service &service) : cppcms::rpc::json_rpc_server(servic
     _BindStatus("wifi_ap_status", &JsonRpc::wifiApStatus);
     _BindStatus("wifi_client_status", &JsonRpc::wifiClientStatus);
     bind("wifi_get_channels", action(&JsonRpc::wifiGetChannels), method_role);
-    bind("prepare_fw_upgrade", action(&JsonRpc::PrepareFWUpgrade), method_role);
+    _BindStatus("prepare_fw_upgrade", &JsonRpc::PrepareFWUpgrade);
 }
 
 void JsonRpc::_BindStatus(char const *method, SharedPoll::Gather gather) {
@@ -30,6 +31,8 @@ void JsonRpc::_BindStatus(char const *method, SharedPoll::Gather gather) {
     auto const join = [this, &poll](cppcms::json::array const &parameters) {
         if (!parameters.empty())
             throw cppcms::rpc::call_error("Invalid parametres number");  // as the framework says it
+        if (poll.IsFull())
+            throw cppcms::rpc::call_error("Too many calls wait for this answer");
         poll.Join(release_call());
     };
     bind(method, join, method_role);
@@ -37,7 +40,7 @@ void JsonRpc::_BindStatus(char const *method, SharedPoll::Gather gather) {
 
 void JsonRpc::Reload() {
     util::MarkForceReload(true);
-    service().shutdown();
+    Shutdown(service());
 }
 
 }  // namespace webconfig::apps

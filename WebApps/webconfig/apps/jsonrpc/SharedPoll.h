@@ -23,10 +23,16 @@ class SharedPoll : public booster::noncopyable {
     /// Waits until an answer that is being gathered is there. To be called after the service has ended.
     ~SharedPoll();
 
+    /// Whether as many polls wait as may: those of a hundred browsers, but not all that come while a command
+    /// hangs.
+    bool IsFull() const { return _waiting.size() >= maxWaiting; }
+
     /// Answers \a call, a released one, when its answer is there. For the service's event loop only.
     void Join(booster::shared_ptr<cppcms::rpc::json_call> call);
 
   private:
+    static constexpr std::size_t maxWaiting = 100;
+
     using Calls = std::vector<booster::shared_ptr<cppcms::rpc::json_call>>;
 
     void _Start();

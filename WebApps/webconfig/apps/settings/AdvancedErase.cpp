@@ -21,6 +21,9 @@ constexpr char eraseApplication[] =
     "prm del /peers ;prm del /can ;"
     "[ ! -f ${APPLICATION_DIR}/etc/rcS.d/deployer ] || ${APPLICATION_DIR}/etc/rcS.d/deployer start";
 
+/// Flash memory is slow, and may be large.
+constexpr std::chrono::minutes eraseLimit{10};
+
 struct Partition {
     char const *option;
     char const *command;
@@ -42,12 +45,12 @@ bool Settings::_EraseConfiguration(data::Advanced &content) {
     if (valid && type == "erase_all") {
         util::RunCommand(moveDumps);
         util::RunCommand(leaveDatabase);
-        if (util::RunCommand(eraseDumps) != 0)
+        if (util::RunCommand(eraseDumps, eraseLimit) != 0)
             WEBCONFIG_LOG(error, logTag) << "Erasing config flash partition failed";
         RequireReboot(content);
         content.message = data::Message::SaveOK();
     } else if (valid && type == "erase_sensors") {
-        content.message = util::RunCommand(eraseApplication) == 0
+        content.message = util::RunCommand(eraseApplication, eraseLimit) == 0
                               ? data::Message::SaveOK()
                               : data::Message::Error("Error: Failure erasing persistent storage");
     } else {
@@ -63,7 +66,7 @@ bool Settings::_ErasePartition(data::Advanced &content) {
     for (auto const &partition : partitions) {
         if (content.administration.partition.selected_id() != partition.option)
             continue;
-        bool const erased = util::RunCommand(partition.command) == 0;
+        bool const erased = util::RunCommand(partition.command, eraseLimit) == 0;
         if (erased)
             RequireReboot(content);
         content.message =

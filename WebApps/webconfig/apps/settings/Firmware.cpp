@@ -12,6 +12,7 @@
 #include <random>
 
 #include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/apps/Shutdown.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -126,7 +127,7 @@ bool Settings::_StartFirmwareUpgrade(data::Firmware &content) {
     render("FirmwareUpgradeProgress", content);
     util::MarkFirmwareUpgrade(true);
     util::MarkForceReload(true);
-    service().shutdown();
+    Shutdown(service());
     return true;
 }
 
