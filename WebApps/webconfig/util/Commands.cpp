@@ -85,6 +85,10 @@ void EndCommandsWithin(std::chrono::seconds time) {
     shell::EndAllWithin(time);
 }
 
+bool AreCommandsEnding() {
+    return shell::AreAllEnding();
+}
+
 void AllowCommands() {
     shell::EndNone();
 }

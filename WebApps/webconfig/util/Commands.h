@@ -29,6 +29,9 @@ int RunCommand(std::string const &command, std::chrono::seconds limit);
 /// limits. Another call never gives more time.
 void EndCommandsWithin(std::chrono::seconds time);
 
+/// Whether it is so far. What waits for something else, a server for example, is to give up then as well.
+bool AreCommandsEnding();
+
 /// Takes EndCommandsWithin() back.
 void AllowCommands();
 

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <utility>
 
+#include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/CurlLibrary.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Strings.h"
@@ -35,6 +36,12 @@ std::size_t Receive(char *data, std::size_t size, std::size_t count, void *strea
         return 0;
     answer.write(data, bytes);
     return size * count;
+}
+
+/// What curl calls again and again while it waits. Something else than 0 makes it give up.
+int HasToEnd(void * /*unused*/, curl_off_t /*toCome*/, curl_off_t /*come*/, curl_off_t /*toGo*/,
+             curl_off_t /*gone*/) {
+    return AreCommandsEnding() ? 1 : 0;
 }
 
 std::string GenerateCertFileName(cppcms::json::value const &answer) {
@@ -105,6 +112,8 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
     set(CURLOPT_CONNECTTIMEOUT, limits_.connect);
     set(CURLOPT_TIMEOUT, limits_.transfer);
     set(CURLOPT_NOSIGNAL, 1L);
+    set(CURLOPT_NOPROGRESS, 0L);
+    set(CURLOPT_XFERINFOFUNCTION, &HasToEnd);
     set(CURLOPT_WRITEFUNCTION, &Receive);
     set(CURLOPT_WRITEDATA, static_cast<void *>(static_cast<std::ostream *>(&received)));
 

@@ -31,6 +31,11 @@ constexpr std::chrono::milliseconds groupGlance{10};
 /// When all commands have to be done.
 std::atomic<Clock::time_point> endOfAll{Clock::time_point::max()};
 
+/// When commands that still run then are ended, so that all are done in time.
+Clock::time_point BeginOfTheEnd() {
+    return endOfAll.load() - grace;
+}
+
 /// The descriptor on which the shell writes the exit status of the command.
 constexpr int reportDescriptor = 3;
 
@@ -175,7 +180,7 @@ int Process::Wait() {
 }
 
 Process::Clock::time_point Process::Deadline() const {
-    return std::min(limit_, endOfAll.load() - grace);
+    return std::min(limit_, BeginOfTheEnd());
 }
 
 /// Waits for output or the end of the command, which comes at the deadline at the latest. It may return
@@ -229,6 +234,10 @@ void EndAllWithin(std::chrono::milliseconds time) {
     auto known = endOfAll.load();
     while (end < known && !endOfAll.compare_exchange_weak(known, end)) {
     }
+}
+
+bool AreAllEnding() {
+    return Clock::now() >= BeginOfTheEnd();
 }
 
 void EndNone() {

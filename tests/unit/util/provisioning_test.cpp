@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/ProvisioningClient.h"
 
 namespace {
@@ -121,6 +122,15 @@ TEST(Provisioning, AServerThatTakesItsTimeIsGivenUp) {
         for (int const other : others)
             ::close(other);
     }
+}
+
+TEST(Provisioning, AServiceThatStopsDoesNotWaitForTheServer) {
+    Server server([](int client, std::size_t) { Waits(client, 10s); });
+    EndCommandsWithin(0s);
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(ProvisioningClient(server.Name(), "code").Register("box"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    AllowCommands();
 }
 
 TEST(Provisioning, RedirectionsStayWithHttp) {

@@ -68,6 +68,9 @@ int Run(std::string const &command, std::chrono::milliseconds limit = usualLimit
 /// none is started that could not. A second call never gives more time.
 void EndAllWithin(std::chrono::milliseconds time);
 
+/// Whether it is so far: what runs is being ended, and nothing more is started.
+bool AreAllEnding();
+
 /// Takes EndAllWithin() back.
 void EndNone();
 
