@@ -165,7 +165,7 @@ TEST(ProcessTest, MediaAtTheSitesRootLeaveTheStatusSpaceAlone) {
     EXPECT_NE(browser.Call("dns_server_status").body.find("currentConf"), std::string::npos);
 }
 
-TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReload) {
+TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReloadNorAStop) {
     using namespace std::chrono_literals;
     char const hang[] = "exec sleep 45";
     device::RecordingProgram const poll("/usr/sbin/brctl", hang);
@@ -176,14 +176,20 @@ TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReload) {
     device::Process process(device::Configuration(port));
     Browser browser(address);
     ASSERT_TRUE(browser.WaitUntilUp());
+    device::Process stopped(device::Configuration(port + 1));
+    std::string const stoppedAddress = "http://127.0.0.1:" + std::to_string(port + 1);
+    ASSERT_TRUE(Browser(stoppedAddress).WaitUntilUp());
     device::TakeCommands();
 
-    auto const ask = [](auto question) {
-        return std::async(std::launch::async, [question] {
-            Browser other(address);
+    auto const ask = [](auto question, std::string const &server = address) {
+        return std::async(std::launch::async, [question, server] {
+            Browser other(server);
             return question(other);
         });
     };
+    auto stoppedCall = ask([](Browser &other) { return other.Call("prepare_fw_upgrade"); }, stoppedAddress);
+    ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "supvis --suspend deployer\n"));
+    device::TakeCommands();
     auto polled = ask([](Browser &other) { return other.Call("ethernet1_status"); });
     auto prepared = ask([](Browser &other) { return other.Call("prepare_fw_upgrade"); });
     auto erased = ask([](Browser &other) {
@@ -204,8 +210,11 @@ TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReload) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
 
     auto const reload = std::chrono::steady_clock::now();
+    stopped.Signal(SIGTERM);
     EXPECT_TRUE(device::Reload(process, browser));
+    EXPECT_EQ(stopped.Wait(1), 0);
     EXPECT_LT(std::chrono::steady_clock::now() - reload, 10s);
+    EXPECT_EQ(stoppedCall.get().body, R"({"id":1,"error":null,"result":-1})");
     EXPECT_NE(polled.get().body.find(R"("brctl":"")"), std::string::npos);
     EXPECT_EQ(prepared.get().body, R"({"id":1,"error":null,"result":-1})");
     EXPECT_NE(erased.get().body.find("Error: Failure erasing log partition."), std::string::npos);
