@@ -73,12 +73,12 @@ int ShellCommand(std::string const &command, std::string &output) {
     return Watch(command).Ended(vnt_util::system::exec(command, output));
 }
 
-int RunCommand(std::string const &command) {
-    return RunCommand(command, shell::usualLimit);
+int RunCommand(Command const &command, std::chrono::seconds limit) {
+    return Watch(command).Ended(shell::Run(command, limit));
 }
 
-int RunCommand(std::string const &command, std::chrono::seconds limit) {
-    return Watch(command).Ended(shell::Run(command, limit));
+int RunCommand(ConstantText command, std::chrono::seconds limit) {
+    return RunCommand(Command(command), limit);
 }
 
 void EndCommandsWithin(std::chrono::seconds time) {

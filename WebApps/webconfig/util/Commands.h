@@ -3,6 +3,8 @@
 #include <chrono>
 #include <string>
 
+#include "WebApps/webconfig/util/Command.h"
+
 /// Commands of the shell. They read nothing from this process, and none can hold it: one that is not done
 /// within its limit is ended with all that it has started in its process group, and counts as failed. That is
 /// logged as an error, with the program, which is the command's first word, and the time; the rest of a
@@ -19,11 +21,14 @@ std::string ShellCommand(std::string const &command, unsigned maximum);
 /// command itself, may give it none, and the process' standard input.
 int ShellCommand(std::string const &command, std::string &output);
 
+/// How long what a page starts may take where the page does not say.
+inline constexpr std::chrono::seconds actionLimit{60};
+
 /// Runs \a command through the shell and returns its wait status as system() does: 0 on success, -1 where
 /// it could not be started or was ended. Unlike system() it gives the command a clean signal state, and the
-/// right status also when this process begins to ignore SIGCHLD. The limit is a minute.
-int RunCommand(std::string const &command);
-int RunCommand(std::string const &command, std::chrono::seconds limit);
+/// right status also when this process begins to ignore SIGCHLD.
+int RunCommand(Command const &command, std::chrono::seconds limit = actionLimit);
+int RunCommand(ConstantText command, std::chrono::seconds limit = actionLimit);
 
 /// From now on all commands, running and new ones, have to be done within \a time from now, whatever their
 /// limits. Another call never gives more time.

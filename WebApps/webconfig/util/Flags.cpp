@@ -14,6 +14,8 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/util/Flags";
 
+constexpr ConstantText touch("touch");
+
 std::string const rebootFlag = "/tmp/webconfig_reboot_flag";
 std::string const reloadFlag = "/tmp/webconfig_freload_flag";
 std::string const upgradeFlag = "/tmp/webconfig_fwsugd_flag";
@@ -27,7 +29,7 @@ std::atomic<bool> unwrittenReload = false;
 }  // namespace
 
 void MarkRebootRequired() {
-    RunCommand("touch " + rebootFlag);
+    RunCommand(Command(touch).Arg(rebootFlag));
 }
 
 bool IsRebootRequired() {
@@ -40,7 +42,7 @@ bool IsRebootRequired() {
 
 void MarkForceReload(bool on) {
     // Without -f on purpose: clearing a flag that is not set shows on standard error.
-    RunCommand((on ? "touch " : "rm ") + reloadFlag);
+    RunCommand(Command(on ? touch : ConstantText("rm")).Arg(reloadFlag));
     unwrittenReload = on && !FileExists(reloadFlag);
     if (unwrittenReload)
         WEBCONFIG_LOG(error, logTag) << "Cannot write " << reloadFlag;
@@ -51,7 +53,7 @@ bool IsForceReloadFlagged() {
 }
 
 void MarkFirmwareUpgrade(bool on) {
-    RunCommand((on ? "touch " : "rm -f ") + upgradeFlag);
+    RunCommand(Command(on ? touch : ConstantText("rm -f")).Arg(upgradeFlag));
 }
 
 bool IsFirmwareUpgradeFlagged() {

@@ -14,8 +14,9 @@ namespace webconfig::apps {
 namespace {
 
 constexpr char enabledKey[] = "tern/enabled";
-constexpr char startLink[] = "/usr/bin/supvis --add ternd --cmd '/usr/bin/ternd --init --no-datalog'";
-constexpr char stopLink[] = "/usr/bin/supvis --remove ternd";
+constexpr util::ConstantText startLink(
+    "/usr/bin/supvis --add ternd --cmd '/usr/bin/ternd --init --no-datalog'");
+constexpr util::ConstantText stopLink("/usr/bin/supvis --remove ternd");
 
 /// A way to the site server, in the order of the tabs, which begin with the common one.
 struct Path {

@@ -26,7 +26,7 @@ constexpr std::chrono::minutes eraseLimit{10};
 
 struct Partition {
     char const *option;
-    char const *command;
+    util::ConstantText command;
     char const *erased;
     char const *failed;
 };
