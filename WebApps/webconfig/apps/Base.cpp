@@ -10,6 +10,7 @@
 #include "WebApps/webconfig/apps/MediaRoot.h"
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/SaveTurn.h"
+#include "WebApps/webconfig/apps/settings/Pages.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -39,10 +40,17 @@ void Base::Prepare(data::Base &content) {
     }
 }
 
+void Base::Prepare(data::BaseTabbed &content) {
+    Prepare(static_cast<data::Base &>(content));
+    content.status_url = StatusUrl();
+}
+
 void Base::PrepareMenus(std::vector<data::Menu> &menus) {
     data::Menu settingsMenu("Settings");
-    settingsMenu << data::Menu("Firmware", "/settings/firmware") << data::Menu("Reboot", "/settings/reboot")
-                 << data::Menu("Advanced", "/settings/advanced");
+    for (auto const &page : settingsPages) {
+        if (page.menu)
+            settingsMenu << data::Menu(page.menu, std::string("/settings/") + page.name);
+    }
     menus.push_back(settingsMenu);
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "WebApps/webconfig/data/Base.h"
+#include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/forms/Base.h"
 
 namespace webconfig::apps {
@@ -20,6 +21,8 @@ class Base : public cppcms::application {
 
     /// Fills the shared part of a page's record: branding, menus, media URLs, build stamp, reboot alert.
     virtual void Prepare(data::Base &content);
+    /// The same, and where the status tab's polls go.
+    void Prepare(data::BaseTabbed &content);
     /// Appends the built-in menus. Further ones are appended by handlers after Prepare().
     virtual void PrepareMenus(std::vector<data::Menu> &menus);
 

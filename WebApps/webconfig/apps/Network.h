@@ -31,9 +31,6 @@ class Network : public Base {
     void Wlan();
 
   private:
-    /// Registers a page at "/" + \a name, under \a name for links.
-    void _Page(std::string const &name, void (Network::*handler)());
-
     /// The page of a wired port, all but its command output.
     void EthernetInternal(data::Ethernet1 &content, EthernetPort const &port);
 

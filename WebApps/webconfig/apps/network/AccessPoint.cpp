@@ -106,7 +106,6 @@ void Network::AccessPoint() {
     data::AccessPoint content;
     Prepare(content);
     content.title = "Config Access Point";
-    content.status_url = StatusUrl();
     LoadFromStore(content);
     LoadModule(content);
 

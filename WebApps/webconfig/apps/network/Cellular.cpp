@@ -149,7 +149,6 @@ void Network::Cellular() {
     data::Cellular content;
     Prepare(content);
     content.title = "Cellular Port Configuration";
-    content.status_url = StatusUrl();
 
     Sim const sim = CurrentSim();
     Load(content.main);

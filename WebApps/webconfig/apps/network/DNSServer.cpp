@@ -36,7 +36,6 @@ void Network::DNSServer() {
     data::DNSServer content;
     Prepare(content);
     content.title = "Custom DNS Servers";
-    content.status_url = StatusUrl();
 
     if (!HttpPost())
         LoadFromStore(content.form);

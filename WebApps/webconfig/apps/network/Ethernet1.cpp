@@ -68,7 +68,6 @@ void Network::Ethernet1() {
 void Network::EthernetInternal(data::Ethernet1 &content, EthernetPort const &port) {
     Prepare(content);
     content.title = std::string(port.name) + " Configuration";
-    content.status_url = StatusUrl();
 
     forms::Ethernet1 &form = content.form;
     bool const post = HttpPost();

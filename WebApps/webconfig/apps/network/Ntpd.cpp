@@ -36,7 +36,6 @@ void Network::Ntpd() {
     data::Ntpd content;
     Prepare(content);
     content.title = "NTP Servers";
-    content.status_url = StatusUrl();
 
     std::string const action = HttpPost() ? HttpPost("submit") : "";
     if (action == "Jump system time") {

@@ -68,7 +68,6 @@ void Network::OpenVPN() {
     data::OpenVPN content(settings().get("webconfig.openvpn.provisioning_server", ""), util::DeviceName());
     Prepare(content);
     content.title = "OpenVPN Configuration";
-    content.status_url = StatusUrl();
 
     if (HttpPost()) {
         std::string const action = HttpPost("submit");

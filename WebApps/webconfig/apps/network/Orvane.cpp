@@ -64,7 +64,6 @@ void Network::Orvane() {
     data::Orvane content;
     Prepare(content);
     content.title = "Orvane Server Configuration";
-    content.status_url = StatusUrl();
 
     if (HttpPost()) {
         auto const isPressed = [this](std::string const &button) { return HttpPost(button) == "Save"; };

@@ -108,7 +108,6 @@ void Network::PortForwarding() {
     data::PortForwarding content;
     Prepare(content);
     content.title = "Port Forwarding";
-    content.status_url = StatusUrl();
     content.preset_rules = PresetRules();
     _PortForwardingLoadData(content.user_rules);
     content.general.load(context());

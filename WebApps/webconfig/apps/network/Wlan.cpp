@@ -125,7 +125,6 @@ void Network::Wlan() {
     data::Wlan content;
     Prepare(content);
     content.title = "Config WLAN";
-    content.status_url = StatusUrl();
     content.country_locked = wifi::IsCountryLocked();
     LoadFromStore(content);
 

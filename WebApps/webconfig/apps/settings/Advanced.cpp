@@ -71,7 +71,6 @@ void Settings::Advanced() {
     data::Advanced content;
     Prepare(content);
     content.title = "Advanced Configuration Options";
-    content.status_url = StatusUrl();
     DescribePartitions(content);
 
     if (HttpPost()) {

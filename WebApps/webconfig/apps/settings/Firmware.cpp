@@ -90,7 +90,6 @@ void Settings::_PrepareFirmware(data::Firmware &content) {
     content.title = "Firmware";
     content.base_version = baseVersion;
     content.internal_server = UsingInternalServer();
-    content.status_url = StatusUrl();
 }
 
 /// Takes the uploaded image, answers with the progress page and stops the service, between two runs of

@@ -31,7 +31,6 @@ void Settings::General() {
     content.title = "General Device Configuration";
     content.assembly_sn = util::SystemAssemblySN();
     content.device_id = util::SystemDeviceID();
-    content.status_url = StatusUrl();
 
     if (!HttpPost()) {
         LoadFromStore(content.form);
