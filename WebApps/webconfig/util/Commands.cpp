@@ -22,30 +22,30 @@ constexpr std::string_view cutMark = "...";
 /// Accompanies a command, and logs it where it gives no status.
 class Watch {
   public:
-    explicit Watch(std::string const &command) : _command(command) {}
+    explicit Watch(std::string const &command) : command_(command) {}
 
     /// Returns \a status.
     int Ended(int status) const {
         if (status < 0)
             WEBCONFIG_LOG(error, logTag)
-                << "No result of the command " << _Name() << " after " << _Seconds() << " s";
+                << "No result of the command " << Name() << " after " << Seconds() << " s";
         return status;
     }
 
   private:
     using Clock = std::chrono::steady_clock;
 
-    std::string _Name() const {
-        std::string const program = _command.substr(0, _command.find_first_of(" \t\n"));
-        std::size_t const rest = _command.size() - program.size();
+    std::string Name() const {
+        std::string const program = command_.substr(0, command_.find_first_of(" \t\n"));
+        std::size_t const rest = command_.size() - program.size();
         return rest == 0 ? program : program + " (and " + std::to_string(rest) + " characters)";
     }
-    long long _Seconds() const {
-        return std::chrono::round<std::chrono::seconds>(Clock::now() - _start).count();
+    long long Seconds() const {
+        return std::chrono::round<std::chrono::seconds>(Clock::now() - start_).count();
     }
 
-    std::string const &_command;
-    Clock::time_point const _start = Clock::now();
+    std::string const &command_;
+    Clock::time_point const start_ = Clock::now();
 };
 
 }  // namespace

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "WebApps/webconfig/forms/Base.h"
+
+namespace webconfig::forms {
+
+/// The notice that a log-in shell shows, and whether it does.
+class Notice : public Base {
+  public:
+    Notice();
+
+    cppcms::widgets::checkbox enabled;
+    cppcms::widgets::text text;
+    cppcms::widgets::submit save;
+};
+
+}  // namespace webconfig::forms
