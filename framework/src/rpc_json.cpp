@@ -7,7 +7,6 @@
 #include <cppcms/http_response.h>
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
 #include <string_view>
 
@@ -62,27 +61,7 @@ void json_rpc_server::bind(std::string const &name, method_type const &method, r
     methods_[name] = {method, role};
 }
 
-void json_rpc_server::smd(json::value const &description) {
-    smd_ = description.save();
-}
-
-void json_rpc_server::smd_raw(std::string const &text) {
-    smd_ = text;
-}
-
-void json_rpc_server::smd_from_file(std::string const &path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw cppcms_error("Failed to open service description: " + path);
-    smd_.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
-
 void json_rpc_server::main(std::string) {
-    if (!smd_.empty() && request().request_method() == "GET") {
-        response().set_content_header(json_type);
-        response().out() << smd_;
-        return;
-    }
     current_.reset();
     if (auto const *problem = accept_call()) {
         response().set_plain_text_header();

@@ -161,10 +161,6 @@ void manager::render(std::string const &skin, std::string const &view, std::ostr
     pool::instance().render(skin, view, out, content);
 }
 
-view_lock::view_lock(std::string const &skin, std::string const &view, std::ostream &out,
-                     base_content &content)
-    : view_(pool::instance().create(skin, view, out, content)) {}
-
 }  // namespace views
 
 void impl::check_view(std::string const &skin, std::string const &view, base_content &content) {

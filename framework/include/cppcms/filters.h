@@ -73,31 +73,6 @@ void write_raw(std::ostream &out, std::string const &text);
 void write_escaped(std::ostream &out, std::string const &text);
 void write_urlencoded(std::ostream &out, std::string const &text);
 void write_jsescaped(std::ostream &out, std::string const &text);
-void write_upper(std::ostream &out, std::string const &text);
-void write_lower(std::ostream &out, std::string const &text);
-void write_title(std::ostream &out, std::string const &text);
-void write_base64_urlencoded(std::ostream &out, std::string const &text);
-
-/// A filter that writes a number of seconds since 1970 as a date or time of the stream's locale.
-class time_filter {
-  public:
-    friend std::ostream &operator<<(std::ostream &out, time_filter const &filter) {
-        return filter.write(out);
-    }
-
-  protected:
-    enum class part { date, time, datetime, formatted };
-    time_filter(streamable const &object, part part, std::string zone, std::string format = {})
-        : object_(object), part_(part), zone_(std::move(zone)), format_(std::move(format)) {}
-
-  private:
-    std::ostream &write(std::ostream &out) const;
-
-    streamable object_;
-    part part_;
-    std::string zone_;
-    std::string format_;
-};
 
 }  // namespace details
 
@@ -109,37 +84,6 @@ using escape = details::text_filter<details::write_escaped>;
 using urlencode = details::text_filter<details::write_urlencoded>;
 /// For strings of either quote in scripts. `<` and `/` pass: a text with `</script>` is not safe.
 using jsescape = details::text_filter<details::write_jsescaped>;
-/// Base64 with the letters of URLs, without padding.
-using base64_urlencode = details::text_filter<details::write_base64_urlencoded>;
-
-// Letter case, by the rules of the stream's locale; std::bad_cast where that was not made by a generator.
-using to_upper = details::text_filter<details::write_upper>;
-using to_lower = details::text_filter<details::write_lower>;
-using to_title = details::text_filter<details::write_title>;
-
-// Seconds since 1970 in a time zone such as "GMT+2", by default the stream's.
-
-class date : public details::time_filter {
-  public:
-    date(streamable const &seconds, std::string const &zone = {}) : time_filter(seconds, part::date, zone) {}
-};
-
-class time : public details::time_filter {
-  public:
-    time(streamable const &seconds, std::string const &zone = {}) : time_filter(seconds, part::time, zone) {}
-};
-
-class datetime : public details::time_filter {
-  public:
-    datetime(streamable const &seconds, std::string const &zone = {})
-        : time_filter(seconds, part::datetime, zone) {}
-};
-
-class strftime : public details::time_filter {
-  public:
-    strftime(streamable const &seconds, std::string const &format, std::string const &zone = {})
-        : time_filter(seconds, part::formatted, zone, format) {}
-};
 
 using locale::format;
 using locale::translate;

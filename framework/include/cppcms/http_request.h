@@ -3,7 +3,6 @@
 #include <booster/noncopyable.h>
 #include <booster/shared_ptr.h>
 #include <cppcms/http_content_type.h>
-#include <cppcms/http_cookie.h>
 
 #include <map>
 #include <memory>
@@ -30,7 +29,6 @@ class request : public booster::noncopyable {
   public:
     typedef std::multimap<std::string, std::string> form_type;
     typedef std::vector<booster::shared_ptr<file>> files_type;
-    typedef std::map<std::string, cookie> cookies_type;
 
     ~request();
 
@@ -90,10 +88,6 @@ class request : public booster::noncopyable {
     files_type files();
     /// The body as it came, unless it was multipart.
     std::pair<void *, std::size_t> raw_post_data();
-
-    cookies_type const &cookies();
-    /// An empty cookie where there is none.
-    cookie const &cookie_by_name(std::string const &name);
 
   private:
     friend class context;

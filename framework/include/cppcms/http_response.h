@@ -18,7 +18,6 @@ struct response_settings;
 namespace http {
 
 class context;
-class cookie;
 
 /// What is answered: status, headers and the output stream. The first call of out() fixes status and
 /// headers; later changes of them have no effect.
@@ -85,7 +84,6 @@ class response : public booster::noncopyable {
     std::string get_header(std::string const &name);
     /// Adds a line, whether the header is there already or not. Status and Content-Length are set instead.
     void add_header(std::string const &name, std::string const &value);
-    void set_cookie(cookie const &c);
 
     void status(int code);
     void status(int code, std::string const &reason);

@@ -64,11 +64,6 @@ class json_rpc_server : public application {
     /// "Invalid parameters", any other std::exception "Internal Service Error".
     void bind(std::string const &name, method_type const &method, role_type role = any_role);
 
-    // The service description that a GET is answered with; none by default.
-    void smd(json::value const &description);
-    void smd_raw(std::string const &text);
-    void smd_from_file(std::string const &path);
-
     /// Serves the current request, whatever its URL.
     void main(std::string url) override;
 
@@ -95,7 +90,6 @@ class json_rpc_server : public application {
     void run(bound_method const &method);
 
     std::map<std::string, bound_method> methods_;
-    std::string smd_;
     booster::shared_ptr<json_call> current_;
 };
 

@@ -96,7 +96,6 @@ class pool : public booster::noncopyable {
     std::vector<std::string> enumerate();
 
   private:
-    friend class view_lock;
     friend void impl::check_view(std::string const &skin, std::string const &view, base_content &content);
 
     pool() = default;
@@ -121,23 +120,6 @@ class manager : public booster::noncopyable {
 
   private:
     std::string default_skin_;
-};
-
-/// A view made by name, to call its parts.
-class view_lock : public booster::noncopyable {
-  public:
-    /// Throws what pool::render() throws.
-    view_lock(std::string const &skin, std::string const &view, std::ostream &out, base_content &content);
-
-    base_view &view() { return *view_; }
-    /// Throws std::bad_cast where the view is no \a View.
-    template <typename View>
-    View &use_view() {
-        return dynamic_cast<View &>(*view_);
-    }
-
-  private:
-    std::unique_ptr<base_view> view_;
 };
 
 }  // namespace views

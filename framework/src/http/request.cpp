@@ -3,12 +3,10 @@
 #include <fronts/connection.h>
 
 #include <charconv>
-#include <optional>
 
 #include "body_reader.h"
 #include "environment.h"
 #include "form_decoder.h"
-#include "header_text.h"
 
 namespace cppcms::http {
 
@@ -27,27 +25,6 @@ std::string single_value(request::form_type const &fields, std::string const &na
     return first != last && std::next(first) == last ? first->second : std::string();
 }
 
-request::cookies_type parse_cookies(std::string_view text) {
-    request::cookies_type cookies;
-    while (!text.empty()) {
-        auto const pair = text.substr(0, text.find_first_of(";,"));
-        text.remove_prefix(std::min(text.size(), pair.size() + 1));
-        auto const equals = pair.find('=');
-        auto const name = impl::trim(pair.substr(0, equals));
-        // Names with a dollar sign are attributes of the cookie before them.
-        if (equals == std::string_view::npos || name.empty() || name.front() == '$')
-            continue;
-        auto const raw = impl::trim(pair.substr(equals + 1));
-        std::string value;
-        if (!impl::header_reader(raw).quoted(value))
-            value = raw;
-        cookies.emplace(name, cookie(std::string(name), value));
-        if (cookies.size() >= impl::max_form_fields)
-            break;
-    }
-    return cookies;
-}
-
 }  // namespace
 
 struct request::data {
@@ -55,11 +32,10 @@ struct request::data {
     impl::body_limits const &limits;
     form_type query;
     impl::body_content body;
-    std::optional<cookies_type> cookies;
 };
 
 request::request(impl::environment &&variables, impl::body_limits const &limits)
-    : d(new data{std::move(variables), limits, {}, {}, {}}) {}
+    : d(new data{std::move(variables), limits, {}, {}}) {}
 
 request::~request() = default;
 
@@ -136,18 +112,6 @@ request::files_type request::files() {
 
 std::pair<void *, std::size_t> request::raw_post_data() {
     return {d->body.raw.data(), d->body.raw.size()};
-}
-
-request::cookies_type const &request::cookies() {
-    if (!d->cookies)
-        d->cookies = parse_cookies(d->variables.get("HTTP_COOKIE"));
-    return *d->cookies;
-}
-
-cookie const &request::cookie_by_name(std::string const &name) {
-    static cookie const none;
-    auto const found = cookies().find(name);
-    return found == cookies().end() ? none : found->second;
 }
 
 }  // namespace cppcms::http

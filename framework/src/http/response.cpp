@@ -1,7 +1,6 @@
 #include <booster/locale.h>
 #include <cppcms/cppcms_error.h>
 #include <cppcms/http_context.h>
-#include <cppcms/http_cookie.h>
 #include <cppcms/http_request.h>
 #include <cppcms/http_response.h>
 #include <service/cached_settings.h>
@@ -132,13 +131,6 @@ void response::add_header(std::string const &name, std::string const &value) {
         set_header(name, value);
     else
         d->added_lines.push_back(single_line(name + ": " + value));
-}
-
-void response::set_cookie(cookie const &c) {
-    std::ostringstream line;
-    line.imbue(std::locale::classic());
-    line << c;
-    d->added_lines.push_back(single_line(line.str()));
 }
 
 void response::status(int code) {

@@ -17,19 +17,17 @@ TEST(RegexTest, MatchWantsTheWholeTextAndSearchAnyPart) {
         bool matches;
         bool found;
     } const cases[] = {
-        {"a|ab", "ab", true, true},   {"a", "ba", false, true},     {"a$", "a\n", false, true},
-        {"[^/]*", "a\n", true, true}, {".", "\n", false, false},    {"", "", true, true},
-        {"(?:x", "", false, false},   {"a.b", "a\0b"s, true, true},
+        {"a|ab", "ab", true, true},   {"a", "ba", false, true},
+        {"a$", "a\n", false, true},   {"(a+)+", std::string(60, 'a') + '!', false, true},
+        {"[^/]*", "a\n", true, true}, {".", "\n", false, false},
+        {"", "", true, true},         {"a.b", "a\0b"s, true, true},
     };
     for (auto const &c : cases) {
-        if (c.pattern == "(?:x"s) {
-            EXPECT_THROW(booster::regex(c.pattern), booster::regex_error);
-            continue;
-        }
         booster::regex const expression(c.pattern);
         EXPECT_EQ(booster::regex_match(c.text, expression), c.matches) << c.pattern;
         EXPECT_EQ(booster::regex_search(c.text, expression), c.found) << c.pattern;
     }
+    EXPECT_THROW(booster::regex("(?:x"), booster::regex_error);
     EXPECT_TRUE(booster::regex_match("ABC"s, booster::regex("abc", booster::regex::icase)));
     EXPECT_THROW(booster::regex_match("x"s, booster::regex()), booster::regex_error);
 }
@@ -46,11 +44,6 @@ TEST(RegexTest, GroupsThatTookNoPartAreUnmatchedAndEmpty) {
     EXPECT_EQ(match[9].str(), "");
     EXPECT_FALSE(booster::regex_match(text, match, booster::regex("no")));
     EXPECT_EQ(match.size(), 0U);
-}
-
-TEST(RegexTest, HostileTextEnds) {
-    std::string const text(60, 'a');
-    EXPECT_FALSE(booster::regex_match(text + '!', booster::regex("(a+)+")));
 }
 
 class LogTest : public testing::Test {

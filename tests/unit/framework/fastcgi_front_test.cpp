@@ -60,35 +60,28 @@ TEST_F(FastcgiFront, AnswersAsCgi) {
 TEST_F(FastcgiFront, KeepsConnectionsWhereAsked) {
     RunningService const service(settings_);
     Client client(path_);
-    for (char const *path : {"/pages/hello", "/status/y", "/pages/text", "/pages/echo"}) {
+    for (char const *path : {"/pages/hello", "/status/y", "/pages/echo"}) {
         client.Send(Request(path, std::string(path) == "/pages/echo" ? "a=1" : "", true));
         std::string bytes;
         fastcgi::Answer answer;
         for (std::string copy; !answer.ended && client.Read(bytes); copy = bytes)
             answer = fastcgi::TakeAnswer(copy = bytes);
         EXPECT_TRUE(answer.ended) << path;
-        EXPECT_EQ(answer.output.substr(0, sizeof(headers) - 1), headers) << path;
+        EXPECT_TRUE(answer.output.starts_with(headers)) << path;
     }
 }
 
 TEST_F(FastcgiFront, DropsWhatIsNoRequest) {
     RunningService const service(settings_);
-    std::string const begin = fastcgi::BeginRequest(false);
-    struct {
-        std::string bytes;
-        char const *log;
-    } const cases[] = {
+    std::pair<std::string, char const *> const cases[] = {
         {"garbage garbage garbage", "malformed records"},
-        {begin + fastcgi::Record(fastcgi::params, std::string("\xff\xff\xff\xff\x01x", 6)) +
-             fastcgi::Record(fastcgi::params, ""),
-         "malformed records"},
         {Request("/" + std::string(17000, 'x')), "too many variables"},
     };
-    for (auto const &c : cases) {
+    for (auto const &[bytes, line] : cases) {
         Client client(path_);
-        client.Send(c.bytes);
-        EXPECT_EQ(client.ReadAll(), "") << c.log;
-        EXPECT_TRUE(log_.Contains(c.log));
+        client.Send(bytes);
+        EXPECT_EQ(client.ReadAll(), "") << line;
+        EXPECT_TRUE(log_.Contains(line));
     }
     Client filter(path_);
     filter.Send(fastcgi::BeginRequest(false, 3) + fastcgi::Record(fastcgi::params, ""));
@@ -97,25 +90,18 @@ TEST_F(FastcgiFront, DropsWhatIsNoRequest) {
     EXPECT_EQ(Ask("/pages/hello"), headers + std::string("hello"));
 }
 
-TEST_F(FastcgiFront, AnswersQuestionsAboutItself) {
+TEST_F(FastcgiFront, AnswersAQuestionAboutItselfAndARequestThatComesInPieces) {
     RunningService const service(settings_);
     Client client(path_);
-    client.Send(fastcgi::Record(fastcgi::get_values, fastcgi::Pair("FCGI_MPXS_CONNS", ""), 0) +
-                Request("/pages/hello"));
-    std::string const answer = client.ReadAll();
-    EXPECT_NE(answer.find(fastcgi::Pair("FCGI_MPXS_CONNS", "0")), std::string::npos);
-    EXPECT_NE(answer.find("hello"), std::string::npos);
-}
-
-TEST_F(FastcgiFront, TakesARequestThatComesInPieces) {
-    RunningService const service(settings_);
-    Client client(path_);
-    std::string const request = Request("/pages/echo", "a=1");
-    for (std::size_t at = 0; at < request.size(); at += 40) {
-        client.Send(std::string_view(request).substr(at, 40));
+    std::string const sent = fastcgi::Record(fastcgi::get_values, fastcgi::Pair("FCGI_MPXS_CONNS", ""), 0) +
+                             Request("/pages/echo", "a=1");
+    for (std::size_t at = 0; at < sent.size(); at += 40) {
+        client.Send(std::string_view(sent).substr(at, 40));
         std::this_thread::sleep_for(std::chrono::milliseconds(3));
     }
-    EXPECT_NE(client.ReadAll().find("post a=1\n"), std::string::npos);
+    std::string const answer = client.ReadAll();
+    EXPECT_NE(answer.find(fastcgi::Pair("FCGI_MPXS_CONNS", "0")), std::string::npos);
+    EXPECT_NE(answer.find("post a=1\n"), std::string::npos);
 }
 
 TEST_F(FastcgiFront, RefusesABodyThatIsCutShort) {

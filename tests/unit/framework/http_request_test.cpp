@@ -1,6 +1,5 @@
 #include <cppcms/cppcms_error.h>
 #include <cppcms/http_content_type.h>
-#include <cppcms/http_cookie.h>
 #include <cppcms/http_file.h>
 #include <cppcms/http_request.h>
 #include <gtest/gtest.h>
@@ -34,7 +33,7 @@ std::string Text(http::request::form_type const &fields) {
 TEST(FormDecoder, DecodesPairsUpToTheFirstMalformedOne) {
     using Result = cppcms::impl::form_result;
     struct {
-        char const *text;
+        std::string text;
         char const *fields;
         Result result;
     } const cases[] = {
@@ -43,9 +42,7 @@ TEST(FormDecoder, DecodesPairsUpToTheFirstMalformedOne) {
         {"a=1&", "a=1;", Result::complete},
         {"a=&b==", "a=;b==;", Result::complete},
         {"a+b=c+d%20e%2bf", "a b=c d e+f;", Result::complete},
-        {"a=c%zz%4", "a=czz4;", Result::complete},
-        {"a=1;b=2", "a=1;b=2;", Result::complete},
-        {"b=2&a=1&a=0", "a=1;a=0;b=2;", Result::complete},
+        {"b=2&a=1;b=2&a=c%zz%4", "a=1;b=2;a=czz4;b=2;", Result::complete},
         {"a=1&bb&c=2", "a=1;", Result::malformed},
         {"a=1&&c=2", "a=1;", Result::malformed},
         {"=1", "", Result::malformed},
@@ -56,15 +53,6 @@ TEST(FormDecoder, DecodesPairsUpToTheFirstMalformedOne) {
         EXPECT_EQ(cppcms::impl::decode_form(c.text, fields), c.result) << c.text;
         EXPECT_EQ(Text(fields), c.fields) << c.text;
     }
-}
-
-TEST(FormDecoder, StopsAtTheLimit) {
-    std::string text;
-    for (std::size_t i = 0; i <= cppcms::impl::max_form_fields; ++i)
-        text += "a=1&";
-    cppcms::impl::form_fields fields;
-    EXPECT_EQ(cppcms::impl::decode_form(text, fields), cppcms::impl::form_result::too_many);
-    EXPECT_EQ(fields.size(), cppcms::impl::max_form_fields);
 }
 
 TEST(Request, SeparatesQueryAndBody) {
@@ -100,16 +88,12 @@ TEST(Request, SortsPartsIntoFieldsAndFiles) {
     auto &request = upload.context().request();
     EXPECT_EQ(Text(request.post()), "t=text;");
     EXPECT_EQ(request.raw_post_data().second, 0u);
-    auto const files = request.files();
-    ASSERT_EQ(files.size(), 2u);
-    EXPECT_EQ(files[0]->name(), "f");
-    EXPECT_EQ(files[0]->filename(), "");
-    EXPECT_EQ(files[0]->size(), 0);
-    EXPECT_EQ(files[1]->filename(), "/a/b.txt");
-    EXPECT_EQ(files[1]->mime(), "text/plain");
-    std::string content;
-    files[1]->data() >> content;
-    EXPECT_EQ(content, "hello");
+    std::string files;
+    for (auto const &file : request.files())
+        files += file->name() + ',' + file->filename() + ',' + file->mime() + ',' +
+                 std::to_string(file->size()) + ',' +
+                 std::string(std::istreambuf_iterator<char>(file->data()), {}) + ';';
+    EXPECT_EQ(files, "f,,application/octet-stream,0,;g,/a/b.txt,text/plain,5,hello;");
 }
 
 TEST(ContentType, IsParsed) {
@@ -141,53 +125,46 @@ class UploadedFile : public testing::Test {
     std::filesystem::path directory_;
 };
 
-TEST_F(UploadedFile, GoesToDiskBeyondItsLimit) {
-    {
-        http::file file;
-        file.set_memory_limit(10);
-        file.set_temporary_directory(directory_);
-        file.write_data() << "0123456789";
-        EXPECT_EQ(Files(), 0u);
-        file.write_data() << "ab";
-        EXPECT_EQ(Files(), 1u);
-        EXPECT_EQ(std::filesystem::directory_iterator(directory_)->status().permissions(),
-                  std::filesystem::perms(0600));
-        EXPECT_EQ(file.size(), 12);
-        file.data().seekg(8);
-        std::string text;
-        file.data() >> text;
-        EXPECT_EQ(text, "89ab");
-    }
-    EXPECT_EQ(Files(), 0u) << "removed with its object";
-}
-
-TEST_F(UploadedFile, IsSavedAsOftenAsItIsInMemoryAndOnceFromDisk) {
+TEST_F(UploadedFile, GoesToDiskBeyondItsLimitAndIsMovedFromThereOnce) {
     http::file memory;
     memory.write_data() << "text";
-    memory.save_to(directory_ / "a");
-    memory.save_to(directory_ / "b");
-    EXPECT_EQ(Read(directory_ / "a") + Read(directory_ / "b"), "texttext");
+    for (char const *copy : {"a", "b"}) {
+        memory.save_to(directory_ / copy);
+        EXPECT_EQ(Read(directory_ / copy), "text");
+    }
+    {
+        http::file disk;
+        disk.set_memory_limit(10);
+        disk.set_temporary_directory(directory_);
+        disk.write_data() << "0123456789";
+        EXPECT_EQ(Files(), 2u);
+        disk.write_data() << "ab";
+        EXPECT_EQ(Files(), 3u);
+        EXPECT_EQ(disk.size(), 12);
+        disk.data().seekg(8);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(disk.data()), {}), "89ab");
+        disk.save_to(directory_ / "a");
+        EXPECT_EQ(Read(directory_ / "a"), "0123456789ab");
+        EXPECT_EQ(Files(), 2u) << "moved, not copied";
+        EXPECT_THROW(disk.save_to(directory_ / "c"), cppcms::cppcms_error);
 
-    http::file disk;
-    disk.set_memory_limit(0);
-    disk.set_temporary_directory(directory_);
-    disk.write_data() << "longer text";
-    std::string all(std::istreambuf_iterator<char>(disk.data()), {});
-    disk.save_to(directory_ / "a");
-    EXPECT_EQ(Read(directory_ / "a"), "longer text");
-    EXPECT_EQ(Files(), 2u) << "moved, not copied";
-    EXPECT_THROW(disk.save_to(directory_ / "c"), cppcms::cppcms_error);
+        http::file dropped;
+        dropped.set_memory_limit(1);
+        dropped.set_temporary_directory(directory_);
+        dropped.write_data() << "text";
+        EXPECT_EQ(Files(), 3u);
+        for (auto const &entry : std::filesystem::directory_iterator(directory_))
+            EXPECT_TRUE(entry.path().extension() != ".tmp" ||
+                        entry.status().permissions() == std::filesystem::perms(0600));
+    }
+    EXPECT_EQ(Files(), 2u) << "removed with its object";
 
     http::file nowhere;
     EXPECT_THROW(nowhere.save_to(directory_ / "none" / "c"), cppcms::cppcms_error);
-}
-
-TEST_F(UploadedFile, FailsToGrowWhereThereIsNoFolder) {
-    http::file file;
-    file.set_memory_limit(1);
-    file.set_temporary_directory(directory_ / "none");
-    file.write_data() << "text";
-    EXPECT_TRUE(file.write_data().fail());
+    nowhere.set_memory_limit(1);
+    nowhere.set_temporary_directory(directory_ / "none");
+    nowhere.write_data() << "text";
+    EXPECT_TRUE(nowhere.write_data().fail());
 }
 
 }  // namespace

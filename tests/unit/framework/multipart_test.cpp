@@ -62,15 +62,6 @@ TEST(MultipartParser, GivesTheSamePartsWhereverTheBodyIsCut) {
         }
 }
 
-TEST(MultipartParser, TakesSingleBytes) {
-    Recorder parts;
-    std::vector<std::string_view> bytes;
-    for (std::size_t i = 0; i < two_parts.size(); ++i)
-        bytes.push_back(std::string_view(two_parts).substr(i, 1));
-    EXPECT_EQ(Parse(bytes, parts), Result::complete);
-    EXPECT_EQ(parts.text, two_parts_read);
-}
-
 TEST(MultipartParser, NeverCompletesABodyThatIsCutShort) {
     for (std::size_t size = 0; size < two_parts.size(); ++size) {
         Recorder parts;
@@ -107,11 +98,6 @@ TEST(MultipartParser, RefusesMalformedBodies) {
     for (auto const &c : cases) {
         Recorder parts;
         EXPECT_EQ(Parse({c.body}, parts), Result::malformed) << c.problem;
-        Recorder by_bytes;
-        std::vector<std::string_view> bytes;
-        for (std::size_t i = 0; i < c.body.size(); ++i)
-            bytes.push_back(std::string_view(c.body).substr(i, 1));
-        EXPECT_EQ(Parse(bytes, by_bytes), Result::malformed) << c.problem << ", by bytes";
     }
 }
 

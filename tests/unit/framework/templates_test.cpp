@@ -16,7 +16,7 @@ class Templates : public ::testing::Test {
   protected:
     Templates() : service_(cppcms::json::value()), app_(service_) {
         app_.mapper().root("/cfg");
-        app_.mapper().assign("reboot", "/reboot");
+        app_.mapper().assign("link", "/link/{1}/{2}");
     }
 
     std::string Render(std::string const &view, cppcms::base_content &record) {
@@ -30,69 +30,9 @@ class Templates : public ::testing::Test {
     cppcms::application app_;
 };
 
-std::string FailureOf(std::string const &skin, std::string const &view, cppcms::base_content &record) {
-    std::ostringstream out;
-    try {
-        cppcms::views::pool::instance().render(skin, view, out, record);
-    } catch (cppcms::cppcms_error const &error) {
-        return error.what();
-    }
-    return "";
-}
-
-TEST_F(Templates, PageWithMenusAndForm) {
-    data::Page page;
-    page.alert = true;
-    page.here = "/cfg/fw";
-    page.menus = {{"Set up", "", {{"Firm ware", "/fw", {{"K<1>", "", {}}}}, {"NoPath", "", {}}}}};
-    page.title = "A <b> & 'c'";
-    page.selected_tab = 12345;
-    page.status_url = "/a'b\"c";
-
-    cppcms::widgets::text named;
-    named.name("tx");
-    named.id("id_tx");
-    named.message("Label <x>");
-    named.value("v&1");
-    named.attributes_string("class='a b'");
-    cppcms::widgets::text nameless;
-    nameless.valid(false);
-    nameless.error_message("Bad & wrong");
-    nameless.attributes_string("class='cppcms_error_msg'");
-    page.form.add(named);
-    page.form.add(nameless);
-
-    EXPECT_EQ(Render("Page", page), R"(<html><body>
-<ul><li>Set up<ul><li class=" selected  parent "><a id="menu_Firm_ware" href="/cfg/fw"> Firm ware</a></li><li class=" child  menu_Firm_ware">K&lt;1&gt;</li>
-
-<li class=""><a id="menu_NoPath" href=""> NoPath</a></li>
-</ul></li>
-</ul>
-<h1>A &lt;b&gt; &amp; &#39;c&#39;</h1>
-<form method="post" action=""><table>
-<tr><th>Label &lt;x&gt; </th><td><input type="text" id="id_tx" name="tx"  value="v&amp;1"class='a b' ></td></tr>
-<tr class="bad"><th></th><td><input type="text" name="_2" class='cppcms_error_msg' ><span class="bad">Bad &amp; wrong</span></td></tr>
-</table></form>
-
-<script>alertBox("/cfg/reboot");
-tabs({selected: 12345}); poll("/a\u0027b\"c");
-</script>
-</body></html>
-)");
-}
-
-TEST_F(Templates, DerivedRecordInBaseView) {
-    std::string const expected =
-        "<html><body>\n<ul><h4> No menus </h4></ul>\n\n\n<script>\n</script>\n</body></html>\n";
-    data::Base base;
-    EXPECT_EQ(Render("Base", base), expected);
-    data::Page page;
-    EXPECT_EQ(Render("Base", page), expected);
-}
-
 TEST_F(Templates, LoopsFiltersAndWhiteSpace) {
     data::Lists lists;
-    EXPECT_EQ(Render("Lists", lists), "[none]\n[]\n[]\n|||||0\n  \n\t\"empty\" \\ 100%>\n  \n");
+    EXPECT_EQ(Render("Lists", lists), "[none]\n[]\n[]\n|||||0\n  \n\t\"empty\" \\ 100%>\n  \n.");
 
     lists.numbers = {7, 1234567};
     lists.pairs = {{"a", "<1>"}, {"b&", "2"}};
@@ -100,7 +40,7 @@ TEST_F(Templates, LoopsFiltersAndWhiteSpace) {
     EXPECT_EQ(Render("Lists", lists),
               "[list 1:7, 2:1234567 end]\n[0:1234567 1:7 ]\n[a=<1>;b&amp;=2;]\n"
               "&lt;&quot;&#39;&amp;/ \n&gt;|<\"'&/ \n>|<\\\"\\u0027&/ \\n>|%3c%22%27%26%2f%20%0a%3e|"
-              "%26lt%3b%26quot%3b%26%2339%3b%26amp%3b%2f%20%0a%26gt%3b|0\n  \n  neither\n  \n");
+              "%26lt%3b%26quot%3b%26%2339%3b%26amp%3b%2f%20%0a%26gt%3b|0\n  \n  neither\n  \n.");
     lists.flag = true;
     EXPECT_NE(Render("Lists", lists).find("|1\n  \n  flag\n  \n"), std::string::npos);
 }
@@ -125,17 +65,19 @@ TEST_F(Templates, PartsOfControls) {
                   options + "<select name=\"s\" | " + options + "(_1:s)\n");
 }
 
-TEST_F(Templates, UnfitRecordsAndNames) {
-    data::Base base;
-    data::Page page;
-    page.alert = true;
-    EXPECT_EQ(FailureOf("site", "Page", base),
-              "cppcms::views::generator: an attempt to use content of invalid type");
-    EXPECT_EQ(FailureOf("nowhere", "Page", page), "cppcms::views::pool: no such skin: nowhere");
-    EXPECT_EQ(FailureOf("site", "Nothing", page),
-              "cppcms::view::pool: no such view: Nothing is registered for skin: site");
-    EXPECT_EQ(FailureOf("site", "Page", page),
-              "cppcms::base_content: an attempt to access content's application that wasn't assigned");
+TEST_F(Templates, NamesFiltersAndLinks) {
+    std::string const text = "a(/b";
+    data::Expressions record;
+    record.pointer = &text;
+    record.rows = {{"x<", {{"1>", {}}, {"2", {}}}}, {"y", {{"3", {}}}}};
+    EXPECT_EQ(Render("Expressions", record), Render("Lists", record) + R"(!-7a,b3,member;5a(/b4,member;
+!a(/b! (/ %21%25%3e%20x%21
+odd
+N
+x&lt;1>;x&lt;2;y3;(x&lt;y)member
+café 5
+/cfg/link/5/a(/b /cfg/link/a%28%2fb/member
+)");
 }
 
 }  // namespace

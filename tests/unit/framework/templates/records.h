@@ -3,6 +3,7 @@
 #include <cppcms/view.h>
 
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -10,31 +11,7 @@ namespace site::data {
 
 struct Node {
     std::string text;
-    std::string path;
     std::vector<Node> kids;
-
-    std::string const &GetText() const { return text; }
-    std::vector<Node> const &Kids() const { return kids; }
-    std::string Url(cppcms::application &app) const { return path.empty() ? "" : app.mapper().root() + path; }
-    std::string Id() const {
-        std::string id = text;
-        for (char &c : id)
-            c = c == ' ' ? '_' : c;
-        return id;
-    }
-};
-
-struct Base : cppcms::base_content {
-    bool alert = false;
-    std::string here;
-    std::vector<Node> menus;
-};
-
-struct Page : Base {
-    std::string title;
-    cppcms::form form;
-    int selected_tab = 0;
-    std::string status_url;
 };
 
 struct Lists : cppcms::base_content {
@@ -42,6 +19,20 @@ struct Lists : cppcms::base_content {
     std::map<std::string, std::string> pairs;
     std::string text;
     bool flag = false;
+};
+
+struct Expressions : Lists {
+    std::string marked(cppcms::filters::streamable const &shown) {
+        std::ostringstream out;
+        out << '!' << shown << '!';
+        return out.str();
+    }
+    static std::string entry(std::string const &key) { return key; }
+
+    int number = 5;
+    std::string x = "member";
+    std::string const *pointer = nullptr;
+    std::vector<Node> rows;
 };
 
 struct Widgets : cppcms::base_content {
