@@ -105,10 +105,7 @@ TEST_F(PrmTool, ImportTakesAllLinesOrNone) {
         Run("import < " + folder.File("good", "# comment\r\n\n  \"a\" , \"1\",i\r\n\"b\",\"\\x41\", s")).code,
         0);
     EXPECT_EQ(Run("export").output, "\"a\",\"1\", i\n\"b\",\"A\", s\n");
-    struct {
-        std::string line;
-        std::string reason;
-    } const cases[] = {
+    std::pair<std::string, std::string> const cases[] = {
         {"\"k\",\"v\", x", "expected the type: i, f, s or file MODE"},
         {"\"k\",\"v\"", "expected ,"},
         {"k,\"v\", s", "expected the key in double quotes"},
@@ -122,11 +119,11 @@ TEST_F(PrmTool, ImportTakesAllLinesOrNone) {
         {"\"k\",\"v\", file 10000", "the file mode is no octal number up to 7777"},
         {"\"/\",\"v\", s", "'/' is not a key"},
     };
-    for (auto const &bad : cases) {
-        std::string const file = folder.File("bad", "\"new\",\"1\", s\n" + bad.line + '\n');
+    for (auto const &[line, reason] : cases) {
+        std::string const file = folder.File("bad", "\"new\",\"1\", s\n" + line + '\n');
         Outcome const outcome = Run("import " + file);
         EXPECT_EQ(outcome.code, 1);
-        EXPECT_EQ(outcome.output, "prm: " + file + ": line 2: " + bad.reason + '\n');
+        EXPECT_EQ(outcome.output, "prm: " + file + ": line 2: " + reason + '\n');
     }
     EXPECT_EQ(Run("get new").code, 1);
     EXPECT_EQ(Run("import " + (folder / "none")).code, 1);

@@ -81,24 +81,22 @@ TEST(Certificates, WhatIsNoneIsToldInTheLog) {
 }
 
 TEST(Certificates, Files) {
-    constexpr char good[] = "/tmp/certificates_test.ovpn";
-    constexpr char pipe[] = "/tmp/certificates_test.pipe";
-    std::ofstream(good) << "<cert>\n" << Pem() << "</cert>\n";
-    ::mkfifo(pipe, 0600);
+    constexpr char path[] = "/tmp/certificates_test";
+    std::ofstream(path) << "<cert>\n" << Pem() << "</cert>\n";
     std::string issuer;
     std::string subject;
-    EXPECT_TRUE(GetCertificateDetails(good, issuer, subject));
+    EXPECT_TRUE(GetCertificateDetails(path, issuer, subject));
     EXPECT_EQ(issuer, "/O=Field, Ltd/CN=vpn-1.example");
-
+    ::unlink(path);
+    ::mkfifo(path, 0600);
     LogCapture log(booster::log::error);
-    for (char const *const path : {"", "/tmp", "/tmp/no/such/file", pipe}) {
-        EXPECT_FALSE(GetCertificateDetails(path, issuer, subject)) << path;
-        EXPECT_EQ(issuer + subject, "") << path;
+    for (char const *const unfit : {"", "/tmp", "/tmp/no/such/file", path}) {
+        EXPECT_FALSE(GetCertificateDetails(unfit, issuer, subject)) << unfit;
+        EXPECT_EQ(issuer + subject, "") << unfit;
         EXPECT_EQ(log.Take(), std::vector<std::string>{"error: GetCertificateDetils: Unable to load "
                                                        "certificate from disk (Certificates)"});
     }
-    ::unlink(good);
-    ::unlink(pipe);
+    ::unlink(path);
 }
 
 }  // namespace

@@ -108,18 +108,15 @@ TEST(ValidationTest, EveryInvalidWidgetIsMarkedInOnePass) {
 }
 
 TEST(IpAddressTest, TakesDottedNotationOnly) {
-    struct {
-        char const *text;
-        bool valid;
-    } const cases[] = {
+    std::pair<char const *, bool> const cases[] = {
         {"10.0.0.1", true},   {"255.255.255.255", true}, {"0.0.0.0", true},    {"01.2.3.4", true},
         {"256.1.1.1", false}, {"1.2.3", false},          {"001.2.3.4", false}, {"1.2.3.4.5", false},
         {" 1.2.3.4", false},  {"1.2.3.4\n", false},      {"", false},
     };
-    for (auto const &c : cases) {
+    for (auto const &[text, valid] : cases) {
         widgets::IpAddress address;
-        address.value(c.text);
-        EXPECT_EQ(address.validate(), c.valid) << c.text;
+        address.value(text);
+        EXPECT_EQ(address.validate(), valid) << text;
     }
     widgets::IpAddress optional;
     optional.SetAllowEmpty(true);
