@@ -29,7 +29,7 @@ def upload(device, size, *options):
 
 
 class LogIn(unittest.TestCase):
-    def test_only_the_password_in_force_opens_the_site(self):
+    def test_only_the_password_opens_the_site(self):
         device = Device("login")
         self.addCleanup(device.end)
         for path in ("", "config/", "media/css/screen.css", "status/rpc", "progress", "no/such/page"):
@@ -40,12 +40,6 @@ class LogIn(unittest.TestCase):
 
         secure = device.shell("nsenter --net=/run/netns/lan curl -sk --digest -u admin:admin https://192.168.0.1/config/")
         self.assertIn("</html>", secure)
-
-        device.shell("prm set webman/digest/admin $(printf 'admin:Orvane Configuration Tool:other' | md5sum | cut -c1-32)")
-        self.assertEqual(200, get(device.url + "config/", "admin")[0], "not before the script has run")
-        device.shell("/usr/sbin/lighttpd_set_passwd.sh")
-        self.assertEqual(401, get(device.url + "config/", "admin")[0])
-        self.assertEqual(200, get(device.url + "config/", "other")[0])
 
     def test_nobody_else_sees_the_connections(self):
         device = Device("connections")
@@ -87,12 +81,6 @@ class Uploads(unittest.TestCase):
         self.assertLess(underway[0]["size"] - 300 * MEGABYTE, 1000, "the envelope")
         self.assertLess(peak - before, 2 * 1024)
         self.assertEqual("", self.device.shell("ls /var/lib/webconfig/uploads"), "nothing is left")
-
-    def test_more_than_the_limit_is_refused(self):
-        with upload(self.device, 305 * MEGABYTE) as process:
-            self.assertEqual("413", process.stdout.read())
-        self.assertEqual(200, get(self.device.url + "config/")[0])
-
 
 class Failures(unittest.TestCase):
     RELOADS = 200
