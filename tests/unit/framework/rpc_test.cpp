@@ -2,7 +2,7 @@
 #include <cppcms/rpc_json.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <functional>
 #include <sstream>
 
 #include "tests/unit/framework/fake_request.h"
@@ -22,50 +22,33 @@ class Methods : public rpc::json_rpc_server {
         bind("none", rpc::json_method(&Methods::None, this), method_role);
         bind("one", rpc::json_method(&Methods::One, this), method_role);
         bind("four", rpc::json_method(&Methods::Four, this), method_role);
-        bind("silent", rpc::json_method(&Methods::Silent, this), method_role);
-        bind("late failure", rpc::json_method(&Methods::LateFailure, this), method_role);
-        bind("error", rpc::json_method(&Methods::Error, this), method_role);
-        bind("refuse", rpc::json_method(&Methods::Refuse, this), method_role);
-        bind("fail", rpc::json_method(&Methods::Fail, this));
-        bind("undefined", rpc::json_method(&Methods::Undefined, this), method_role);
-        bind("note", rpc::json_method(&Methods::Note, this), notification_role);
-        bind("release", rpc::json_method(&Methods::Release, this), method_role);
+        Bind("silent", [] {});
+        Bind("late failure", [this] {
+            return_result("x");
+            throw std::runtime_error("late");
+        });
+        Bind("error", [this] { return_error(json::object{{"code", 5}}); });
+        Bind("refuse", [] { throw rpc::call_error("my call error"); });
+        Bind(
+            "fail", [] { throw std::runtime_error("broken"); }, any_role);
+        Bind("undefined", [this] { return_result(json::object{{"a", 1}, {"b", json::value()}}); });
+        Bind(
+            "note", [this] { ++notes; }, notification_role);
+        Bind("release",
+             [this] { service().post([call = release_call()] { call->return_result("later"); }); });
     }
 
     int notes = 0;
 
   private:
+    void Bind(char const *name, std::function<void()> const &method, role_type role = method_role) {
+        bind(
+            name, [method](json::array const &) { method(); }, role);
+    }
     void None() { return_result("ok"); }
     void One(std::string const &text) { return_result("got " + text); }
     void Four(int n, double d, json::object const &members, json::value const &any) {
-        json::value result;
-        result["n"] = n;
-        result["d"] = d;
-        result["members"] = static_cast<int>(members.size());
-        result["any"] = any;
-        return_result(result);
-    }
-    void Silent() {}
-    void LateFailure() {
-        return_result("x");
-        throw std::runtime_error("late");
-    }
-    void Error() {
-        json::value error;
-        error["code"] = 5;
-        return_error(error);
-    }
-    void Refuse() { throw rpc::call_error("my call error"); }
-    void Fail() { throw std::runtime_error("broken"); }
-    void Undefined() {
-        json::value result;
-        result["a"] = 1;
-        result["b"];
-        return_result(result);
-    }
-    void Note() { ++notes; }
-    void Release() {
-        service().post([call = release_call()] { call->return_result("later"); });
+        return_result(json::array{n, d, static_cast<int>(members.size()), any});
     }
 };
 
@@ -109,7 +92,7 @@ TEST_F(Rpc, Calls) {
     } const cases[] = {
         {"none", "[]", R"("error":null,"result":"ok"})"},
         {"one", R"(["a"])", R"("error":null,"result":"got a"})"},
-        {"four", R"([-1,2,{"a":1},null])", R"("error":null,"result":{"any":null,"d":2,"members":1,"n":-1}})"},
+        {"four", R"([-1,2,{"a":1},null])", R"("error":null,"result":[-1,2,1,null]})"},
         {"error", "[]", R"("error":{"code":5},"result":null})"},
         {"nope", "[]", R"("error":"Method not found","result":null})"},
         {"one", "[]", R"("error":"Invalid parametres number","result":null})"},
@@ -188,10 +171,8 @@ TEST_F(Rpc, TheCurrentCallIsKeptButCannotBeAnsweredLate) {
 
 TEST_F(Rpc, CallsAreLoggedWithoutControlCharacters) {
     LogLines log;
-    booster::log::logger::instance().set_log_level(booster::log::debug, "cppcms");
     Call(R"({"method":"a\nb","params":[],"id":1})");
-    booster::log::logger::instance().reset_log_level("cppcms");
-    EXPECT_TRUE(log.Contains("JSON-RPC Method call:a\\nb\n"));
+    EXPECT_TRUE(log.Contains("JSON-RPC Method call:a\\nb ("));
 }
 
 TEST(RpcService, AReleasedCallIsAnsweredAfterItsMethodReturned) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <arpa/inet.h>
-#include <booster/log.h>
 #include <cppcms/application.h>
 #include <cppcms/applications_pool.h>
 #include <cppcms/http_context.h>
@@ -23,6 +22,8 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+
+#include "tests/unit/util/LogCapture.h"
 
 /// What the test applications count.
 struct Counters {
@@ -233,6 +234,12 @@ class Client {
     int socket_ = -1;
 };
 
+/// The lines of the framework.
+class LogLines : public LogCapture {
+  public:
+    LogLines() : LogCapture(booster::log::debug, "cppcms") {}
+};
+
 /// The answer to one HTTP request.
 inline std::string Ask(int port, std::string const &request) {
     Client client(port);
@@ -243,29 +250,3 @@ inline std::string Ask(int port, std::string const &request) {
 inline std::string Get(int port, std::string const &target, std::string const &headers = "") {
     return Ask(port, "GET " + target + " HTTP/1.1\r\nHost: x\r\n" + headers + "\r\n");
 }
-
-/// Collects log lines while it lives.
-class LogLines {
-  public:
-    LogLines() : sink_(std::make_shared<Sink>()) { booster::log::logger::instance().add_sink(sink_); }
-    ~LogLines() { booster::log::logger::instance().remove_sink(sink_); }
-    LogLines(LogLines const &) = delete;
-    LogLines &operator=(LogLines const &) = delete;
-
-    bool Contains(std::string const &text) {
-        std::lock_guard const lock(sink_->guard);
-        return sink_->text.find(text) != std::string::npos;
-    }
-
-  private:
-    struct Sink : booster::log::sink {
-        void log(booster::log::message const &message) override {
-            std::lock_guard const lock(guard);
-            text += message.log_message() + '\n';
-        }
-        std::mutex guard;
-        std::string text;
-    };
-
-    std::shared_ptr<Sink> sink_;
-};

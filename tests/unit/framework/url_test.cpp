@@ -8,10 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <utility>
+
+#include "tests/unit/util/LogCapture.h"
 
 namespace {
-
-constexpr char invalidUrl[] = "/this_is_an_invalid_url_generated_by_url_mapper";
 
 cppcms::json::value Settings(bool throws) {
     cppcms::json::value settings;
@@ -19,7 +20,7 @@ cppcms::json::value Settings(bool throws) {
     return settings;
 }
 
-/// Records what its dispatcher calls.
+/// Records what its dispatcher calls, and what it is called with where it is attached.
 class Recorder : public cppcms::application {
   public:
     using application::application;
@@ -28,21 +29,11 @@ class Recorder : public cppcms::application {
     void One(std::string text) { calls += "one(" + text + ") "; }
     void Two(std::string a, std::string b) { calls += "two(" + a + ',' + b + ") "; }
     void Throwing() { throw std::runtime_error("handler failed"); }
+    void main(std::string url) override { calls += "[" + url + "] "; }
     void init() override { calls += "init "; }
     void clear() override { calls += "clear "; }
 
     std::string calls;
-};
-
-/// An application that is reached by mount: it records the URL that it is given.
-class Mounted : public cppcms::application {
-  public:
-    using application::application;
-    void main(std::string url) override { url_ = "[" + url + "]"; }
-    std::string Taken() { return std::exchange(url_, ""); }
-
-  private:
-    std::string url_;
 };
 
 class UrlTest : public testing::Test {
@@ -79,11 +70,9 @@ TEST_F(UrlTest, FirstRuleThatMatchesTheWholeUrlWins) {
         {"/a\n", ""},
     };
     for (auto const &[url, calls] : cases) {
-        app.calls.clear();
         EXPECT_EQ(app.dispatcher().dispatch(url), *calls != '\0') << url;
-        EXPECT_EQ(app.calls, calls) << url;
+        EXPECT_EQ(std::exchange(app.calls, ""), calls) << url;
     }
-    app.calls.clear();
     app.dispatcher().assign("x", &Recorder::Throwing, &app);
     EXPECT_THROW(app.dispatcher().dispatch("x"), std::runtime_error);
     EXPECT_EQ(app.calls, "init clear ");
@@ -91,13 +80,13 @@ TEST_F(UrlTest, FirstRuleThatMatchesTheWholeUrlWins) {
 
 TEST_F(UrlTest, AnAttachedApplicationGetsTheGroupOfItsExpression) {
     cppcms::application root(service);
-    auto *child = new Mounted(service);
+    auto *child = new Recorder(service);
     root.attach(child, "child", "/child{1}", "/child((?:/[^/]*){0,2}$)", 1);
     std::pair<char const *, char const *> const cases[] = {
-        {"/child", "[]"}, {"/child/a/b", "[/a/b]"}, {"/child/a/b/c", ""}, {"/childX", ""}};
+        {"/child", "[] "}, {"/child/a/b", "[/a/b] "}, {"/child/a/b/c", ""}, {"/childX", ""}};
     for (auto const &[url, part] : cases) {
         EXPECT_EQ(root.dispatcher().dispatch(url), *part != '\0') << url;
-        EXPECT_EQ(child->Taken(), part) << url;
+        EXPECT_EQ(std::exchange(child->calls, ""), part) << url;
     }
 }
 
@@ -165,17 +154,12 @@ TEST_F(UrlTest, MistakesInAMapThrow) {
 
 TEST(UrlErrorTest, FailedMappingIsLoggedAndGivesTheInvalidUrl) {
     cppcms::service service(Settings(false));
-    booster::log::logger::instance().remove_all_sinks();
-    std::ostringstream log;
-    booster::log::logger::instance().add_sink(std::make_shared<booster::log::sinks::stream>(log));
-
+    LogCapture log(booster::log::error, "cppcms");
     cppcms::application app(service);
     std::ostringstream out;
     app.mapper().map(out, "/nokey");
-    EXPECT_EQ(out.str(), invalidUrl);
-    EXPECT_NE(log.str().find("cppcms, error: url_mapper: key `nokey' not found"), std::string::npos)
-        << log.str();
-    booster::log::logger::instance().remove_all_sinks();
+    EXPECT_EQ(out.str(), "/this_is_an_invalid_url_generated_by_url_mapper");
+    EXPECT_TRUE(log.Contains("error: url_mapper: key `nokey' not found"));
 }
 
 TEST(IntrusiveTest, TheLastReferenceDeletesTheTreeAndReferencesCountAtTheRoot) {
