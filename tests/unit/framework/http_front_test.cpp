@@ -142,7 +142,7 @@ TEST_F(HttpFront, RefusesBadBodiesWithoutTheApplication) {
     for (auto const &c : cases) {
         std::string const answer = Post("/pages/echo", c.type, c.body);
         EXPECT_EQ(answer.substr(0, 12), std::string("HTTP/1.1 ") + c.status) << c.name << '\n' << answer;
-        EXPECT_TRUE(log_.Contains(c.log)) << c.name;
+        EXPECT_TRUE(!*c.log || log_.Contains(c.log)) << c.name;
     }
 }
 

@@ -17,6 +17,7 @@ namespace {
 cppcms::json::value Settings(bool throws) {
     cppcms::json::value settings;
     settings["misc"]["invalid_url_throws"] = throws;
+    settings["logging"]["stderr"] = false;
     return settings;
 }
 
