@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <filesystem>
 
@@ -109,27 +108,6 @@ TEST_F(FastcgiFront, RefusesABodyThatIsCutShort) {
     Client client(path_);
     client.Send(fastcgi::Request({{"PATH_INFO", "/pages/echo"}, {"CONTENT_LENGTH", "10"}}, "abc", false));
     EXPECT_NE(client.ReadAll().find("Status: 400 Bad Request"), std::string::npos);
-}
-
-/// Descriptors and threads of this process.
-std::pair<std::ptrdiff_t, std::ptrdiff_t> Used() {
-    auto const entries = [](char const *directory) {
-        return std::distance(std::filesystem::directory_iterator(directory), {});
-    };
-    return {entries("/proc/self/fd"), entries("/proc/self/task")};
-}
-
-TEST_F(FastcgiFront, IsRebuiltWithoutLeaks) {
-    { RunningService const first(settings_); }
-    auto const before = Used();
-    for (int i = 0; i < 200; ++i) {
-        RunningService service(settings_);
-        Client client(path_);
-        client.Send(Request(i % 2 ? "/pages/stop" : "/status/stop"));
-        ASSERT_NE(client.ReadAll().find(headers), std::string::npos) << i;
-        service.Wait();
-    }
-    EXPECT_EQ(Used(), before);
 }
 
 TEST_F(FastcgiFront, LeavesAnInheritedSocketOpen) {

@@ -6,6 +6,8 @@
 #include <iomanip>
 #include <sstream>
 
+#include "tests/unit/framework/failure.h"
+
 namespace json = cppcms::json;
 using namespace std::string_literals;
 
@@ -21,17 +23,6 @@ json::value parsed(std::string const &text) {
 std::string nested(int depth) {
     return std::string(static_cast<std::size_t>(depth), '[') +
            std::string(static_cast<std::size_t>(depth), ']');
-}
-
-/// The text of the bad_value_cast that \a call throws.
-template <typename Call>
-std::string failure(Call call) {
-    try {
-        call();
-    } catch (json::bad_value_cast const &error) {
-        return error.what();
-    }
-    return "nothing thrown";
 }
 
 TEST(Json, AcceptedTexts) {

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <utility>
 
+#include "tests/unit/framework/failure.h"
 #include "tests/unit/util/LogCapture.h"
 
 namespace {
@@ -42,11 +43,9 @@ class UrlTest : public testing::Test {
     /// The URL, or the error.
     static std::string Mapped(cppcms::application &app, std::string const &key) {
         std::ostringstream out;
-        try {
-            app.mapper().map(out, key);
-        } catch (cppcms::cppcms_error const &error) {
-            return error.what();
-        }
+        auto const error = failure([&] { app.mapper().map(out, key); });
+        if (error != "nothing thrown")
+            return error;
         return out.str();
     }
 

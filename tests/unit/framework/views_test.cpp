@@ -6,6 +6,7 @@
 
 #include <sstream>
 
+#include "tests/unit/framework/failure.h"
 #include "views_check.h"
 
 namespace views = cppcms::views;
@@ -41,17 +42,6 @@ class Skin {
 
     views::generator generator;
 };
-
-/// The text of the error that \a call throws.
-template <typename Call>
-std::string failure(Call call) {
-    try {
-        call();
-    } catch (cppcms::cppcms_error const &error) {
-        return error.what();
-    }
-    return "nothing thrown";
-}
 
 /// What is rendered, or the error, which is the same one before and while rendering.
 std::string rendered(std::string const &skin, std::string const &view, cppcms::base_content &&content) {
