@@ -414,6 +414,9 @@ TEST(FormValues, AreThereOnlyWhenSet) {
     EXPECT_THROW(text.value(), cppcms::cppcms_error);
     EXPECT_THROW(number.value(), cppcms::cppcms_error);
     EXPECT_THROW(widgets::file().value(), cppcms::cppcms_error);
+    EXPECT_TRUE(text.validate());
+    text.non_empty();
+    EXPECT_FALSE(text.validate());
     text.value("");
     number.value(3);
     EXPECT_EQ(text.value(), "");

@@ -150,6 +150,7 @@ TEST_F(Rpc, RequestsThatAreNoCalls) {
         {"POST", json, R"({"method":"none","params":[]})", "Invalid JSON-RPC"},
     };
     for (auto const &c : cases) {
+        Call(good);  // is no longer the current one afterwards
         EXPECT_EQ(Answered({.method = c.method, .content_type = c.type, .body = c.body}),
                   std::string("text/plain; charset=utf-8|") + c.problem + '\n')
             << c.method << ' ' << c.type << ' ' << c.body;
