@@ -24,15 +24,9 @@ booster::intrusive_ptr<application> single_application::take() {
     return app ? booster::intrusive_ptr<application>(*app) : booster::intrusive_ptr<application>();
 }
 
-void mount_table::add(mount_point const &at, std::shared_ptr<application_source> source, bool secondary,
-                      std::shared_ptr<application_specific_pool> key) {
+void mount_table::add(mount_point const &at, std::shared_ptr<application_source> source, bool secondary) {
     std::lock_guard const lock(guard_);
-    (secondary ? secondary_ : primary_).push_back({at, std::move(source), std::move(key)});
-}
-
-void mount_table::remove(std::shared_ptr<application_specific_pool> const &key) {
-    std::lock_guard const lock(guard_);
-    std::erase_if(primary_, [&](mount const &m) { return m.key == key; });
+    (secondary ? secondary_ : primary_).push_back({at, std::move(source)});
 }
 
 std::optional<mount_table::match> mount_table::find(std::string const &host, std::string const &script,

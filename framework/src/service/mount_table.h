@@ -39,8 +39,7 @@ class application_cache : public application_source {
   public:
     using maker = std::function<std::unique_ptr<application>()>;
 
-    application_cache(bool asynchronous, maker make)
-        : application_source(asynchronous), make_(std::move(make)) {}
+    explicit application_cache(maker make) : application_source(false), make_(std::move(make)) {}
 
     booster::intrusive_ptr<application> take() override;
     void give_back(booster::intrusive_ptr<application> const &app) override;
@@ -74,10 +73,8 @@ class mount_table : public booster::noncopyable {
         std::string url;
     };
 
-    /// Mounts that are \a secondary are tried after all others. \a key is for remove().
-    void add(mount_point const &at, std::shared_ptr<application_source> source, bool secondary,
-             std::shared_ptr<application_specific_pool> key = nullptr);
-    void remove(std::shared_ptr<application_specific_pool> const &key);
+    /// Mounts that are \a secondary are tried after all others.
+    void add(mount_point const &at, std::shared_ptr<application_source> source, bool secondary);
     std::optional<match> find(std::string const &host, std::string const &script,
                               std::string const &path) const;
 
@@ -85,7 +82,6 @@ class mount_table : public booster::noncopyable {
     struct mount {
         mount_point point;
         std::shared_ptr<application_source> source;
-        std::shared_ptr<application_specific_pool> key;
     };
 
     mutable std::shared_mutex guard_;

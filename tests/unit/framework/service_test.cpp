@@ -192,15 +192,10 @@ TEST(Service, FindsMountsInTheirOrder) {
     status = nullptr;
     EXPECT_EQ(url("/ac"), "none") << "the mount ends with its application";
 
-    auto const pages = cppcms::create_pool<Pages>(&counters);
-    pool.mount(pages, cppcms::mount_point(cppcms::mount_point::match_script_name, "/[cd]", 0),
-               cppcms::app::asynchronous);
-    EXPECT_TRUE(table.find("", "/c", "")->source->is_asynchronous());
-    EXPECT_THROW(pool.mount(pages), cppcms::cppcms_error);
-    EXPECT_THROW(pool.mount(cppcms::create_pool<Pages>(&counters), cppcms::app::legacy),
-                 cppcms::cppcms_error);
-    pool.unmount(pages);
-    EXPECT_FALSE(table.find("", "/c", ""));
+    pool.mount(cppcms::applications_factory<Pages>(&counters),
+               cppcms::mount_point(cppcms::mount_point::match_script_name, "/[cd]", 0));
+    EXPECT_EQ(table.find("", "/c", "/x")->url, "/c");
+    EXPECT_FALSE(table.find("", "/e", "/x"));
 }
 
 }  // namespace
