@@ -35,9 +35,9 @@ class base_widget;
 
 /// How forms are written.
 struct form_flags {
-    typedef enum { as_html = 0 } html_type;
+    typedef enum { as_html = 0, as_xhtml = 1 } html_type;
     /// The markup around each widget.
-    typedef enum { as_p = 0 } html_list_type;
+    typedef enum { as_p = 0, as_table = 1, as_ul = 2, as_dl = 3, as_space = 4 } html_list_type;
     /// A control is written in two parts; its attributes string stands between them.
     typedef enum { first_part = 0, second_part = 1 } widget_part_type;
 };
@@ -46,16 +46,23 @@ struct form_flags {
 class form_context : public form_flags {
   public:
     form_context() = default;
-    form_context(std::ostream &out, html_type = as_html, html_list_type = as_p) : out_(&out) {}
+    form_context(std::ostream &out, html_type html = as_html, html_list_type list = as_p)
+        : html_(html), list_(list), out_(&out) {}
 
+    void html(html_type type) { html_ = type; }
+    void html_list(html_list_type type) { list_ = type; }
     void widget_part(widget_part_type part) { part_ = part; }
     void out(std::ostream &out) { out_ = &out; }
 
+    html_type html() const { return html_; }
+    html_list_type html_list() const { return list_; }
     widget_part_type widget_part() const { return part_; }
     /// cppcms_error where no stream was given.
     std::ostream &out() const;
 
   private:
+    html_type html_ = as_html;
+    html_list_type list_ = as_p;
     widget_part_type part_ = first_part;
     std::ostream *out_ = nullptr;
 };
@@ -93,6 +100,8 @@ class form : public booster::noncopyable, public base_form {
     /// Adds an element and owns it.
     void attach(form *sub_form);
     void attach(widgets::base_widget *widget);
+    [[deprecated("use add()")]] form &operator+(form &sub_form);
+    [[deprecated("use add()")]] form &operator+(widgets::base_widget &widget);
 
     iterator begin();
     iterator end();
@@ -197,7 +206,7 @@ class base_widget : public booster::noncopyable, public base_form {
     void help(std::string const &text) { help_.emplace(text); }
     void help(locale::message const &text) { help_ = text; }
 
-    /// Writes label, error, control and help as a paragraph.
+    /// Writes label, error, control and help in the markup of the context's list type.
     void render(form_context &context) override;
     /// Writes one part of the control.
     virtual void render_input(form_context &context) = 0;
@@ -220,7 +229,9 @@ class base_widget : public booster::noncopyable, public base_form {
 
     void number(unsigned place);
     void render_control(form_context &context);
-    void render_message(std::ostream &out);
+    void render_message(form_context &context);
+    void render_error(std::ostream &out);
+    void render_field(form_context &context);
 
     base_form *parent_ = nullptr;
     std::string id_;

@@ -54,6 +54,16 @@ void form::attach(widgets::base_widget *widget) {
     add(*widget);
 }
 
+form &form::operator+(form &sub_form) {
+    add(sub_form);
+    return *this;
+}
+
+form &form::operator+(widgets::base_widget &widget) {
+    add(widget);
+    return *this;
+}
+
 form::iterator form::begin() {
     return iterator(*this);
 }

@@ -19,7 +19,7 @@ void checkbox::load(http::context &context) {
 
 void checkbox::render_value(form_context &context) {
     if (checked_)
-        context.out() << " checked ";
+        context.out() << (context.html() == as_xhtml ? " checked=\"checked\" " : " checked ");
     context.out() << "value=\"" << filters::escape(identification_) << "\" ";
 }
 

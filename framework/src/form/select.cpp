@@ -8,10 +8,15 @@ namespace cppcms::widgets {
 
 namespace {
 
+char const *selected_word(form_context const &context) {
+    return context.html() == form_flags::as_xhtml ? "selected=\"selected\" " : "selected ";
+}
+
 void render_option(form_context &context, std::string const &id, details::caption const &text,
                    bool selected) {
-    context.out() << "<option value=\"" << filters::escape(id) << "\" " << (selected ? "selected " : "")
-                  << '>' << filters::escape(text) << "</option>\n";
+    context.out() << "<option value=\"" << filters::escape(id) << "\" "
+                  << (selected ? selected_word(context) : "") << '>' << filters::escape(text)
+                  << "</option>\n";
 }
 
 }  // namespace
@@ -87,6 +92,7 @@ void select::render_input(form_context &context) {
 
 void radio::render_input(form_context &context) {
     auto &out = context.out();
+    bool const xhtml = context.html() == as_xhtml;
     auto_generate(&context);
     if (context.widget_part() == first_part) {
         out << "<div class=\"cppcms_radio\" ";
@@ -100,12 +106,12 @@ void radio::render_input(form_context &context) {
         out << "<input type=\"radio\" value=\"" << filters::escape(element.id) << "\" name=\"" << name()
             << "\" ";
         if (index++ == selected_)
-            out << "checked ";
+            out << (xhtml ? "checked=\"checked\" " : "checked ");
         if (disabled())
-            out << "disabled ";
-        out << "> " << filters::escape(element.text);
+            out << (xhtml ? "disabled=\"disabled\" " : "disabled ");
+        out << (xhtml ? "/> " : "> ") << filters::escape(element.text);
         if (vertical_)
-            out << "<br>";
+            out << (xhtml ? "<br />" : "<br>");
         out << '\n';
     }
     out << "</div>";
@@ -172,7 +178,7 @@ void select_multiple::clear() {
 void select_multiple::render_input(form_context &context) {
     auto &out = context.out();
     if (context.widget_part() == first_part) {
-        out << "<select multiple ";
+        out << (context.html() == as_xhtml ? "<select multiple=\"multiple\" " : "<select multiple ");
         if (rows_ > 0)
             out << " size=\"" << rows_ << "\" ";
         render_attributes(context);

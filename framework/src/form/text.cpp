@@ -60,7 +60,7 @@ void base_html_input::render_input(form_context &context) {
         render_attributes(context);
         render_value(context);
     } else {
-        out << " >";
+        out << (context.html() == as_xhtml ? " />" : " >");
     }
 }
 
