@@ -24,6 +24,7 @@ namespace {
 constexpr char webconfig[] = "/usr/sbin/webconfig";
 constexpr char recordScript[] = "/usr/lib/device/record";
 constexpr char commandList[] = "/var/log/device-commands";
+constexpr char systemLog[] = "/var/log/messages";
 constexpr char store[] = "/var/lib/prm/prm.db";
 
 bool WaitUntil(int seconds, std::function<bool()> const &condition) {
@@ -58,6 +59,15 @@ std::string ReadFile(std::string const &path) {
 
 bool WaitForText(std::string const &path, std::string const &text, int seconds) {
     return WaitUntil(seconds, [&] { return ReadFile(path).find(text) != std::string::npos; });
+}
+
+Log::Log() : _begin(ReadFile(systemLog).size()) {}
+
+bool Log::Has(std::string const &text, int seconds) const {
+    return WaitUntil(seconds, [&] {
+        std::string const log = ReadFile(systemLog);
+        return log.find(text, log.size() < _begin ? 0 : _begin) != std::string::npos;
+    });
 }
 
 TemporaryFile::TemporaryFile(std::string path, std::string const &text) : _path(std::move(path)) {
@@ -148,6 +158,59 @@ std::vector<std::string> TakeCommands() {
         commands.push_back(line);
     WriteFile(commandList, "");
     return commands;
+}
+
+Settings Exported(Settings const &settings) {
+    Settings exported;
+    for (auto const &[name, value] : settings) {
+        bool const number = value.ends_with(", i");
+        std::string text = "\"";
+        for (char const c : number ? value.substr(0, value.size() - 3) : value)
+            text += c == '\n'   ? "\\n"
+                    : c == '\0' ? "\\x00"
+                                : (c == '"' || c == '\\' ? "\\" : "") + std::string(1, c);
+        exported[name] = value == none ? none : text + (number ? "\", i" : "\", s");
+    }
+    return exported;
+}
+
+Settings KeptStore::All() {
+    Settings all;
+    std::istringstream lines(Shell("prm export"));
+    for (std::string line; std::getline(lines, line);) {
+        std::size_t const end = line.find("\",");
+        all[line.substr(1, end - 1)] = line.substr(end + 2);
+    }
+    return all;
+}
+
+Settings KeptStore::Changes(Settings const &before) {
+    Settings changes = All();
+    for (auto const &[name, value] : before) {
+        auto const [now, gone] = changes.emplace(name, none);
+        if (now->second == value)
+            changes.erase(now);
+    }
+    return changes;
+}
+
+void KeptStore::Set(Settings const &changes) const {
+    Settings wanted = Exported(changes);
+    wanted.insert(_before.begin(), _before.end());
+    Settings const now = All();
+    std::string commands;
+    for (auto const &[name, value] : now) {
+        if (wanted.try_emplace(name, none).first->second == none)
+            commands += "prm del '" + name + "';";
+    }
+    std::string lines;
+    for (auto const &[name, value] : wanted) {
+        auto const old = now.find(name);
+        if (value != none && (old == now.end() || old->second != value))
+            lines += '"' + name + "\"," + value + '\n';
+    }
+    TemporaryFile const file("/tmp/settings", lines);
+    Shell(commands + "prm import /tmp/settings");
 }
 
 KeptParameters::KeptParameters(std::string prefix)

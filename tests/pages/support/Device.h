@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,17 @@ void WriteFile(std::string const &path, std::string const &text);
 std::string ReadFile(std::string const &path);
 /// Waits until \a path contains \a text, up to \a seconds.
 bool WaitForText(std::string const &path, std::string const &text, int seconds = 10);
+
+/// The part of the system log that is written while the object lives.
+class Log {
+  public:
+    Log();
+    /// Waits until there is \a text.
+    bool Has(std::string const &text, int seconds = 10) const;
+
+  private:
+    std::size_t const _begin;
+};
 
 /// A file that is there as long as the object.
 class TemporaryFile {
@@ -82,6 +94,34 @@ std::string ExpectDetachedStart();
 
 /// The command lines that were recorded since the last call.
 std::vector<std::string> TakeCommands();
+
+/// In the place of a value: the parameter is not there.
+inline constexpr char none[] = "(none)";
+
+/// Parameters by their names.
+using Settings = std::map<std::string, std::string>;
+
+/// With the values as "prm export" writes them. Before that, ", i" ends those of numbers.
+Settings Exported(Settings const &settings);
+
+/// The parameter store, which is put back in the end.
+class KeptStore {
+  public:
+    KeptStore() : _before(All()) {}
+    ~KeptStore() { Set({}); }
+    KeptStore(KeptStore const &) = delete;
+    KeptStore &operator=(KeptStore const &) = delete;
+
+    /// All parameters, as exported.
+    static Settings All();
+    /// What has changed since they were \a before, as exported.
+    static Settings Changes(Settings const &before);
+    /// Puts the store back, with \a changes.
+    void Set(Settings const &changes) const;
+
+  private:
+    Settings const _before;
+};
 
 /// Puts the parameters whose names begin with \a prefix back in the end.
 class KeptParameters {

@@ -43,4 +43,16 @@ std::string Html::One(std::string const &path) const {
     return texts.empty() ? "" : texts.front();
 }
 
+std::string Html::Value(std::string const &element) const {
+    std::string const path = element.starts_with('/') ? element : "//*[@id='" + element + "']";
+    EXPECT_EQ(Count(path), 1U) << path;
+    if (Count(path + "[@type='checkbox']"))
+        return Count(path + "[@checked]") ? "y" : "";
+    std::string value;
+    for (auto const &part : All(path + "[self::input]/@value | " + path + "/option[@selected]/@value | " +
+                                path + "[not(self::input or self::select)]"))
+        value += (value.empty() ? "" : " ") + part;
+    return value;
+}
+
 }  // namespace pages

@@ -9,7 +9,8 @@
 
 namespace pages {
 
-/// The box of a page's result message.
+/// The box of a page's result message: any, and the two kinds of it.
+inline constexpr char anyMessage[] = "//div[contains(@class,'form_result_msg')]";
 inline constexpr char successMessage[] =
     "//div[contains(@class,'success') and contains(@class,'form_result_msg')]";
 inline constexpr char failureMessage[] =
@@ -29,6 +30,9 @@ class Html {
     std::vector<std::string> All(std::string const &path) const;
     /// The only one; fails the test where there is none, or more than one.
     std::string One(std::string const &path) const;
+    /// What the element with this id, or at this path, holds: the value of an input, "y" or "" of a checkbox,
+    /// the chosen values of a list, the text of another element.
+    std::string Value(std::string const &element) const;
     std::size_t Count(std::string const &path) const { return All(path).size(); }
 
   private:

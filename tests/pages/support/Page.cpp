@@ -1,0 +1,111 @@
+#include "tests/pages/support/Page.h"
+
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+namespace pages {
+
+namespace {
+
+constexpr char rebootFlag[] = "/tmp/webconfig_reboot_flag";
+
+Settings Below(std::string const &folder, Settings const &settings) {
+    Settings whole;
+    for (auto const &[name, value] : settings)
+        whole[folder + name] = value;
+    return whole;
+}
+
+}  // namespace
+
+Fields With(Fields fields, Fields const &changes) {
+    for (auto const &change : changes)
+        std::erase_if(fields, [&](auto const &field) { return field.first == change.first; });
+    for (auto const &change : changes) {
+        if (change.second != none)
+            fields.push_back(change);
+    }
+    return fields;
+}
+
+Fields PageTest::_Named(Fields fields) {
+    Html const html(browser.Get(page.path).body);
+    for (auto &[name, value] : fields) {
+        if (name.starts_with('#'))
+            name = html.One("//*[@id='" + name.substr(1) + "']/@name");
+    }
+    device::TakeCommands();
+    return fields;
+}
+
+PageTest::PageTest(Page thePage) : page(std::move(thePage)) {
+    std::filesystem::remove(rebootFlag);
+    Set();
+}
+
+void PageTest::Set(Settings const &changes) const {
+    Settings all = changes;
+    all.insert(page.settings.begin(), page.settings.end());
+    store.Set(Below(page.folder, all));
+    device::TakeCommands();
+}
+
+Html PageTest::Show(Settings const &changes, Fields const &shown) {
+    SCOPED_TRACE(page.path + " with " + testing::PrintToString(changes));
+    Set(changes);
+    Settings const before = device::KeptStore::All();
+    Answer const answer = browser.Get(page.path);
+    EXPECT_EQ(answer.status, 200);
+    Html html(answer.body);
+    EXPECT_EQ(html.All(anyMessage), Strings());
+    for (auto const &[element, value] : shown)
+        EXPECT_EQ(html.Value(element), value) << element;
+    EXPECT_EQ(device::KeptStore::Changes(before), Settings());
+    EXPECT_EQ(device::TakeCommands(), page.diagnoses);
+    return html;
+}
+
+Html PageTest::Expect(Fields const &good, Case const &expected) {
+    Set(expected.before);
+    Fields const fields = _Named(With(good, expected.fields));
+    SCOPED_TRACE(page.path + " with " + testing::PrintToString(expected.before) + ", posted " +
+                 testing::PrintToString(expected.fields) + ", refused '" + expected.refused + '\'');
+    Settings const before = device::KeptStore::All();
+    device::Log const log;
+    std::optional<device::RefusedKey> refused;
+    if (!expected.refused.empty())
+        refused.emplace(page.folder + expected.refused);
+    Answer const answer = browser.Post(page.path, fields);
+    EXPECT_EQ(answer.status, 200);
+    Html html(answer.body);
+    std::string const &text = expected.failure.empty() ? expected.success : expected.failure;
+    EXPECT_EQ(html.All(anyMessage), text.empty() ? Strings() : Strings{text});
+    EXPECT_EQ(html.Count(failureMessage), expected.failure.empty() ? 0U : 1U);
+    EXPECT_EQ(html.All(fieldErrors), expected.errors);
+    EXPECT_EQ(device::KeptStore::Changes(before), device::Exported(Below(page.folder, expected.written)));
+    Strings commands = expected.commands;
+    commands.insert(commands.end(), page.diagnoses.begin(), page.diagnoses.end());
+    EXPECT_EQ(device::TakeCommands(), commands);
+    EXPECT_EQ(std::filesystem::remove(rebootFlag), expected.reboot);
+    EXPECT_EQ(html.Count("//div[@id='alertsBox']"), expected.reboot ? 1U : 0U);
+    for (auto const &[element, value] : expected.shown)
+        EXPECT_EQ(html.Value(element), value) << element;
+    if (!expected.tab.empty()) {
+        EXPECT_NE(answer.body.find("selected: " + expected.tab), std::string::npos) << expected.tab;
+    }
+    EXPECT_TRUE(log.Has(expected.logged)) << expected.logged;
+    return html;
+}
+
+void PageTest::Run(Fields const &good, std::vector<Case> const &cases) {
+    for (auto const &each : cases)
+        Expect(good, each);
+}
+
+void PageTest::Refuses(Fields const &good, std::vector<Bad> const &cases) {
+    for (auto const &bad : cases)
+        Expect(good, {.fields = {{bad.field, bad.value}}, .failure = invalid, .errors = bad.errors});
+}
+
+}  // namespace pages
