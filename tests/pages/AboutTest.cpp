@@ -1,10 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
-#include "tests/pages/support/Browser.h"
-#include "tests/pages/support/Device.h"
-#include "tests/pages/support/Html.h"
+#include "tests/pages/support/Page.h"
 
 namespace pages {
 
@@ -35,8 +31,7 @@ std::string Row(std::string const &below) {
 TEST_F(AboutTest, ListsTheNoticesOfEachPackage) {
     Html const page(browser.Get("/config/settings/about").body);
     EXPECT_EQ(page.One("//h2[@id='config_page_title']"), " Open Source Software  Notices ");
-    EXPECT_EQ(page.All(Row("//li/a[@class='ossnav']")),
-              (std::vector<std::string>{"A", "b", "broken", "C", "link"}));
+    EXPECT_EQ(page.All(Row("//li/a[@class='ossnav']")), (Strings{"A", "b", "broken", "C", "link"}));
     EXPECT_EQ(page.All(Row("//li/a/@href"))[0], "/config/settings/about/test-package/A");
     EXPECT_EQ(page.Count("//tr[@id='test-empty']"), 0U);
     EXPECT_EQ(page.Count(Row("//pre")), 0U);
@@ -53,14 +48,23 @@ TEST_F(AboutTest, ShowsTheTextOfOneNotice) {
 }
 
 TEST_F(AboutTest, OnlyListedNoticesAreShown) {
-    std::string const about = "/config/settings/about";
-    for (char const *path : {"/test-package/none", "/none/A", "/test-package/inner"})
-        EXPECT_EQ(Html(browser.Get(about + path).body).Count("//pre"), 0U) << path;
-    // These names lead nowhere in the licence directory: no route takes them, and they show the Firmware
-    // page.
-    for (char const *path : {"/test-package/.hidden", "/test-package/..", "/../about", "/test-package/%2e%2e",
-                             "/test-package/c%20"})
-        EXPECT_EQ(Html(browser.Get(about + path).body).Count("//tr[@id='test-package']//pre"), 0U) << path;
+    // What is not listed shows the list. Other names are none: no route takes them, so that they show the
+    // Firmware page.
+    std::pair<char const *, char const *> const cases[] = {
+        {"/test-package/none", " Open Source Software  Notices "},
+        {"/none/A", " Open Source Software  Notices "},
+        {"/test-package/inner", " Open Source Software  Notices "},
+        {"/test-package/.hidden", " Firmware "},
+        {"/test-package/..", " Firmware "},
+        {"/../about", " Open Source Software  Notices "},
+        {"/test-package/%2e%2e", " Firmware "},
+        {"/test-package/c%20", " Firmware "},
+    };
+    for (auto const &[path, title] : cases) {
+        Html const html(browser.Get(std::string("/config/settings/about") + path).body);
+        EXPECT_EQ(html.One("//h2[@id='config_page_title']"), title) << path;
+        EXPECT_EQ(html.Count("//tr[@id='test-package']//pre"), 0U) << path;
+    }
 }
 
 }  // namespace pages

@@ -1,11 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <thread>
-
-#include "tests/pages/support/Browser.h"
-#include "tests/pages/support/Device.h"
-#include "tests/pages/support/Html.h"
+#include "tests/pages/support/Page.h"
 
 namespace pages {
 
@@ -16,16 +9,6 @@ constexpr char generalTitle[] = " General Device Configuration ";
 std::string Title(Answer const &answer) {
     auto const titles = Html(answer.body).All("//h2[@id='config_page_title']");
     return titles.empty() ? "" : titles.front();
-}
-
-bool WaitUntilServed(Browser &browser, std::string const &path) {
-    using namespace std::chrono_literals;
-    for (int tries = 200; tries > 0; --tries) {
-        if (browser.Get(path).status == 200)
-            return true;
-        std::this_thread::sleep_for(50ms);
-    }
-    return false;
 }
 
 }  // namespace
@@ -61,10 +44,10 @@ TEST(RoutingTest, EveryPageHasTheSkeletonAndNoBrokenLinks) {
         EXPECT_EQ(answer.body.find("this_is_an_invalid_url_generated_by_url_mapper"), std::string::npos);
         Html const page(answer.body);
         EXPECT_EQ(page.One("/html/body/div[@id='banner']/div[@id='banner_middle']/h1").empty(), false);
-        EXPECT_EQ(page.All("//ul[@class='nav']/li/div[@class='nav']"), std::vector<std::string>{"Settings"});
-        EXPECT_EQ(page.All("//ul[@class='nav2']/li/a/@href"),
-                  (std::vector<std::string>{"/config/settings/firmware", "/config/settings/reboot",
-                                            "/config/settings/advanced"}));
+        EXPECT_EQ(page.All("//ul[@class='nav']/li/div[@class='nav']"), Strings{"Settings"});
+        EXPECT_EQ(
+            page.All("//ul[@class='nav2']/li/a/@href"),
+            (Strings{"/config/settings/firmware", "/config/settings/reboot", "/config/settings/advanced"}));
         EXPECT_EQ(page.One("//a[@id='menu_Advanced']"), " Advanced");
         EXPECT_EQ(page.Count("//div[@id='alertsBox']"), 0U);
 
@@ -83,15 +66,15 @@ TEST(RoutingTest, EveryPageHasTheSkeletonAndNoBrokenLinks) {
 }
 
 TEST(RoutingTest, LinksFollowTheConfiguredRoot) {
-    device::KeptParameters const wifi("net/wifi/vendor");
-    device::Shell("prm set net/wifi/vendor laird");
+    device::KeptStore const store;
+    store.Set({{"net/wifi/vendor", "laird"}});
     device::RecordingProgram const reboot("/usr/sbin/reboot", "exit 0");
     for (std::string const root : {"/config", "/setup"}) {
         std::string configuration = device::Configuration(9105);
         configuration.replace(configuration.find("\"config\""), 8, '"' + root.substr(1) + '"');
         device::Process process(configuration);
         Browser browser("http://127.0.0.1:9105");
-        ASSERT_TRUE(WaitUntilServed(browser, root + '/'));
+        ASSERT_TRUE(browser.WaitUntilUp(10, root + '/'));
 
         std::string const about = browser.Get(root + "/settings/about").body;
         EXPECT_NE(

@@ -73,10 +73,10 @@ Answer Browser::Call(std::string const &method, std::string const &parameters) {
                 "application/json");
 }
 
-bool Browser::WaitUntilUp(int seconds) {
+bool Browser::WaitUntilUp(int seconds, std::string const &path) {
     using namespace std::chrono_literals;
     for (int tries = seconds * 20; tries > 0; --tries) {
-        if (Get("/config/").status == 200)
+        if (Get(path).status == 200)
             return true;
         std::this_thread::sleep_for(50ms);
     }

@@ -41,8 +41,8 @@ class Browser {
     /// Calls a status method; \a parameters is the text of a JSON array.
     Answer Call(std::string const &method, std::string const &parameters = "[]");
 
-    /// Waits up to \a seconds until the server answers; false where it does not.
-    bool WaitUntilUp(int seconds = 10);
+    /// Waits up to \a seconds until the server shows \a path; false where it does not.
+    bool WaitUntilUp(int seconds = 10, std::string const &path = "/config/");
 
   private:
     Answer Perform(std::string const &path);

@@ -49,6 +49,7 @@ std::string Shell(std::string const &command) {
 }
 
 void WriteFile(std::string const &path, std::string const &text) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary) << text;
 }
 

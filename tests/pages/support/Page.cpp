@@ -79,16 +79,18 @@ Html PageTest::Expect(Fields const &good, Case const &expected) {
     Answer const answer = browser.Post(page.path, fields);
     EXPECT_EQ(answer.status, 200);
     Html html(answer.body);
-    std::string const &text = expected.failure.empty() ? expected.success : expected.failure;
+    bool const success = expected.failure.empty();
+    std::string const text = success ? expected.success.value_or(page.success) : expected.failure;
     EXPECT_EQ(html.All(anyMessage), text.empty() ? Strings() : Strings{text});
-    EXPECT_EQ(html.Count(failureMessage), expected.failure.empty() ? 0U : 1U);
+    EXPECT_EQ(html.Count(failureMessage), success ? 0U : 1U);
     EXPECT_EQ(html.All(fieldErrors), expected.errors);
     EXPECT_EQ(device::KeptStore::Changes(before), device::Exported(Below(page.folder, expected.written)));
     Strings commands = expected.commands;
     commands.insert(commands.end(), page.diagnoses.begin(), page.diagnoses.end());
     EXPECT_EQ(device::TakeCommands(), commands);
-    EXPECT_EQ(std::filesystem::remove(rebootFlag), expected.reboot);
-    EXPECT_EQ(html.Count("//div[@id='alertsBox']"), expected.reboot ? 1U : 0U);
+    bool const reboot = expected.reboot || (success && page.reboots);
+    EXPECT_EQ(std::filesystem::remove(rebootFlag), reboot);
+    EXPECT_EQ(html.Count("//div[@id='alertsBox']"), reboot ? 1U : 0U);
     for (auto const &[element, value] : expected.shown)
         EXPECT_EQ(html.Value(element), value) << element;
     if (!expected.tab.empty()) {
@@ -101,6 +103,11 @@ Html PageTest::Expect(Fields const &good, Case const &expected) {
 void PageTest::Run(Fields const &good, std::vector<Case> const &cases) {
     for (auto const &each : cases)
         Expect(good, each);
+}
+
+void PageTest::StopsAt(Fields const &good, std::vector<Stop> const &cases, Strings const &commands) {
+    for (auto const &[refused, written] : cases)
+        Expect(good, {.refused = refused, .failure = notSaved, .written = written, .commands = commands});
 }
 
 void PageTest::Refuses(Fields const &good, std::vector<Bad> const &cases) {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,25 +22,33 @@ Fields With(Fields fields, Fields const &changes);
 /// What is true of a page in all its cases.
 struct Page {
     std::string path;
-    std::string folder;      // what the names of the settings begin with
-    Settings settings;       // the parameters before each case
-    Strings diagnoses = {};  // commands that each answer runs
+    std::string folder;           // what the names of the settings begin with
+    Settings settings;            // the parameters before each case
+    Strings diagnoses = {};       // commands that each answer runs
+    std::string success = saved;  // what it says
+    bool reboots = false;         // and whether it then tells the operator to reboot
 };
 
 /// Something that is posted to a page, and all that comes of it.
 struct Case {
-    Settings before = {};         // other settings
-    Fields fields = {};           // changes of the form's good values
-    std::string refused = {};     // the parameter that the store refuses to write
-    std::string success = saved;  // the text of the result box, "" where there is none
-    std::string failure = {};     // that of a failure, in its place
-    Strings errors = {};          // at the fields
-    Settings written = {};        // what has changed in the whole store
+    Settings before = {};      // other settings
+    Fields fields = {};        // changes of the form's good values
+    std::string refused = {};  // the parameter that the store refuses to write
+    std::string failure = {};  // the text of the result box, in the place of the page's for a success
+    std::optional<std::string> success = {};  // another one; "" where there is no box
+    Strings errors = {};                      // at the fields
+    Settings written = {};                    // what has changed in the whole store
     Strings commands = {};
-    bool reboot = false;      // whether the operator is told to reboot
+    bool reboot = false;      // whether the operator is told to reboot here too
     Fields shown = {};        // inputs in the answer: their ids (see Html::Value) and values
     std::string tab = {};     // the number of the open one
     std::string logged = {};  // part of a line
+};
+
+/// A parameter that the store refuses to write, and what has been written before.
+struct Stop {
+    std::string refused;
+    Settings written;
 };
 
 /// A value that a page refuses in one of its fields.
@@ -64,6 +72,7 @@ class PageTest : public testing::Test {
     Html Expect(Fields const &good, Case const &expected);
     /// The same for many.
     void Run(Fields const &good, std::vector<Case> const &cases);
+    void StopsAt(Fields const &good, std::vector<Stop> const &cases, Strings const &commands = {});
     void Refuses(Fields const &good, std::vector<Bad> const &cases);
 
     Page const page;
