@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
-#include "tests/pages/support/Browser.h"
-#include "tests/pages/support/Device.h"
+#include "tests/pages/support/Page.h"
 
 namespace pages {
 
@@ -15,17 +15,13 @@ std::string Status(std::string const &method, std::string const &parameters = "[
     constexpr std::string_view before = R"({"id":1,"error":null,"result":)";
     Browser browser(device::address);
     std::string const body = browser.Call(method, parameters).body;
-    EXPECT_TRUE(body.starts_with(before) && body.ends_with('}')) << body;
+    EXPECT_TRUE(body.starts_with(before) && body.ends_with('}')) << method << ": " << body;
     return body.size() > before.size() ? body.substr(before.size(), body.size() - before.size() - 1) : "";
 }
 
-void ExpectParts(std::string const &status, std::vector<std::string> const &parts) {
+void ExpectParts(std::string const &status, Strings const &parts) {
     for (std::string const &part : parts)
         EXPECT_NE(status.find(part), std::string::npos) << part << "\nis not in " << status;
-}
-
-void SetParameter(std::string const &key, std::string const &value) {
-    device::Shell("prm set " + key + " '" + value + '\'');
 }
 
 double Seconds(std::chrono::steady_clock::time_point since) {
@@ -33,17 +29,25 @@ double Seconds(std::chrono::steady_clock::time_point since) {
 }
 
 constexpr char unknownLink[] = R"({"isConnected":"Unknown","serverAddress":"Unknown"})";
+constexpr int port = 9105;
+constexpr char address[] = "http://127.0.0.1:9105";
+constexpr char dialup[] = "serial/port/gprs/function";
+
+class StatusMethodsTest : public testing::Test {
+  protected:
+    device::KeptStore const store;
+};
 
 }  // namespace
 
-TEST(StatusMethodsTest, OutputsOfNetworkTools) {
+TEST_F(StatusMethodsTest, OutputsOfNetworkTools) {
     ExpectParts(Status("ethernet1_status"),
                 {R"("br1":"br1       Link encap:Ethernet)", R"("brctl":"bridge name\tbridge id)"});
     ExpectParts(Status("port_forwarding_status"),
                 {R"("filtering":"Chain INPUT)", "Chain FORWARD", R"("nat":"Chain PREROUTING)"});
 }
 
-TEST(StatusMethodsTest, OutputsAreCutAndAlwaysText) {
+TEST_F(StatusMethodsTest, OutputsAreCutAndAlwaysText) {
     struct {
         std::string content;
         std::string status;
@@ -63,11 +67,11 @@ TEST(StatusMethodsTest, OutputsAreCutAndAlwaysText) {
     ExpectParts(Status("dns_server_status"), {"No such file or directory"});
 }
 
-TEST(StatusMethodsTest, TailOfTheSystemLogInUse) {
-    device::KeptParameters const kept("syslogd/");
-    SetParameter("syslogd/persistent", "no");
+TEST_F(StatusMethodsTest, TailOfTheSystemLogInUse) {
+    store.Set({{"syslogd/persistent", "no"}});
+    device::Log const volatileLog;
     device::Shell("logger -t test 'the volatile log'");
-    device::WaitForText("/var/log/messages", "the volatile log");
+    EXPECT_TRUE(volatileLog.Has("the volatile log"));
     ExpectParts(Status("tail_syslog"), {"test: the volatile log"});
 
     std::string const line = std::string(299, 'x') + '\n';
@@ -75,7 +79,7 @@ TEST(StatusMethodsTest, TailOfTheSystemLogInUse) {
     for (int i = 0; i < 30; ++i)
         lines += line;
     device::ReplacedFile const log("/home/root/log/messages", lines);
-    SetParameter("syslogd/persistent", "yes");
+    store.Set({{"syslogd/persistent", "yes"}});
     std::string const tail = Status("tail_syslog");
     EXPECT_EQ(tail.find("before"), std::string::npos);
     // 26 whole lines, and of the next what fits into 8096 bytes.
@@ -83,26 +87,26 @@ TEST(StatusMethodsTest, TailOfTheSystemLogInUse) {
     EXPECT_EQ(tail.size(), std::string_view(R"({"tail":""})").size() + 8096 + 26);
 }
 
-TEST(StatusMethodsTest, WifiInterfacesTellMoreWhenTheyAreOn) {
-    device::KeptParameters const kept("net/wifi/");
+TEST_F(StatusMethodsTest, WifiInterfacesTellMoreWhenTheyAreOn) {
     for (char const *const off : {"no", "", "YES"}) {
-        SetParameter("net/wifi/ap/enabled", off);
-        SetParameter("net/wifi/client/enabled", off);
+        store.Set({{"net/wifi/ap/enabled", off}, {"net/wifi/client/enabled", off}});
         EXPECT_EQ(Status("wifi_ap_status"), R"({"ap0_enabled":false})");
         EXPECT_EQ(Status("wifi_client_status"), R"({"client0_enabled":false})");
     }
-    SetParameter("net/wifi/ap/enabled", "yes");
-    SetParameter("net/wifi/client/enabled", "yes");
-    device::ReplacedFile const leases("/tmp/dhcp.leases", "1 aa:bb 192.168.2.7 phone\n");
-    device::ReplacedProgram const iw("/usr/sbin/iw", "echo \"$*\"; echo 'signal: -50'; echo 'tx bitrate: 6'");
+    store.Set({{"net/wifi/ap/enabled", "yes"}, {"net/wifi/client/enabled", "yes"}});
+    // A client chooses its name itself.
+    device::ReplacedFile const leases("/tmp/dhcp.leases", "1 aa:bb 192.168.2.7 <b>\"\x1B[2J\xFF\\\n");
+    device::RecordingProgram const iw("/usr/sbin/iw",
+                                      "echo \"$*\"; echo 'signal: -50'; echo 'tx bitrate: 6'");
+    device::Log const log;
     device::Shell("for i in 1 2 3 4 5 6 7 8 9; do logger -t test \"a WIFI line $i\"; done");
-    device::WaitForText("/var/log/messages", "WIFI line 9");
+    EXPECT_TRUE(log.Has("WIFI line 9"));
 
     std::string const accessPoint = Status("wifi_ap_status");
     ExpectParts(accessPoint, {R"("ap0_enabled":true)", R"("ap0_status":"dev ap0 info\nsignal: -50\n)",
                               R"("connected_clients":"dev ap0 station dump\n)",
-                              R"("clients_dhcp_lease":"1 aa:bb 192.168.2.7 phone\n")", "a WIFI line 2\\n",
-                              "a WIFI line 9\\n\""});
+                              "\"clients_dhcp_lease\":\"1 aa:bb 192.168.2.7 <b>\\\"\uFFFD[2J\uFFFD\\\\\\n\"",
+                              "a WIFI line 2\\n", "a WIFI line 9\\n\""});
     EXPECT_EQ(accessPoint.find("a WIFI line 1"), std::string::npos) << "only the last eight";
     ExpectParts(
         Status("wifi_client_status"),
@@ -111,7 +115,7 @@ TEST(StatusMethodsTest, WifiInterfacesTellMoreWhenTheyAreOn) {
          R"("client0_ifconfig_status":)", R"("Routing":"Kernel IP routing table\n)", "a WIFI line 9\\n"});
 }
 
-TEST(StatusMethodsTest, ChannelsOfACountry) {
+TEST_F(StatusMethodsTest, ChannelsOfACountry) {
     std::string const country = device::Shell(
         "python3 -c \"import json; print(*json.load(open('/etc/countryChannelsLaird'))['$(prm get "
         "net/wifi/region_code)'])\"");
@@ -122,15 +126,15 @@ TEST(StatusMethodsTest, ChannelsOfACountry) {
     EXPECT_EQ(Status("wifi_get_channels", R"([""])"), R"({"countryCode":""})");
 }
 
-TEST(StatusMethodsTest, ChronydWhereThereIsChronyc) {
+TEST_F(StatusMethodsTest, ChronydWhereThereIsChronyc) {
     ExpectParts(Status("ntpd_status"),
                 {R"("isChronyd":true)", R"("running":true)", R"("tracking":"Reference ID)",
                  R"("rawOutput":")", R"("clients":"Hostname)"});
-    device::ReplacedProgram const chronyc("/usr/bin/chronyc", "echo '506 Cannot talk to daemon'");
+    device::RecordingProgram const chronyc("/usr/bin/chronyc", "echo '506 Cannot talk to daemon'");
     EXPECT_EQ(Status("ntpd_status"), R"({"isChronyd":true,"running":false})");
 }
 
-TEST(StatusMethodsTest, NtpdWhereThereIsNone) {
+TEST_F(StatusMethodsTest, NtpdWhereThereIsNone) {
     device::ReplacedFile const noChronyc("/usr/bin/chronyc");
     struct {
         char const *script;
@@ -144,12 +148,12 @@ TEST(StatusMethodsTest, NtpdWhereThereIsNone) {
          R"({"gpsSync":false,"hasGps":false,"ppsSync":false,"rawOutput":"*192.168.1.10 10.0.0.1 -pn\n","running":true,"syncTo":"192.168.1.10"})"},
     };
     for (auto const &[script, status] : cases) {
-        device::ReplacedProgram const ntpq("/usr/bin/ntpq", script);
+        device::RecordingProgram const ntpq("/usr/bin/ntpq", script);
         EXPECT_EQ(Status("ntpd_status"), status);
     }
 }
 
-TEST(StatusMethodsTest, SiteServerLink) {
+TEST_F(StatusMethodsTest, SiteServerLink) {
     struct {
         char const *report;
         char const *status;
@@ -175,21 +179,20 @@ TEST(StatusMethodsTest, SiteServerLink) {
     device::Shell("sleep 0.5");  // the late answer goes to nobody
     ExpectParts(Status("orvane_status"), {R"("isConnected":true)"});
 
+    device::Log const log;
     device::Shell("supvis --suspend statusd");
     EXPECT_EQ(Status("orvane_status"), unknownLink);
-    EXPECT_TRUE(device::WaitForText("/var/log/messages",
-                                    R"(vexaClient.Send("statusd", cVexaMsgRequestServerStats) failed)"));
+    EXPECT_TRUE(log.Has(R"(vexaClient.Send("statusd", cVexaMsgRequestServerStats) failed)"));
     device::Shell("supvis --resume statusd; sleep 0.5");
     ExpectParts(Status("orvane_status"), {R"("isConnected":true)"});
 }
 
 // A poll of a silent daemon waits a second: the next answer is there after two, whoever else asks what.
-TEST(StatusMethodsTest, ManyPollersOfSilentDaemonsWaitTogether) {
+TEST_F(StatusMethodsTest, ManyPollersOfSilentDaemonsWaitTogether) {
     device::ReplacedFile const link("/etc/daemons/statusd", "answer = silent\n");
     device::ReplacedFile const tunnel("/etc/daemons/openvpnd", "answer = silent\n");
     device::ReplacedFile const modem("/etc/daemons/seriald", "answer = silent\n");
-    device::KeptParameters const kept("serial/port/gprs/");
-    SetParameter("serial/port/gprs/function", "gprs_dialup");
+    store.Set({{dialup, "gprs_dialup"}});
     struct {
         char const *method;
         char const *part;
@@ -207,10 +210,10 @@ TEST(StatusMethodsTest, ManyPollersOfSilentDaemonsWaitTogether) {
     EXPECT_LT(Seconds(start), 3.5);
 }
 
-TEST(StatusMethodsTest, OpenVpnConnection) {
+TEST_F(StatusMethodsTest, OpenVpnConnection) {
     struct {
         char const *report;
-        std::vector<std::string> parts;
+        Strings parts;
     } const cases[] = {
         {"connected = 1\nseconds_in_state = 301\nstatus = Connected <b>\n",
          {R"("connectionStatus":"Connected <b>")", R"("isConnected":true)",
@@ -226,26 +229,33 @@ TEST(StatusMethodsTest, OpenVpnConnection) {
     }
 }
 
-TEST(StatusMethodsTest, OpenVpnConfiguration) {
-    device::KeptParameters const kept("net/openvpn/");
+TEST_F(StatusMethodsTest, OpenVpnConfiguration) {
+    constexpr char certificate[] = "/tmp/status_methods.pem";
     constexpr char path[] = "/tmp/status_methods.ovpn";
-    device::Shell("prm del /net/openvpn; rm -f /tmp/openvpn.log");
+    device::Shell(std::string("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -keyout "
+                              "/dev/null -subj '/O=Field, Ltd/CN=vpn-1.example' -out ") +
+                  certificate + " 2>&1");
+    device::TemporaryFile const configuration(
+        path, "client\n<cert>\n" + device::ReadFile(certificate) + "</cert>\n");
+    std::filesystem::remove(certificate);
+    Strings const names = {R"("server":"vpn")", R"("client":"vpn-1.example")",
+                           R"("organization":"Field","organizationalUnit":"")"};
+    Settings settings = {{"net/openvpn/client_ovpn", none},
+                         {"net/openvpn/ca_crt", none},
+                         {"net/openvpn/client_crt", none},
+                         {"net/openvpn/client_key", none}};
+    device::ReplacedFile const noLog("/tmp/openvpn.log");
     device::ReplacedFile const noDefault("/etc/openvpn/client.conf");
+    store.Set(settings);
     ExpectParts(Status("openvpn_status"),
                 {R"("configurationFile":"Missing")", R"("caCertificate":"Missing","client":"",)",
                  R"("clientCertificate":"Missing","clientKey":"Missing")", R"("server":"")",
                  R"("organization":"","organizationalUnit":"")", R"("logOutput":"")"});
 
-    device::Shell(
-        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -keyout /dev/null "
-        "-subj '/O=Field, Ltd/CN=vpn-1.example' -out /tmp/status_methods.pem 2>&1");
-    device::TemporaryFile const configuration(
-        path, "client\n<cert>\n" + device::ReadFile("/tmp/status_methods.pem") + "</cert>\n");
-    std::vector<std::string> const names = {R"("server":"vpn")", R"("client":"vpn-1.example")",
-                                            R"("organization":"Field","organizationalUnit":"")"};
     // The uploaded configuration is there; then only its name is left.
-    SetParameter("net/openvpn/client_ovpn", path);
-    SetParameter("net/openvpn/ca_crt", "/tmp/none.crt");
+    settings["net/openvpn/client_ovpn"] = path;
+    settings["net/openvpn/ca_crt"] = "/tmp/none.crt";
+    store.Set(settings);
     device::TemporaryFile const log("/tmp/openvpn.log", "one\ntwo\n");
     std::string const embedded = std::string("\"Embedded in ") + path + '"';
     std::string const uploaded = Status("openvpn_status");
@@ -253,42 +263,40 @@ TEST(StatusMethodsTest, OpenVpnConfiguration) {
     ExpectParts(uploaded, {std::string("\"configurationFile\":\"") + path + '"',
                            "\"caCertificate\":" + embedded, "\"clientCertificate\":" + embedded,
                            "\"clientKey\":" + embedded, R"("logOutput":"one\ntwo\n")"});
-    SetParameter("net/openvpn/client_ovpn", "/tmp/gone.ovpn");
-    device::Shell("mkdir -p /etc/openvpn");
+    settings["net/openvpn/client_ovpn"] = "/tmp/gone.ovpn";
+    settings["net/openvpn/client_key"] = "/tmp/some.key";
+    store.Set(settings);
     device::TemporaryFile const standard("/etc/openvpn/client.conf");
-    SetParameter("net/openvpn/client_key", "/tmp/some.key");
     ExpectParts(Status("openvpn_status"),
                 {R"("configurationFile":"/etc/openvpn/client.conf")", R"("caCertificate":"/tmp/none.crt")",
                  R"("clientCertificate":"Missing","clientKey":"/tmp/some.key")", R"("server":"")"});
-    SetParameter("net/openvpn/ca_crt", path);
+    settings["net/openvpn/ca_crt"] = path;
+    store.Set(settings);
     ExpectParts(Status("openvpn_status"), names);
-    device::Shell("rm -f /tmp/status_methods.pem");
 
     // The poll asks each second; the log tells a state when it begins.
     std::string const changing = "/tmp/status_methods.changing";
-    SetParameter("net/openvpn/ca_crt", changing);
-    auto const poll = [] {
+    device::Log const polls;
+    auto const poll = [&](std::string const &file) {
+        settings["net/openvpn/ca_crt"] = file;
+        store.Set(settings);
         for (int times = 0; times < 3; ++times)
             Status("openvpn_status");
     };
-    std::size_t const before = device::ReadFile("/var/log/messages").size();
-    poll();
+    poll(changing);
     device::TemporaryFile const noCertificate(changing, "client\n");
-    poll();
-    SetParameter("net/openvpn/ca_crt", path);
-    poll();
-    SetParameter("net/openvpn/ca_crt", changing);
-    poll();
+    poll(changing);
+    poll(path);
+    poll(changing);
     device::Shell("logger the end of the polls");
-    EXPECT_TRUE(device::WaitForText("/var/log/messages", "the end of the polls"));
-    std::string const told = device::ReadFile("/var/log/messages").substr(before);
+    EXPECT_TRUE(polls.Has("the end of the polls"));
+    std::string const told = polls.Text();
     EXPECT_EQ(device::Count(told, "GetCertificateDetils: Unable to load certificate from disk"), 1U) << told;
     EXPECT_EQ(device::Count(told, "GetCertificateDetils: Certificate format error"), 2U) << told;
 }
 
-TEST(StatusMethodsTest, CellularModem) {
-    device::KeptParameters const kept("serial/port/gprs/");
-    SetParameter("serial/port/gprs/function", "gprs_dialup");
+TEST_F(StatusMethodsTest, CellularModem) {
+    store.Set({{dialup, "gprs_dialup"}});
     device::ReplacedFile const modem("/etc/daemons/seriald",
                                      "mobile_number = 123^A^1\nsim_status = 10\nsim_ccid = 8949\n"
                                      "network_kind = 3\naccess_technology = 2\nfrequency = 850\n"
@@ -312,7 +320,7 @@ TEST(StatusMethodsTest, CellularModem) {
     ExpectParts(Status("cellular_status"), {R"("gprs_dialup_enabled":true)", R"("have_gprs_stats":false)",
                                             R"("have_serial_stats":true)"});
     // Nobody asks for what is not there, but the ports are asked in any case.
-    SetParameter("serial/port/gprs/function", "none");
+    store.Set({{dialup, "none"}});
     auto const start = std::chrono::steady_clock::now();
     EXPECT_EQ(
         Status("cellular_status"),
@@ -320,9 +328,8 @@ TEST(StatusMethodsTest, CellularModem) {
     EXPECT_LT(Seconds(start), 0.9);
 }
 
-TEST(StatusMethodsTest, CellularSerialPort) {
-    device::KeptParameters const kept("serial/port/gprs/");
-    SetParameter("serial/port/gprs/function", "none");
+TEST_F(StatusMethodsTest, CellularSerialPort) {
+    store.Set({{dialup, "none"}});
     constexpr char none[] =
         R"({"gprs_dialup_enabled":false,"gprs_network_refresh":"none","have_gprs_stats":false,"have_serial_stats":false})";
     for (char const *const ports :
@@ -336,18 +343,33 @@ TEST(StatusMethodsTest, CellularSerialPort) {
     }
 }
 
-TEST(StatusMethodsTest, SixPollsTellThatTheNetworkSearchIsComplete) {
-    device::KeptParameters const kept("gprs/network/");
-    device::KeptParameters const port("serial/port/gprs/");
-    SetParameter("serial/port/gprs/function", "none");
-    SetParameter("gprs/network/refresh", "yes");
+TEST_F(StatusMethodsTest, SixPollsTellThatTheNetworkSearchIsComplete) {
+    Settings searching = {{dialup, "none"}, {"gprs/network/refresh", "yes"}};
+    store.Set(searching);
     for (int i = 0; i < 3; ++i)
         ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"progress")"});
-    SetParameter("gprs/network/refresh", "no");
+    searching["gprs/network/refresh"] = "no";
+    store.Set(searching);
     for (int i = 0; i < 6; ++i)
         ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"complete")"});
     for (int i = 0; i < 2; ++i)
         ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"none")"});
+}
+
+TEST_F(StatusMethodsTest, CellularIsNotFoundWhereNobodyCanBeAsked) {
+    store.Set({{dialup, "gprs_dialup"}});
+    device::Process process(device::Configuration(port));
+    ASSERT_TRUE(Browser(address).WaitUntilUp());
+    EXPECT_EQ(Browser(address).Call("cellular_status").status, 200);
+    std::string const descriptors = "/proc/" + std::to_string(process.Pid()) + "/fd/";
+    rlim_t next = 0;
+    while (std::filesystem::exists(descriptors + std::to_string(next)))
+        ++next;
+    rlimit const one{next + 1, next + 1};  // that of the connection
+    ASSERT_EQ(prlimit(process.Pid(), RLIMIT_NOFILE, &one, nullptr), 0);
+    Answer const answer = Browser(address).Call("cellular_status");
+    EXPECT_EQ(answer.status, 404) << answer.body;
+    EXPECT_TRUE(process.WaitForLog("vexaClient.GetFd() failed"));
 }
 
 }  // namespace pages

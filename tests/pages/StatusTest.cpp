@@ -94,15 +94,6 @@ TEST(StatusTest, FirmwareUpgradeStatus) {
     device::Shell(std::string("rm -f ") + firmwareStatus);
 }
 
-TEST(StatusTest, WhileAnUpgradeRunsNoPageShowsItsNormalContent) {
-    Browser browser(device::address);
-    device::HeldLock const upgrade(firmwareLock);
-    for (char const *path : {"/config/", "/config/settings/about"}) {
-        std::string const body = browser.Get(path).body;
-        EXPECT_EQ(body.find("general_config"), std::string::npos) << path;
-        EXPECT_EQ(body.find("ossnav"), std::string::npos) << path;
-    }
-}
 
 TEST(StatusTest, PreparingAnUpgradeAnswersTheRawStatusOfTheCommand) {
     Browser browser(device::address);

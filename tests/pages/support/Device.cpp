@@ -64,11 +64,13 @@ bool WaitForText(std::string const &path, std::string const &text, int seconds) 
 
 Log::Log() : _begin(ReadFile(systemLog).size()) {}
 
+std::string Log::Text() const {
+    std::string const log = ReadFile(systemLog);
+    return log.substr(log.size() < _begin ? 0 : _begin);
+}
+
 bool Log::Has(std::string const &text, int seconds) const {
-    return WaitUntil(seconds, [&] {
-        std::string const log = ReadFile(systemLog);
-        return log.find(text, log.size() < _begin ? 0 : _begin) != std::string::npos;
-    });
+    return WaitUntil(seconds, [&] { return Text().find(text) != std::string::npos; });
 }
 
 TemporaryFile::TemporaryFile(std::string path, std::string const &text) : _path(std::move(path)) {

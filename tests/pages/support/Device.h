@@ -28,6 +28,7 @@ bool WaitForText(std::string const &path, std::string const &text, int seconds =
 class Log {
   public:
     Log();
+    std::string Text() const;
     /// Waits until there is \a text.
     bool Has(std::string const &text, int seconds = 10) const;
 
