@@ -360,14 +360,17 @@ TEST_F(StatusMethodsTest, CellularIsNotFoundWhereNobodyCanBeAsked) {
     store.Set({{dialup, "gprs_dialup"}});
     device::Process process(device::Configuration(port));
     ASSERT_TRUE(Browser(address).WaitUntilUp());
-    EXPECT_EQ(Browser(address).Call("cellular_status").status, 200);
     std::string const descriptors = "/proc/" + std::to_string(process.Pid()) + "/fd/";
-    rlim_t next = 0;
-    while (std::filesystem::exists(descriptors + std::to_string(next)))
-        ++next;
-    rlimit const one{next + 1, next + 1};  // that of the connection
-    ASSERT_EQ(prlimit(process.Pid(), RLIMIT_NOFILE, &one, nullptr), 0);
-    Answer const answer = Browser(address).Call("cellular_status");
+    Answer answer;
+    // Descriptors of connections before this one may just be going.
+    for (int tries = 20; answer.status != 404 && tries > 0; --tries) {
+        rlim_t next = 0;
+        while (std::filesystem::exists(descriptors + std::to_string(next)))
+            ++next;
+        rlimit const one{next + 1, next + 1};  // that of the connection
+        ASSERT_EQ(prlimit(process.Pid(), RLIMIT_NOFILE, &one, nullptr), 0);
+        answer = Browser(address).Call("cellular_status");
+    }
     EXPECT_EQ(answer.status, 404) << answer.body;
     EXPECT_TRUE(process.WaitForLog("vexaClient.GetFd() failed"));
 }
