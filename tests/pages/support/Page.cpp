@@ -70,7 +70,7 @@ Html PageTest::Expect(Fields const &good, Case const &expected) {
     Set(expected.before);
     Fields const fields = _Named(With(good, expected.fields));
     SCOPED_TRACE(page.path + " with " + testing::PrintToString(expected.before) + ", posted " +
-                 testing::PrintToString(expected.fields) + ", refused '" + expected.refused + '\'');
+                 testing::PrintToString(fields) + ", refused '" + expected.refused + '\'');
     Settings const before = device::KeptStore::All();
     device::Log const log;
     std::optional<device::RefusedKey> refused;
