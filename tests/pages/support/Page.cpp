@@ -67,16 +67,22 @@ Html PageTest::Show(Settings const &changes, Fields const &shown) {
 }
 
 Html PageTest::Expect(Fields const &good, Case const &expected) {
-    Set(expected.before);
     Fields const fields = _Named(With(good, expected.fields));
-    SCOPED_TRACE(page.path + " with " + testing::PrintToString(expected.before) + ", posted " +
-                 testing::PrintToString(fields) + ", refused '" + expected.refused + '\'');
+    return ExpectAnswer(
+        testing::PrintToString(fields), [&] { return browser.Post(page.path, fields); }, expected);
+}
+
+Html PageTest::ExpectAnswer(std::string const &what, std::function<Answer()> const &ask,
+                            Case const &expected) {
+    SCOPED_TRACE(page.path + " with " + testing::PrintToString(expected.before) + ", posted " + what +
+                 ", refused '" + expected.refused + '\'');
+    Set(expected.before);
     Settings const before = device::KeptStore::All();
     device::Log const log;
     std::optional<device::RefusedKey> refused;
     if (!expected.refused.empty())
         refused.emplace(page.folder + expected.refused);
-    Answer const answer = browser.Post(page.path, fields);
+    Answer const answer = ask();
     EXPECT_EQ(answer.status, 200);
     Html html(answer.body);
     bool const success = expected.failure.empty();

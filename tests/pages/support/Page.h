@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -70,6 +71,8 @@ class PageTest : public testing::Test {
     /// Posts the good values of a form with the changes of a case and expects what the case says. "#ID" in
     /// the place of a field's name is the name that the page gave the input.
     Html Expect(Fields const &good, Case const &expected);
+    /// The same of another way to ask, which \a what describes.
+    Html ExpectAnswer(std::string const &what, std::function<Answer()> const &ask, Case const &expected);
     /// The same for many.
     void Run(Fields const &good, std::vector<Case> const &cases);
     void StopsAt(Fields const &good, std::vector<Stop> const &cases, Strings const &commands = {});
