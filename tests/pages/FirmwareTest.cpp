@@ -1,13 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <filesystem>
 #include <optional>
 #include <thread>
 
-#include "tests/pages/support/Browser.h"
-#include "tests/pages/support/Device.h"
-#include "tests/pages/support/Html.h"
+#include "tests/pages/support/Page.h"
 
 namespace pages {
 
@@ -15,12 +11,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char firmwarePage[] = "/config/settings/firmware";
 constexpr char statusPage[] = "/config/settings/firmware_upgrade_status";
 constexpr char toolLock[] = "/tmp/fwtool_6v1Znb.lock";
 constexpr char toolStatus[] = "/tmp/fwtool_status.txt";
 constexpr char uploads[] = "/var/lib/webconfig/uploads";
 
+constexpr char wrongLength[] = "Invalid file length; minimum 1, maximum 314572800 bytes.";
 constexpr char staticFailure[] =
     "//div[contains(@class,'failure') and contains(@class,'static') and contains(@class,'form_result_msg')]";
 
@@ -28,8 +24,8 @@ std::string const magic = "\xD0\x0D\xFE\xED";
 std::string const octets = "application/octet-stream";
 
 /// The saved images, in memory or on disk.
-std::vector<std::string> Images() {
-    std::vector<std::string> images;
+Strings Images() {
+    Strings images;
     for (auto const &entry : fs::directory_iterator("/tmp")) {
         if (entry.path().filename().string().starts_with("firmware"))
             images.push_back(entry.path());
@@ -45,20 +41,20 @@ bool BecomesEmpty(char const *folder) {
 }
 
 bool IsProgress(Answer const &answer) {
-    Html const page(answer.body);
-    return answer.status == 200 && page.One("//h2[@id='config_page_title']") == " Firmware " &&
-           page.Count("//div[@class='progress_block hiddenOnLoad']//div[@id='progressbar']") == 1 &&
-           page.Count("//form") == 0;
+    Html const html(answer.body);
+    return answer.status == 200 && html.One("//h2[@id='config_page_title']") == " Firmware " &&
+           html.Count("//div[@class='progress_block hiddenOnLoad']//div[@id='progressbar']") == 1 &&
+           html.Count("//form") == 0;
 }
 
-class FirmwareTest : public testing::Test {
+class FirmwareTest : public PageTest {
   protected:
+    FirmwareTest() : PageTest({"/config/settings/firmware", "", {}}) {}
+
     Answer Send(std::string const &content, std::string const &name, std::string const &type = octets) {
         device::TemporaryFile const file("/var/tmp/image", content);
-        return browser.PostFile(firmwarePage, Upload{"fwupload", name, type, "/var/tmp/image"});
+        return browser.PostFile(page.path, Upload{"fwupload", name, type, "/var/tmp/image"});
     }
-
-    Browser browser{device::address};
 };
 
 /// Where the device has no firmware tool of its own, or the test must not run it.
@@ -70,62 +66,61 @@ constexpr char firmwareTool[] = "/usr/bin/fwtool";
 TEST_F(FirmwareTest, ShowsVersionsAndTheToolsStatus) {
     device::RecordingProgram const versions(versionTool, "echo '1.2.3 <rootfs> & more'");
     device::RecordingProgram const tool(firmwareTool, "echo tool says \"$@\"");
-    Html const page(browser.Get(firmwarePage).body);
-    EXPECT_EQ(page.All("//div[@id='tabcontainer']/ul/li/a/@href"),
-              (std::vector<std::string>{"#config_tab", "#status_tab"}));
-    EXPECT_EQ(page.One("//div[@id='conf_hw_platform' and @name='platform']"), "brq4");
+    Html const html(browser.Get(page.path).body);
+    EXPECT_EQ(html.All("//div[@id='tabcontainer']/ul/li/a/@href"), (Strings{"#config_tab", "#status_tab"}));
+    EXPECT_EQ(html.One("//div[@id='conf_hw_platform' and @name='platform']"), "brq4");
     std::string const form = "//div[@id='component_config']/form[@enctype='multipart/form-data']";
-    EXPECT_EQ(page.One(form + "/@action"), firmwarePage);
-    EXPECT_EQ(page.One(form + "//tr[th='Firmware Version(s)']/td/pre"), "1.2.3 <rootfs> & more\n");
-    EXPECT_EQ(page.One(form + "//input[@type='file']/@id"), "cfg_frw_file");
-    EXPECT_EQ(page.One(form + "//input[@type='submit']/@value"), "Load Firmware");
-    EXPECT_EQ(page.All("//div[@id='component_status']//h3"),
-              (std::vector<std::string>{"Firmware Version(s)", "FW Tool", "Base"}));
-    EXPECT_EQ(page.All("//div[@id='component_status']//pre"),
-              (std::vector<std::string>{"1.2.3 <rootfs> & more\n", "tool says -s\n"}));
-    EXPECT_EQ(page.Count("//div[contains(@class,'form_result_msg')]"), 0U);
+    EXPECT_EQ(html.One(form + "/@action"), page.path);
+    EXPECT_EQ(html.One(form + "//tr[th='Firmware Version(s)']/td/pre"), "1.2.3 <rootfs> & more\n");
+    EXPECT_EQ(html.One(form + "//input[@type='file']/@id"), "cfg_frw_file");
+    EXPECT_EQ(html.One(form + "//input[@type='submit']/@value"), "Load Firmware");
+    EXPECT_EQ(html.All("//div[@id='component_status']//h3"),
+              (Strings{"Firmware Version(s)", "FW Tool", "Base"}));
+    EXPECT_EQ(html.All("//div[@id='component_status']//pre"),
+              (Strings{"1.2.3 <rootfs> & more\n", "tool says -s\n"}));
+    EXPECT_EQ(html.Count("//div[contains(@class,'form_result_msg')]"), 0U);
 }
 
 TEST_F(FirmwareTest, UnknownVersionsAndAFailedUpgradeAreTold) {
     device::RecordingProgram const none(versionTool, "true");
-    Html const unknown(browser.Get(firmwarePage).body);
+    Html const unknown(browser.Get(page.path).body);
     EXPECT_EQ(unknown.One("//div[@id='component_config']//pre"), "n/a");
     EXPECT_EQ(unknown.One(staticFailure), "Unknown firmware version(s)");
 
-    Html const failed(browser.Get(std::string(firmwarePage) + "?type=failedUpgrade").body);
+    Html const failed(browser.Get(page.path + "?type=failedUpgrade").body);
     EXPECT_EQ(failed.One(staticFailure), "Firmware upgrade failed");
     EXPECT_EQ(failed.Count("//input[@type='file']"), 1U);
 }
 
 TEST_F(FirmwareTest, RefusesWhatIsNoImageAndKeepsNoFile) {
+    std::string const noImage = "This is not a firmware image; its name ends in .bin or .itb";
+    Strings const resumed = {versionTool, std::string(firmwareTool) + " -s",
+                             "/usr/bin/supvis --resume deployer"};
     struct {
         std::string content;
-        std::string name;
-        std::string type;
-        std::string message;
+        char const *name;
     } const cases[] = {
-        {magic, "image.tar", octets, invalid},
-        {magic, "image.bin.exe", octets, invalid},
-        {magic, "imagebin", octets, invalid},
-        {"\xD0\x0D\xFE", "image.bin", octets, invalid},
-        {"x" + magic, "image.bin", octets, invalid},
-        {"", "image.bin", octets, invalid},
-        {"", "", octets, invalid},
-        {magic, "image.itb", "text/plain", notSaved},
+        {magic, "image.tar"},
+        {magic, "image.bin.exe"},
+        {magic, "imagebin"},
+        {"\xD0\x0D\xFE", "image.bin"},
+        {"x" + magic, "image.bin"},
+        {"", "image.bin"},
+        {"", ""},
     };
-    for (auto const &c : cases) {
-        device::TakeCommands();
-        Html const page(Send(c.content, c.name, c.type).body);
-        EXPECT_EQ(device::TakeCommands().back(), "/usr/bin/supvis --resume deployer") << "it was suspended";
-        EXPECT_EQ(page.One("//div[contains(@class,'failure')]"), c.message) << c.name << ' ' << c.type;
-        bool const marked = page.Count("//tr[@class='cppcms_error_msg']//input[@id='cfg_frw_file']") == 1;
-        EXPECT_EQ(marked, c.message == invalid) << c.name;
+    for (auto const &[content, name] : cases) {
+        Html const html = ExpectAnswer(
+            name, [&] { return Send(content, name); },
+            {.failure = invalid, .errors = {content.empty() ? wrongLength : noImage}, .commands = resumed});
+        EXPECT_EQ(html.Count("//tr[@class='cppcms_error_msg']//input[@id='cfg_frw_file']"), 1U);
     }
-    EXPECT_TRUE(device::WaitForText("/var/log/messages", "Unrecognized firmware MIME type text/plain"));
+    ExpectAnswer(
+        "text", [&] { return Send(magic, "image.itb", "text/plain"); },
+        {.failure = notSaved, .commands = resumed, .logged = "Unrecognized firmware MIME type text/plain"});
 
-    Html const noFile(browser.Post(firmwarePage, Fields{{"_2", "Load Firmware"}}).body);
+    Html const noFile(browser.Post(page.path, Fields{{"_2", "Load Firmware"}}).body);
     EXPECT_EQ(noFile.One("//div[contains(@class,'failure')]"), invalid);
-    EXPECT_EQ(Images(), std::vector<std::string>{});
+    EXPECT_EQ(Images(), Strings());
     EXPECT_TRUE(BecomesEmpty(uploads));
 }
 
@@ -134,25 +129,24 @@ TEST_F(FirmwareTest, RefusesMoreThanThreeHundredMegabytes) {
     device::TemporaryFile const file("/var/tmp/large/image", magic);
     fs::resize_file("/var/tmp/large/image", (300U << 20) + 1);
     Answer const answer =
-        browser.PostFile(firmwarePage, Upload{"fwupload", "image.bin", octets, "/var/tmp/large/image"});
-    EXPECT_EQ(Html(answer.body).One("//span[@class='cppcms_error_msg']"),
-              "Invalid file length; minimum 1, maximum 314572800 bytes.");
+        browser.PostFile(page.path, Upload{"fwupload", "image.bin", octets, "/var/tmp/large/image"});
+    EXPECT_EQ(Html(answer.body).One("//span[@class='cppcms_error_msg']"), wrongLength);
     EXPECT_TRUE(BecomesEmpty(uploads));
 }
 
 TEST_F(FirmwareTest, WhileTheToolHoldsItsLockEveryPageIsTheProgress) {
     Answer const idle = browser.Get(statusPage);
     EXPECT_EQ(idle.status, 302);
-    EXPECT_EQ(idle.location, std::string(device::address) + firmwarePage);
+    EXPECT_EQ(idle.location, std::string(device::address) + page.path);
 
     device::TemporaryFile const file(toolLock);
     EXPECT_EQ(browser.Get(statusPage).status, 302) << "the file alone is no upgrade";
     device::HeldLock lock(toolLock);
-    for (char const *path :
-         {"/config/", firmwarePage, statusPage, "/config/settings/reboot", "/config/nothing"})
+    for (auto const &path :
+         Strings{"/config/", page.path, statusPage, "/config/settings/reboot", "/config/nothing"})
         EXPECT_TRUE(IsProgress(browser.Get(path))) << path;
     EXPECT_TRUE(IsProgress(Send(magic, "image.bin")));
-    EXPECT_EQ(Images(), std::vector<std::string>{}) << "an upgrade runs already";
+    EXPECT_EQ(Images(), Strings()) << "an upgrade runs already";
     lock.Release();
     EXPECT_FALSE(IsProgress(browser.Get("/config/")));
 }
@@ -166,7 +160,7 @@ class UpgradeTest : public FirmwareTest {
   protected:
     UpgradeTest() {
         browser = Browser("http://127.0.0.1:" + std::to_string(port));
-        process.emplace(device::Configuration(port), std::vector<std::string>{"MOUNT_DIR="});
+        process.emplace(device::Configuration(port), Strings{"MOUNT_DIR="});
         EXPECT_TRUE(browser.WaitUntilUp());
     }
     ~UpgradeTest() override {
@@ -205,11 +199,11 @@ TEST_F(UpgradeTest, AnImageIsSavedAndTheServiceReloadsToStartTheUpgrade) {
 TEST_F(UpgradeTest, AnImageThatCannotBeSavedLeavesTheServiceAsItWas) {
     for (int i = 0; i < 10000; ++i)
         fs::create_symlink("/tmp/victim", "/tmp/firmware" + std::to_string(i));
-    Html const page(Send(magic, "image.bin").body);
+    Html const html(Send(magic, "image.bin").body);
     EXPECT_EQ(Images().size(), 10000U);
     device::Shell("find /tmp -name 'firmware*' -delete");
     EXPECT_FALSE(fs::exists("/tmp/victim"));
-    EXPECT_EQ(page.One("//div[contains(@class,'failure')]"), notSaved);
+    EXPECT_EQ(html.One("//div[contains(@class,'failure')]"), notSaved);
     EXPECT_TRUE(process->WaitForLog("Firmware image not saved: "));
     EXPECT_FALSE(fs::exists("/tmp/webconfig_fwsugd_flag"));
     EXPECT_EQ(browser.Get("/config/").status, 200);
