@@ -16,6 +16,7 @@ class Ethernet1Test : public PageTest {
                      {"advertise_speed", "15, i"}},
                     {"/usr/sbin/iw dev", "/usr/sbin/pppstats"},
                     "Ethernet 1 settings updated, reboot to take effect",
+                    {},
                     true}) {}
 
     Fields const form = {{"addressMode", "static"}, {"ipAddress", "10.1.2.3"}, {"netmask", "255.240.0.0"},

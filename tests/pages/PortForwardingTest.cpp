@@ -9,7 +9,6 @@ constexpr char presetExists[] =
 constexpr char ruleExists[] =
     "Port forward rule not added. User rule exists with same protocol and source port.";
 
-Strings const applied = {"/etc/nat_setup.sh web_forwarding"};
 Strings const preset = {"TCP 8002 192.168.0.100 8002 ", "TCP 8003 192.168.0.101 8003 ",
                         "TCP 8800 192.168.0.20 80 "};
 
@@ -32,7 +31,12 @@ Fields const save = {{"save", "Save"}};
 class PortForwardingTest : public PageTest {
   protected:
     PortForwardingTest()
-        : PageTest({"/config/network/port_forwarding", "net/", {{"vnc/port", none}, {"vnc/ipaddr", none}}}) {}
+        : PageTest({"/config/network/port_forwarding",
+                    "net/",
+                    {{"vnc/port", none}, {"vnc/ipaddr", none}},
+                    {},
+                    saved,
+                    {"/etc/nat_setup.sh web_forwarding"}}) {}
 
     /// The rules that a table shows, one a line, without the row to add one.
     static Strings Shown(Html const &html, std::string const &heading) {
@@ -83,7 +87,6 @@ TEST_F(PortForwardingTest, AddedRulesAreSortedStoredAndApplied) {
         Settings const rule = Rule(folder, row[3], row[4]);
         Expect(Form(row, add), {.before = all,
                                 .written = rule,
-                                .commands = applied,
                                 .shown = {{"cfg_pfwadd_src_port", ""}, {"cfg_pfwadd_dest_ip", ""}}});
         all.insert(rule.begin(), rule.end());
     }
@@ -145,13 +148,11 @@ TEST_F(PortForwardingTest, EditingOpensTheRowAndCancellingClosesIt) {
 
 TEST_F(PortForwardingTest, SavingReplacesTheRuleOfTheNewKeyOnly) {
     Fields const good = Form({"0", "tcp", "80", "192.168.0.6", "8080"}, save);
-    Html const same = Expect(
-        good, {.before = one, .written = Rule("tcp/00080", "192.168.0.6", "8080"), .commands = applied});
+    Html const same = Expect(good, {.before = one, .written = Rule("tcp/00080", "192.168.0.6", "8080")});
     EXPECT_EQ(same.Count("//*[@id='row_0']//input[@name='edit']"), 1U) << "the row is closed";
     Expect(good, {.before = one,
                   .fields = {{"sourcePort", "81"}},  // the rule of the old port stays
-                  .written = Rule("tcp/00081", "192.168.0.6", "8080"),
-                  .commands = applied});
+                  .written = Rule("tcp/00081", "192.168.0.6", "8080")});
 }
 
 TEST_F(PortForwardingTest, AFailedSaveKeepsTheRowOpenWithItsOldValues) {
@@ -187,13 +188,23 @@ TEST_F(PortForwardingTest, DeletingTakesTheRowAndAlwaysApplies) {
     before.merge(Rule("udp/00080", "192.168.0.5", "80"));
     Fields const press = {{"delete", "Delete"}};
     for (char const *row : {"2", "-1", "x", "", "99999999999999999999"})
-        Expect(press, {.before = before, .fields = {{"rowId", row}}, .success = "", .commands = applied});
+        Expect(press,
+               {.before = before, .fields = {{"rowId", row}}, .success = "", .commands = page.applies});
     Html const html = Expect(press, {.before = before,
                                      .fields = {{"rowId", "0"}},
                                      .success = "",
                                      .written = Rule("tcp/00080", none, none),
-                                     .commands = applied});
+                                     .commands = page.applies});
     EXPECT_EQ(Shown(html, "User Rules"), Strings{"UDP 80 192.168.0.5 80 "});
+    // Sent twice: the row has the next rule by now.
+    Settings const next = Rule("udp/00080", "192.168.0.5", "80");
+    Fields const row = {{"sourcePort", "80"}, {"rowId", "0"}, {"delete", "Delete"}};
+    Run(row, {{.before = next, .fields = {{"protocol", "tcp"}}, .success = "", .commands = page.applies},
+              {.before = next,
+               .fields = {{"protocol", "udp"}},
+               .success = "",
+               .written = Rule("udp/00080", none, none),
+               .commands = page.applies}});
 }
 
 TEST_F(PortForwardingTest, BadStoredEntriesAreSkippedAndHalfRulesShown) {
@@ -225,7 +236,6 @@ TEST_F(PortForwardingTest, AStoreThatRefusesIsNotTold) {
     Expect(Form({"0", "tcp", "80", "192.168.0.5", "80"}, add),
            {.refused = "portfwd/tcp/00080/d_ip",
             .written = {{"portfwd/tcp/00080/d_port", "80"}},
-            .commands = applied,
             .logged = "PortForwarding rule tcp 80 could not be stored"});
 }
 

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -7,9 +6,7 @@
 #include <future>
 #include <thread>
 
-#include "tests/pages/support/Browser.h"
-#include "tests/pages/support/Device.h"
-#include "tests/pages/support/Html.h"
+#include "tests/pages/support/Page.h"
 
 namespace pages {
 
@@ -61,10 +58,8 @@ class StalledClient {
 }  // namespace
 
 TEST(SaveTest, SavesAtTheSameTimeDoNotMixWhatIsStoredAndWhatIsInEffect) {
-    device::KeptParameters const kept("net/wifi");
-    device::KeptParameters const digest("system/digest");
-    device::Shell(
-        "prm set net/wifi/vendor laird; prm set net/wifi/region_code FCC; prm set net/wifi/country US");
+    device::KeptStore const store;
+    store.Set({{"net/wifi/vendor", "laird"}, {"net/wifi/region_code", "FCC"}, {"net/wifi/country", "US"}});
     std::string const account = device::Shell("getent shadow root | cut -d: -f1,2");
     for (int round = 0; round < 8; ++round) {
         std::string const number = std::to_string(round);
@@ -91,7 +86,7 @@ TEST(SaveTest, SavesAtTheSameTimeDoNotMixWhatIsStoredAndWhatIsInEffect) {
 }
 
 TEST(SaveTest, PagesThatShowNeverWaitForASave) {
-    device::KeptParameters const kept("net/wifi");
+    device::KeptStore const store;
     device::RecordingProgram const held("/etc/init.d/network_funcs.sh",
                                         "until [ -e /tmp/applied ]; do sleep 0.05; done");
     Browser browser(device::address);
@@ -110,8 +105,8 @@ TEST(SaveTest, PagesThatShowNeverWaitForASave) {
 
 TEST(SaveTest, ADownloadThatStallsHoldsNoSave) {
     constexpr int port = 9103;
-    device::KeptParameters const kept("syslogd");
-    device::Shell("prm set syslogd/persistent yes; mkdir -p /home/root/log");
+    device::KeptStore const store;
+    store.Set({{"syslogd/persistent", "yes"}});
     device::TemporaryFile const log("/home/root/log/messages", std::string(32 << 20, '\n'));
     device::Process const process(device::Configuration(port));
     Browser browser("http://127.0.0.1:" + std::to_string(port));

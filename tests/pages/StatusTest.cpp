@@ -94,7 +94,6 @@ TEST(StatusTest, FirmwareUpgradeStatus) {
     device::Shell(std::string("rm -f ") + firmwareStatus);
 }
 
-
 TEST(StatusTest, PreparingAnUpgradeAnswersTheRawStatusOfTheCommand) {
     Browser browser(device::address);
     device::Shell("$APPLICATION_DIR/etc/rcS.d/deployer start");  // an upgrade may have stopped it

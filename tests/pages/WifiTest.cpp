@@ -31,7 +31,7 @@ struct Wrong {
 
 class WifiTest : public PageTest {
   protected:
-    explicit WifiTest(std::string const &path)
+    WifiTest(std::string const &path, Strings const &applies)
         : PageTest({path,
                     "net/wifi/",
                     {{"vendor", "laird"},
@@ -49,7 +49,8 @@ class WifiTest : public PageTest {
                      {"client/eap/password", ""},
                      {"client/mobile_qx", "no"}},
                     {},
-                    "Configuration saved successfully"}) {
+                    "Configuration saved successfully",
+                    applies}) {
         browser.Get(path);  // the countries are read once, for the domain set then
         device::TakeCommands();
     }
@@ -80,18 +81,17 @@ class WifiTest : public PageTest {
 
 class AccessPointTest : public WifiTest {
   protected:
-    AccessPointTest() : WifiTest("/config/network/access_point") {}
+    AccessPointTest() : WifiTest("/config/network/access_point", {applyAccessPoint}) {}
 
     Fields const form = {{"apEnabled", "y"},       {"apCountryCode", "US"}, {"apCountryCode", "US"},
                          {"apChannel", "11:2462"}, {"apEssId", "field"},    {"apPassPhrase", ""},
                          {"apSubmit", "Save"}};
     Settings const on = {{"ap/enabled", "yes"}, {"ap/channel", "11:2462"}};
-    Strings const applied = {applyAccessPoint};
 };
 
 class WlanTest : public WifiTest {
   protected:
-    WlanTest() : WifiTest("/config/network/wlan") {}
+    WlanTest() : WifiTest("/config/network/wlan", {applyClient, applyRules}) {}
 
     Fields const form = {{"wlanEnabled", "y"},    {"wlanEssId", "plant"}, {"wlanCountryCode", "US"},
                          {"wlanSecurity", "wpa"}, {"wlanIdentity", ""},   {"wlanPassPhrase", ""},
@@ -99,7 +99,6 @@ class WlanTest : public WifiTest {
     Fields const enterprise = {
         {"wlanSecurity", "wpa_eap"}, {"wlanIdentity", "user"}, {"wlanPassPhrase", "password"}};
     Settings const on = {{"client/enabled", "yes"}};
-    Strings const applied = {applyClient, applyRules};
 };
 
 }  // namespace
@@ -124,22 +123,19 @@ TEST_F(AccessPointTest, StoresWhatChangedAndAppliesIt) {
         {"ap/enabled", "yes"}, {"ap/essid", ssid}, {"ap/wpa_psk", Key(ssid, passPhrase)}};
     Settings country = on;
     country["country"] = "US";
-    Run(form, {{.fields = {{"apEnabled", none}, {"apEssId", "other"}}, .commands = applied},
-               {.written = on, .commands = applied},
-               {.before = on,
-                .fields = {{"apEnabled", none}},
-                .written = {{"ap/enabled", "no"}},
-                .commands = applied},
-               {.fields = other, .written = stored, .commands = applied, .shown = {{"ap_pass_phrase", ""}}},
-               {.before = stored, .fields = other, .commands = applied},
+    Run(form, {{.fields = {{"apEnabled", none}, {"apEssId", "other"}}},
+               {.written = on},
+               {.before = on, .fields = {{"apEnabled", none}}, .written = {{"ap/enabled", "no"}}},
+               {.fields = other, .written = stored, .shown = {{"ap_pass_phrase", ""}}},
+               {.before = stored, .fields = other},
                // Switching off writes the switch only.
-               {.before = {{"country", "XX"}}, .fields = {{"apEnabled", none}}, .commands = applied},
-               {.before = {{"country", "XX"}}, .written = country, .commands = applied}});
+               {.before = {{"country", "XX"}}, .fields = {{"apEnabled", none}}},
+               {.before = {{"country", "XX"}}, .written = country}});
     for (std::size_t const length : {8, 63}) {
         std::string const phrase(length, 'x');
         Settings written = on;
         written["ap/wpa_psk"] = Key("field", phrase);
-        Expect(form, {.fields = {{"apPassPhrase", phrase}}, .written = written, .commands = applied});
+        Expect(form, {.fields = {{"apPassPhrase", phrase}}, .written = written});
     }
     StopsAt(With(form, {{"apEssId", "other"}, {"apPassPhrase", "password"}}),
             {{"ap/essid", {}},
@@ -190,15 +186,14 @@ TEST_F(AccessPointTest, ALairdModuleHasNoAccessPointOn5GHzBesideTheClient) {
         Settings written = {{"ap/enabled", "yes"}};
         if (channel != std::string("11:2462"))
             written["ap/channel"] = "11:2462";
-        Expect(form, refused ? expected : Case{.before = before, .written = written, .commands = applied});
+        Expect(form, refused ? expected : Case{.before = before, .written = written});
         EXPECT_NE(browser.Get(page.path).body.find(std::string("apChannelReadOnly = ") + readOnly + ';'),
                   std::string::npos)
             << channel;
     }
     Expect(form, {.before = {{"vendor", "other"}},
                   .fields = {{"apChannel", "0:"}},  // other modules choose it themselves
-                  .written = {{"ap/enabled", "yes"}, {"ap/channel", "0:"}},
-                  .commands = applied});
+                  .written = {{"ap/enabled", "yes"}, {"ap/channel", "0:"}}});
 }
 
 TEST_F(AccessPointTest, AFailedScriptIsToldAndTakesNothingBack) {
@@ -206,10 +201,10 @@ TEST_F(AccessPointTest, AFailedScriptIsToldAndTakesNothingBack) {
     std::string const message = "Failed to configure access point. Error 'Invalid argument'";
     Run(form, {{.failure = message,
                 .written = on,
-                .commands = applied,
+                .commands = page.applies,
                 .shown = {{"ap_enabled", ""}},  // it was switched on, in vain
                 .logged = message},
-               {.before = on, .failure = message, .commands = applied, .shown = {{"ap_enabled", "y"}}}});
+               {.before = on, .failure = message, .commands = page.applies, .shown = {{"ap_enabled", "y"}}}});
 }
 
 TEST_F(WlanTest, ShowsTheStoredSettings) {
@@ -236,36 +231,28 @@ TEST_F(WlanTest, StoresWhatChangedAndAppliesItWithTheRules) {
         {"client/security", "wpa_eap"},
         {"client/eap/identity", "user"},
         {"client/eap/password", "hash:8846f7eaee8fb117ad06bdd830b7586c" + std::string(1, '\0')}};
-    Run(form, {{.fields = {{"wlanEnabled", none}, {"wlanEssId", "other"}}, .commands = applied},
-               {.written = on, .commands = applied},
+    Run(form, {{.fields = {{"wlanEnabled", none}, {"wlanEssId", "other"}}},
+               {.written = on},
                // The other page's: it stays as long as nobody chooses.
-               {.before = {{"country", "XX"}}, .written = on, .commands = applied},
-               {.before = on,
-                .fields = {{"wlanMobileQx", "y"}},
-                .written = {{"client/mobile_qx", "yes"}},
-                .commands = applied},
-               {.fields = enterprise, .written = user, .commands = applied},
-               {.before = user, .fields = With(enterprise, {{"wlanPassPhrase", ""}}), .commands = applied},
+               {.before = {{"country", "XX"}}, .written = on},
+               {.before = on, .fields = {{"wlanMobileQx", "y"}}, .written = {{"client/mobile_qx", "yes"}}},
+               {.fields = enterprise, .written = user},
+               {.before = user, .fields = With(enterprise, {{"wlanPassPhrase", ""}})},
                {.before = user,
                 .fields = {{"wlanEssId", "other"}, {"wlanPassPhrase", "password"}},
                 .written = {{"client/essid", "other"},
                             {"client/wpa_psk", Key("other", "password")},
-                            {"client/security", "wpa"}},
-                .commands = applied},
+                            {"client/security", "wpa"}}},
                {.before = on,
                 .fields = {{"wlanEssId", "open"}, {"wlanSecurity", "none"}},
-                .written = {{"client/wpa_psk", ""}, {"client/security", "none"}, {"client/essid", "open"}},
-                .commands = applied},
-               {.before = on,
-                .fields = {{"wlanEnabled", none}},
-                .written = {{"client/enabled", "no"}},
-                .commands = applied}});
+                .written = {{"client/wpa_psk", ""}, {"client/security", "none"}, {"client/essid", "open"}}},
+               {.before = on, .fields = {{"wlanEnabled", none}}, .written = {{"client/enabled", "no"}}}});
     StopsAt(With(form, {{"wlanSecurity", "none"}, {"wlanEssId", "other"}}),
             {{"client/enabled", {{"client/wpa_psk", ""}, {"client/security", "none"}}}});
     device::TemporaryFile const failure(script, "22");
     Expect(form, {.failure = "Failed to configure WLAN client. Error 'Invalid argument'",
                   .written = on,
-                  .commands = applied});
+                  .commands = page.applies});
 }
 
 TEST_F(WlanTest, BadInputIsRefused) {

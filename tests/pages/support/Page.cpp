@@ -86,15 +86,18 @@ Html PageTest::ExpectAnswer(std::string const &what, std::function<Answer()> con
     EXPECT_EQ(answer.status, 200);
     Html html(answer.body);
     bool const success = expected.failure.empty();
+    bool const own = success && !expected.success;
     std::string const text = success ? expected.success.value_or(page.success) : expected.failure;
     EXPECT_EQ(html.All(anyMessage), text.empty() ? Strings() : Strings{text});
     EXPECT_EQ(html.Count(failureMessage), success ? 0U : 1U);
     EXPECT_EQ(html.All(fieldErrors), expected.errors);
     EXPECT_EQ(device::KeptStore::Changes(before), device::Exported(Below(page.folder, expected.written)));
     Strings commands = expected.commands;
+    if (commands == Strings{usual})
+        commands = own ? page.applies : Strings();
     commands.insert(commands.end(), page.diagnoses.begin(), page.diagnoses.end());
     EXPECT_EQ(device::TakeCommands(), commands);
-    bool const reboot = expected.reboot || (success && page.reboots);
+    bool const reboot = expected.reboot || (own && page.reboots);
     EXPECT_EQ(std::filesystem::remove(rebootFlag), reboot);
     EXPECT_EQ(html.Count("//div[@id='alertsBox']"), reboot ? 1U : 0U);
     for (auto const &[element, value] : expected.shown)

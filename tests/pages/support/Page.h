@@ -20,30 +20,34 @@ using device::Settings;
 /// \a fields with \a changes: what they name is left out first, and added where it has a value.
 Fields With(Fields fields, Fields const &changes);
 
+/// In the place of commands: those of the page.
+inline constexpr char usual[] = "(usual)";
+
 /// What is true of a page in all its cases.
 struct Page {
     std::string path;
     std::string folder;           // what the names of the settings begin with
     Settings settings;            // the parameters before each case
     Strings diagnoses = {};       // commands that each answer runs
-    std::string success = saved;  // what it says
-    bool reboots = false;         // and whether it then tells the operator to reboot
+    std::string success = saved;  // what a success says,
+    Strings applies = {};         // which commands it runs,
+    bool reboots = false;         // and whether it tells the operator to reboot
 };
 
 /// Something that is posted to a page, and all that comes of it.
 struct Case {
-    Settings before = {};      // other settings
-    Fields fields = {};        // changes of the form's good values
-    std::string refused = {};  // the parameter that the store refuses to write
-    std::string failure = {};  // the text of the result box, in the place of the page's for a success
-    std::optional<std::string> success = {};  // another one; "" where there is no box
+    Settings before = {};                     // other settings
+    Fields fields = {};                       // changes of the form's good values
+    std::string refused = {};                 // the parameter that the store refuses to write
+    std::string failure = {};                 // what a failure says, instead of the page's own success
+    std::optional<std::string> success = {};  // another text; "" where there is no result box
     Strings errors = {};                      // at the fields
     Settings written = {};                    // what has changed in the whole store
-    Strings commands = {};
-    bool reboot = false;      // whether the operator is told to reboot here too
-    Fields shown = {};        // inputs in the answer: their ids (see Html::Value) and values
-    std::string tab = {};     // the number of the open one
-    std::string logged = {};  // part of a line
+    Strings commands = {usual};               // others than those of the page's own success
+    bool reboot = false;                      // whether it tells the operator to reboot all the same
+    Fields shown = {};                        // elements (see Html::Value) and what they show
+    std::string tab = {};                     // the number of the open one
+    std::string logged = {};                  // part of a line
 };
 
 /// A parameter that the store refuses to write, and what has been written before.
