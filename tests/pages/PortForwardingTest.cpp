@@ -114,7 +114,11 @@ TEST_F(PortForwardingTest, DuplicatesAndBadValuesAreNotAdded) {
                    {"destinationIP", "$(reboot)", address},
                    {"destinationIP", "192.168.0.256", address},
                    {"destinationPort", "", port},
-                   {"destinationPort", "<i>80</i>", port}});
+                   {"destinationPort", "<i>80</i>", port},
+                   {"sourcePort", "-1", port},
+                   {"sourcePort", "+81", port},
+                   {"destinationPort", "-4294967295", port},
+                   {"destinationPort", " -0", port}});
     Expect(add, {.failure = invalid,
                  .errors = {"This field is required", "Invalid port", "Invalid IP address", "Invalid port"}});
     Expect(good, {.fields = {{"protocol", "udp"}, {"protocol", "tcp"}},
@@ -170,6 +174,7 @@ TEST_F(PortForwardingTest, AFailedSaveKeepsTheRowOpenWithItsOldValues) {
     } const cases[] = {
         {{{"destinationIP", "192.168.0.300"}}, invalid, {"Invalid IP address"}},
         {{{"sourcePort", "x"}}, invalid, {"Invalid port"}},
+        {{{"sourcePort", "-4294967206"}}, invalid, {"Invalid port"}},
         {{{"sourcePort", "90"}}, ruleExists, {}},
         {{{"sourcePort", "8003"}}, presetExists, {}},
     };

@@ -12,6 +12,7 @@ constexpr char applyRules[] = "/etc/nat_setup.sh wlan";
 constexpr char script[] = "/etc/fail/network_funcs.sh";
 
 std::string const storedKey(64, 'a');
+Settings const etsi = {{"region_code", "ETSI"}, {"country", "FR"}};
 Strings const ssidLength = {"Invalid length; minimum 1, maximum 32"};
 Strings const noCountry = {"This country is not available"};
 
@@ -277,6 +278,15 @@ TEST_F(WlanTest, BadInputIsRefused) {
                   .shown = {{"wlan_ess_id", "other"}, {"wlan_security", "wpa_eap"}}});
 }
 
+TEST_F(WlanTest, AnotherNetworkNeedsAPassPhraseOfItsOwn) {
+    // With its enterprise security, the stored key is that of the network before.
+    ExpectWrong(form,
+                {{{{"wlanEssId", "other"}},
+                  {"Invalid length, minimum 8 if security type is not 'None'"},
+                  {"wlan_pass_phrase"}}},
+                {{"client/essid", "other"}, {"client/security", "wpa_eap"}});
+}
+
 TEST_F(WlanTest, TheCountriesAreThoseOfTheModulesDomain) {
     struct {
         char const *vendor;
@@ -297,6 +307,33 @@ TEST_F(WlanTest, TheCountriesAreThoseOfTheModulesDomain) {
         bool const locked = body.find("wlanCountryLocked = true") != std::string::npos;
         EXPECT_EQ(locked, countries.size() == 1) << domain;
     }
+}
+
+TEST_F(WlanTest, ARefusedSaveKeepsTheCountryAsChosen) {
+    UseModule("laird", "ETSI");
+    Expect(form,
+           {.before = etsi,
+            .fields = {{"wlanCountryCode", "GB"}, {"wlanCountryCode", "GB"}, {"wlanPassPhrase", "short"}},
+            .failure = invalid,
+            .errors = {"Invalid length, minimum 8 if security type is not 'None'"},
+            .shown = {{"wlan_country_code", "GB"}, {"wlan_country_code_copy", "GB"}}});
+}
+
+TEST_F(AccessPointTest, ARefusedSaveKeepsCountryAndChannelAsChosen) {
+    UseModule("laird", "ETSI");
+    // As scripts leave it: the select and its copy.
+    Fields const british = {{"apCountryCode", "GB"}, {"apCountryCode", "GB"}};
+    Fields const shown = {{"ap_country_code", "GB"}, {"ap_country_code_copy", "GB"}};
+    Run(With(form, british), {{.before = etsi,
+                               .fields = {{"apChannel", "36:5180"}, {"apPassPhrase", "short"}},
+                               .failure = invalid,
+                               .errors = {"Invalid length"},
+                               .shown = With(shown, {{"ap_channel_copy", "36:5180"}})},
+                              {.before = etsi,
+                               .fields = {{"apChannel", "40:5200"}, {"apEssId", std::string(33, 'x')}},
+                               .failure = invalid,
+                               .errors = ssidLength,
+                               .shown = With(shown, {{"ap_channel_copy", "40:5200"}})}});
 }
 
 }  // namespace pages
