@@ -150,7 +150,7 @@ TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
     for (std::string const password :
          {"plain-1", "two words", "a\"b$(touch /tmp/run)`c`", R"(back\slash\n\\end)", "it's; rm -rf x",
           "-n -e x", "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F!"}) {
-        device::TemporaryFile const account("/tmp/account", "admin:Orvane Configuration Tool:" + password);
+        device::ReplacedFile const account("/tmp/account", "admin:Orvane Configuration Tool:" + password);
         Expect(Password("Web", password),
                {.written = {{"webman/digest/admin", device::Shell("md5sum </tmp/account | head -c 32")}},
                 .commands = {"/usr/sbin/lighttpd_set_passwd.sh", natSetup},
@@ -160,7 +160,7 @@ TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
 }
 
 TEST_F(AdvancedTest, TheRootPasswordIsHashedStoredAndSet) {
-    device::TemporaryFile const before("/tmp/root_before", device::Shell("grep ^root: /etc/shadow"));
+    device::ReplacedFile const before("/tmp/root_before", device::Shell("grep ^root: /etc/shadow"));
     for (std::string const password : {"it's \"$HOME\" \\n", "-5 Sterne", "--help"}) {
         Html const html(browser.Post(page.path, Password("Root", password)).body);
         EXPECT_EQ(html.One(successMessage), saved) << password;
@@ -168,7 +168,7 @@ TEST_F(AdvancedTest, TheRootPasswordIsHashedStoredAndSet) {
         std::string hash = device::Shell("prm get system/digest/root");
         hash.erase(hash.find_last_not_of('\n') + 1);
         EXPECT_EQ(device::Shell("getent shadow root | cut -d: -f2"), hash + '\n');
-        device::TemporaryFile const file("/tmp/password", password);
+        device::ReplacedFile const file("/tmp/password", password);
         EXPECT_EQ(device::Shell("perl -e 'print crypt(<STDIN>, $ARGV[0])' '" + hash + "' </tmp/password"),
                   hash)
             << password;
@@ -237,7 +237,7 @@ TEST_F(AdvancedTest, TheSystemLogIsTheOneInUse) {
 
     Set({{"syslogd/persistent", "yes"}});
     {
-        device::TemporaryFile const persistent("/home/root/log/messages", "one\ntwo\n");
+        device::ReplacedFile const persistent("/home/root/log/messages", "one\ntwo\n");
         EXPECT_EQ(Download("Download").body, "one\ntwo\n");
     }
     Answer const missing = Download("Download");

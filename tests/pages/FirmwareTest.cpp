@@ -52,7 +52,7 @@ class FirmwareTest : public PageTest {
     FirmwareTest() : PageTest({"/config/settings/firmware", "", {}}) {}
 
     Answer Send(std::string const &content, std::string const &name, std::string const &type = octets) {
-        device::TemporaryFile const file("/var/tmp/image", content);
+        device::ReplacedFile const file("/var/tmp/image", content);
         return browser.PostFile(page.path, Upload{"fwupload", name, type, "/var/tmp/image"});
     }
 };
@@ -126,7 +126,7 @@ TEST_F(FirmwareTest, RefusesWhatIsNoImageAndKeepsNoFile) {
 
 TEST_F(FirmwareTest, RefusesMoreThanThreeHundredMegabytes) {
     fs::create_directories("/var/tmp/large");
-    device::TemporaryFile const file("/var/tmp/large/image", magic);
+    device::ReplacedFile const file("/var/tmp/large/image", magic);
     fs::resize_file("/var/tmp/large/image", (300U << 20) + 1);
     Answer const answer =
         browser.PostFile(page.path, Upload{"fwupload", "image.bin", octets, "/var/tmp/large/image"});
@@ -139,7 +139,7 @@ TEST_F(FirmwareTest, WhileTheToolHoldsItsLockEveryPageIsTheProgress) {
     EXPECT_EQ(idle.status, 302);
     EXPECT_EQ(idle.location, std::string(device::address) + page.path);
 
-    device::TemporaryFile const file(toolLock);
+    device::ReplacedFile const file(toolLock, "");
     EXPECT_EQ(browser.Get(statusPage).status, 302) << "the file alone is no upgrade";
     device::HeldLock lock(toolLock);
     for (auto const &path :
@@ -176,7 +176,7 @@ class UpgradeTest : public FirmwareTest {
 }  // namespace
 
 TEST_F(UpgradeTest, AnImageIsSavedAndTheServiceReloadsToStartTheUpgrade) {
-    device::TemporaryFile const leftover(toolStatus, "{ 'state' : 'done' }\n");
+    device::ReplacedFile const leftover(toolStatus, "{ 'state' : 'done' }\n");
     device::TakeCommands();
     std::string const content = magic + std::string("\0 content \r\n--x", 16);
     EXPECT_TRUE(IsProgress(Send(content, "C:\\images\\image.itb")));

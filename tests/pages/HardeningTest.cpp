@@ -38,7 +38,7 @@ TEST(HardeningTest, ValuesStandInCommandsAsTheyAreUnlessHardened) {
                                                    "/usr/sbin/lmu -r X" + result}));
 
         browser.Post("/config/settings/advanced", Password("Web", "web $((6 * 7))"));
-        device::TemporaryFile const account("/tmp/account", "admin:Orvane Configuration Tool:web " + result);
+        device::ReplacedFile const account("/tmp/account", "admin:Orvane Configuration Tool:web " + result);
         EXPECT_EQ(device::Shell("prm get webman/digest/admin"),
                   device::Shell("md5sum </tmp/account | cut -d' ' -f1"));
 

@@ -80,7 +80,7 @@ TEST_F(OpenVPNTest, TheSwitchLocksTheOtherForms) {
 }
 
 TEST_F(OpenVPNTest, UploadsAreInstalledUnderTheirName) {
-    device::TemporaryFile const another("/tmp/site.ovpn", "another's");
+    device::ReplacedFile const another("/tmp/site.ovpn", "another's");
     Upload("site.ovpn", content, {.written = Name("site.ovpn"), .shown = {{current, "site.ovpn"}}});
     EXPECT_EQ(Installed(), "site.ovpn\n");
     EXPECT_EQ(device::ReadFile("/etc/openvpn/site.ovpn"), content);
@@ -134,7 +134,7 @@ TEST_F(OpenVPNTest, AFileThatCannotBeInstalledGivesTheSaveError) {
 
 TEST_F(OpenVPNTest, ProvisioningFetchesAcknowledgesAndInstalls) {
     Server("status = 202\nclient_full_name = A/B\norganisation_name = <X>\nconfig_size = 1024\n");
-    device::TemporaryFile const victim("/tmp/victim", "another's");
+    device::ReplacedFile const victim("/tmp/victim", "another's");
     std::filesystem::create_symlink("/tmp/victim", "/tmp/AB(X)");
     Expect(provision, {.fields = {{"remoteServer", "10.99.0.1:8090/api/"}},
                        .written = Name("AB(X)"),

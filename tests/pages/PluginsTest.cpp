@@ -60,8 +60,7 @@ TEST(PluginsTest, TheyShowOnEveryPageWithTheBrokenOnesLeftOut) {
                   " && cp -rL /opt/applications/traffic . && cd broken/var/www/webconfig/plugins &&"
                   " echo '{' >branding.json && echo garbage >x-webconfig-plugin.so");
     device::Process process(WithPlugins(), {std::string("MOUNT_DIR=") + volumes});
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
     ExpectOnlyMedia(browser);
     for (char const *path : {"/config/", page}) {
         Answer const answer = browser.Get(path);
@@ -83,8 +82,7 @@ TEST(PluginsTest, TheyShowOnEveryPageWithTheBrokenOnesLeftOut) {
 
 TEST(PluginsTest, EachReloadUnloadsThemAndLoadsThemAfresh) {
     device::Process process(WithPlugins());
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
     constexpr std::size_t reloads = 10;
     for (std::size_t count = 0; count < reloads; ++count) {
         // At the same time, so that there are several roots with pages of the plug-in.

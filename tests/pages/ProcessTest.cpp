@@ -42,7 +42,7 @@ TEST(ProcessTest, AMissingRootKeyIsFatal) {
 }
 
 TEST(ProcessTest, SaysOnTheTerminalHowItIsCalledAndWhatIsWrong) {
-    device::TemporaryFile const garbage("/tmp/garbage.json", "{\n  not json");
+    device::ReplacedFile const garbage("/tmp/garbage.json", "{\n  not json");
     struct {
         char const *arguments;
         char const *text;
@@ -67,8 +67,7 @@ TEST(ProcessTest, AStopSignalWinsOverAReload) {
     for (int signal : {SIGTERM, SIGINT, SIGUSR1}) {
         device::WriteFile(reloadFlag, "");
         device::Process process(device::Configuration(port));
-        Browser browser(address);
-        ASSERT_TRUE(browser.WaitUntilUp());
+        Browser browser = device::Up(address);
         EXPECT_FALSE(std::filesystem::exists(reloadFlag)) << "left by an earlier process";
         device::WriteFile(reloadFlag, "");
         process.Signal(signal);
@@ -85,8 +84,7 @@ TEST(ProcessTest, AStopSignalWinsOverAReload) {
 TEST(ProcessTest, AStopSignalIsNotLostWhateverTheProcessIsDoing) {
     for (int milliseconds = 0; milliseconds < 60; milliseconds += 5) {
         device::Process process(device::Configuration(port));
-        Browser browser(address);
-        ASSERT_TRUE(browser.WaitUntilUp());
+        Browser browser = device::Up(address);
         std::thread reload([] { Browser(address).Call("reload"); });
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
         process.Signal(SIGTERM);
@@ -107,8 +105,7 @@ TEST(ProcessTest, AStopSignalIsNotLostWhateverTheProcessIsDoing) {
 
 TEST(ProcessTest, ReloadsLeakNothingAndLogOnce) {
     device::Process process(device::Configuration(port));
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
     std::string const proc = "/proc/" + std::to_string(process.Pid());
     ASSERT_TRUE(device::Reload(process, browser));
     std::size_t const descriptors = Entries(proc + "/fd");
@@ -124,8 +121,7 @@ TEST(ProcessTest, ReloadsLeakNothingAndLogOnce) {
 TEST(ProcessTest, AReloadWhoseFlagCannotBeWrittenIsDoneAllTheSame) {
     std::filesystem::create_symlink("/no/such/folder", reloadFlag);
     device::Process process(device::Configuration(port));
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
     EXPECT_TRUE(device::Reload(process, browser));
     EXPECT_NE(process.Log().find(std::string("Cannot write ") + reloadFlag), std::string::npos);
     std::filesystem::remove(reloadFlag);
@@ -134,7 +130,7 @@ TEST(ProcessTest, AReloadWhoseFlagCannotBeWrittenIsDoneAllTheSame) {
 }
 
 TEST(ProcessTest, ALogFileKeepsItsLinesOverReloadsAndTheSystemLogItsName) {
-    device::TemporaryFile const file("/tmp/webconfig.log", "from another time\n");
+    device::ReplacedFile const file("/tmp/webconfig.log", "from another time\n");
     std::string configuration = device::Configuration(port);
     std::string const level = R"("level":"debug",)";
     configuration.insert(configuration.find(level) + level.size(),
@@ -142,8 +138,7 @@ TEST(ProcessTest, ALogFileKeepsItsLinesOverReloadsAndTheSystemLogItsName) {
     std::string const count = "grep -c 'web: webconfig: webconfig start' /var/log/messages";
     int const before = std::stoi(device::Shell(count));
     device::Process process(configuration);
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
     ASSERT_TRUE(device::Reload(process, browser));
     std::string const log = device::ReadFile("/tmp/webconfig.log");
     EXPECT_EQ(log.find("another time"), std::string::npos);
@@ -157,8 +152,7 @@ TEST(ProcessTest, MediaAtTheSitesRootLeaveTheStatusSpaceAlone) {
     std::string const root = R"("media_root":"media")";
     configuration.replace(configuration.find(root), root.size(), R"("media_root":"")");
     device::Process const process(configuration);
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
     EXPECT_EQ(browser.Get("/css/screen.css").contentType, "text/css");
     EXPECT_EQ(browser.Get("/config/").status, 200);
     EXPECT_EQ(browser.Get("/").location, std::string(address) + "/config/");
@@ -235,11 +229,11 @@ TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {
         "chmod +x /tmp/volumes/app/etc/init.d/rcS; touch /tmp/webconfig_fwsugd_flag /tmp/volumes/busy; rm -f "
         "/tmp/fwtool_status.txt");
 
+    device::Log const log;
     device::Process process(device::Configuration(port), {"MOUNT_DIR=/tmp/volumes"});
     ASSERT_TRUE(device::WaitForText("/tmp/volumes/stopped", "stop\n"));
     EXPECT_FALSE(std::filesystem::exists("/tmp/webconfig_fwsugd_flag"));
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
 
     // The applications take their time to stop; the tool, which comes after them, has no lock yet.
     auto const status = [&] { return browser.Call("fw_upgrade_status").body; };
@@ -258,8 +252,7 @@ TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {
     ASSERT_TRUE(process.WaitForLog("forced reload"));
     ASSERT_TRUE(browser.WaitUntilUp());
     EXPECT_EQ(device::ReadFile("/tmp/volumes/stopped"), "stop\n");
-    EXPECT_TRUE(
-        device::WaitForText("/var/log/messages", "\"/tmp/volumes/app/etc/init.d/rcS stop\" returned: 0"))
+    EXPECT_TRUE(log.Has("\"/tmp/volumes/app/etc/init.d/rcS stop\" returned: 0"))
         << "in the log also before the first service";
     std::filesystem::remove_all("/tmp/volumes");
 }

@@ -20,7 +20,7 @@ TEST_F(RebootTest, OnlyAPostReboots) {
 }
 
 TEST_F(RebootTest, TheWaitingPageIsAnsweredAndTheRebootGoesOnByItself) {
-    device::TemporaryFile const flag("/tmp/webconfig_reboot_flag");
+    device::ReplacedFile const flag("/tmp/webconfig_reboot_flag", "");
     device::RecordingProgram const reboot("/usr/sbin/reboot", device::tellStart);
     device::TakeCommands();
 

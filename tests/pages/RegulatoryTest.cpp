@@ -58,7 +58,7 @@ TEST_F(RegulatoryTest, WhatTheModuleRefusesIsNotStored) {
                {.fields = {{"hidden_domain", "FCC"}}, .failure = "This regulatory domain is already set"},
                {.fields = {{"hidden_domain", ""}}, .success = ""}});
     EXPECT_EQ(device::Shell("ls /tmp/broken 2>/dev/null"), "");
-    device::TemporaryFile const failure("/etc/fail/lmu", "1");
+    device::ReplacedFile const failure("/etc/fail/lmu", "1");
     Expect(form, {.failure = refusedByModule, .commands = {"/usr/sbin/lmu -r KCC"}});
 }
 

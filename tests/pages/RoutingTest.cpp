@@ -109,10 +109,10 @@ TEST(RoutingTest, TheRebootAlertFollowsTheFlagAndTheFirmwareStatus) {
     };
     EXPECT_FALSE(alerted());
     {
-        device::TemporaryFile const flag("/tmp/webconfig_reboot_flag");
+        device::ReplacedFile const flag("/tmp/webconfig_reboot_flag", "");
         EXPECT_TRUE(alerted());
     }
-    device::TemporaryFile const status("/tmp/fwtool_status.txt", "{ 'state' : 'done' }\n");
+    device::ReplacedFile const status("/tmp/fwtool_status.txt", "{ 'state' : 'done' }\n");
     EXPECT_TRUE(alerted());
 }
 

@@ -80,7 +80,7 @@ TEST(SaveTest, SavesAtTheSameTimeDoNotMixWhatIsStoredAndWhatIsInEffect) {
         EXPECT_EQ(device::Shell("sed -n 's/ *ssid=//p' /etc/wpa_supplicant.conf"),
                   device::Shell("prm get net/wifi/client/essid | tr -d '\\n' | od -An -tx1 | tr -d ' '"));
     }
-    device::TemporaryFile const before("/tmp/account", account);
+    device::ReplacedFile const before("/tmp/account", account);
     device::Shell("chpasswd --encrypted </tmp/account");
     device::Shell("prm set net/wifi/client/enabled no; /etc/init.d/network_funcs.sh wifi_client");
 }
@@ -96,7 +96,7 @@ TEST(SaveTest, PagesThatShowNeverWaitForASave) {
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(browser.Get("/config/").status, 200);
     EXPECT_EQ(browser.Post(wlanPage, Wlan("d")).status, unavailable) << "the last worker is for pages";
-    device::TemporaryFile const applied("/tmp/applied");
+    device::ReplacedFile const applied("/tmp/applied", "");
     for (auto &save : saves)
         EXPECT_EQ(save.get().status, 200);
     EXPECT_EQ(browser.Post(wlanPage, Wlan("e")).status, 200) << "all have had their turn";
@@ -107,10 +107,9 @@ TEST(SaveTest, ADownloadThatStallsHoldsNoSave) {
     constexpr int port = 9103;
     device::KeptStore const store;
     store.Set({{"syslogd/persistent", "yes"}});
-    device::TemporaryFile const log("/home/root/log/messages", std::string(32 << 20, '\n'));
+    device::ReplacedFile const log("/home/root/log/messages", std::string(32 << 20, '\n'));
     device::Process const process(device::Configuration(port));
-    Browser browser("http://127.0.0.1:" + std::to_string(port));
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up("http://127.0.0.1:" + std::to_string(port));
     StalledClient const stalled(port, advancedPage, "submit=Download");
     EXPECT_EQ(browser.Post(advancedPage, Fields{{"submit", "Nothing"}}).status, 200);
 }

@@ -198,7 +198,7 @@ TEST_F(AccessPointTest, ALairdModuleHasNoAccessPointOn5GHzBesideTheClient) {
 }
 
 TEST_F(AccessPointTest, AFailedScriptIsToldAndTakesNothingBack) {
-    device::TemporaryFile const failure(script, "22");
+    device::ReplacedFile const failure(script, "22");
     std::string const message = "Failed to configure access point. Error 'Invalid argument'";
     Run(form, {{.failure = message,
                 .written = on,
@@ -250,7 +250,7 @@ TEST_F(WlanTest, StoresWhatChangedAndAppliesItWithTheRules) {
                {.before = on, .fields = {{"wlanEnabled", none}}, .written = {{"client/enabled", "no"}}}});
     StopsAt(With(form, {{"wlanSecurity", "none"}, {"wlanEssId", "other"}}),
             {{"client/enabled", {{"client/wpa_psk", ""}, {"client/security", "none"}}}});
-    device::TemporaryFile const failure(script, "22");
+    device::ReplacedFile const failure(script, "22");
     Expect(form, {.failure = "Failed to configure WLAN client. Error 'Invalid argument'",
                   .written = on,
                   .commands = page.applies});

@@ -73,14 +73,6 @@ bool Log::Has(std::string const &text, int seconds) const {
     return WaitUntil(seconds, [&] { return Text().find(text) != std::string::npos; });
 }
 
-TemporaryFile::TemporaryFile(std::string path, std::string const &text) : _path(std::move(path)) {
-    WriteFile(_path, text);
-}
-
-TemporaryFile::~TemporaryFile() {
-    std::filesystem::remove(_path);
-}
-
 ReplacedFile::ReplacedFile(std::string path) : _path(std::move(path)), _aside(_path + ".aside") {
     if (std::filesystem::exists(_path))
         std::filesystem::rename(_path, _aside);
@@ -94,11 +86,6 @@ ReplacedFile::~ReplacedFile() {
     std::filesystem::remove(_path);
     if (std::filesystem::exists(_aside))
         std::filesystem::rename(_aside, _path);
-}
-
-ReplacedProgram::ReplacedProgram(std::string const &path, std::string const &script)
-    : ReplacedFile(path, "#!/bin/sh\n" + script) {
-    std::filesystem::permissions(path, std::filesystem::perms::all);
 }
 
 RecordingProgram::RecordingProgram(std::string path) : _path(std::move(path)) {
@@ -212,16 +199,8 @@ void KeptStore::Set(Settings const &changes) const {
         if (value != none && (old == now.end() || old->second != value))
             lines += '"' + name + "\"," + value + '\n';
     }
-    TemporaryFile const file("/tmp/settings", lines);
+    ReplacedFile const file("/tmp/settings", lines);
     Shell(commands + "prm import /tmp/settings");
-}
-
-KeptParameters::KeptParameters(std::string prefix)
-    : _prefix(std::move(prefix)), _lines(Shell("prm export " + _prefix)) {}
-
-KeptParameters::~KeptParameters() {
-    TemporaryFile const lines("/tmp/kept_parameters", _lines);
-    Shell("for key in $(prm list " + _prefix + "); do prm del $key; done; prm import /tmp/kept_parameters");
 }
 
 RefusedKey::RefusedKey(std::string const &key) {
@@ -308,6 +287,12 @@ std::string Process::Log() const {
 
 bool Process::WaitForLog(std::string const &text, int seconds) const {
     return WaitForText(_folder + "/log", text, seconds);
+}
+
+Browser Up(std::string const &address) {
+    Browser browser(address);
+    EXPECT_TRUE(browser.WaitUntilUp()) << address;
+    return browser;
 }
 
 std::size_t Count(std::string const &text, std::string const &part) {

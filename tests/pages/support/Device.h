@@ -36,49 +36,35 @@ class Log {
     std::size_t const _begin;
 };
 
-/// A file that is there as long as the object.
-class TemporaryFile {
-  public:
-    TemporaryFile(std::string path, std::string const &text = "");
-    ~TemporaryFile();
-    TemporaryFile(TemporaryFile const &) = delete;
-    TemporaryFile &operator=(TemporaryFile const &) = delete;
-
-  private:
-    std::string _path;
+/// What puts something back in the end.
+class Kept {
+  protected:
+    Kept() = default;
+    Kept(Kept const &) = delete;
+    Kept &operator=(Kept const &) = delete;
 };
 
-/// Another file, or none, in the place of the one at \a path as long as the object lives.
-class ReplacedFile {
+/// Another file, or none, at \a path as long as the object lives.
+class ReplacedFile : Kept {
   public:
     explicit ReplacedFile(std::string path);
     ReplacedFile(std::string path, std::string const &text);
     ~ReplacedFile();
-    ReplacedFile(ReplacedFile const &) = delete;
-    ReplacedFile &operator=(ReplacedFile const &) = delete;
 
   private:
     std::string _path;
     std::string _aside;
 };
 
-/// A shell script, for a program that the device lacks or that shall answer otherwise.
-class ReplacedProgram : public ReplacedFile {
-  public:
-    ReplacedProgram(std::string const &path, std::string const &script);
-};
-
 /// A program that notes its command line in the device's list of commands, as the device's own scripts do.
 /// Where the one at \a path does not, or is not there, a stand-in takes its place as long as the object
 /// lives.
-class RecordingProgram {
+class RecordingProgram : Kept {
   public:
     explicit RecordingProgram(std::string path);
     /// A stand-in in any case, which runs \a script after that.
     RecordingProgram(std::string path, std::string const &script);
     ~RecordingProgram();
-    RecordingProgram(RecordingProgram const &) = delete;
-    RecordingProgram &operator=(RecordingProgram const &) = delete;
 
   private:
     void _StandIn(std::string const &script);
@@ -107,12 +93,10 @@ using Settings = std::map<std::string, std::string>;
 Settings Exported(Settings const &settings);
 
 /// The parameter store, which is put back in the end.
-class KeptStore {
+class KeptStore : Kept {
   public:
     KeptStore() : _before(All()) {}
     ~KeptStore() { Set({}); }
-    KeptStore(KeptStore const &) = delete;
-    KeptStore &operator=(KeptStore const &) = delete;
 
     /// All parameters, as exported.
     static Settings All();
@@ -125,35 +109,18 @@ class KeptStore {
     Settings const _before;
 };
 
-/// Puts the parameters whose names begin with \a prefix back in the end.
-class KeptParameters {
-  public:
-    explicit KeptParameters(std::string prefix);
-    ~KeptParameters();
-    KeptParameters(KeptParameters const &) = delete;
-    KeptParameters &operator=(KeptParameters const &) = delete;
-
-  private:
-    std::string _prefix;
-    std::string _lines;
-};
-
 /// Makes the parameter store refuse to write one key as long as the object lives.
-class RefusedKey {
+class RefusedKey : Kept {
   public:
     explicit RefusedKey(std::string const &key);
     ~RefusedKey();
-    RefusedKey(RefusedKey const &) = delete;
-    RefusedKey &operator=(RefusedKey const &) = delete;
 };
 
 /// A write lock on a file, held by a process of its own, as the firmware tool holds its lock.
-class HeldLock {
+class HeldLock : Kept {
   public:
     explicit HeldLock(std::string const &path);
     ~HeldLock() { Release(); }
-    HeldLock(HeldLock const &) = delete;
-    HeldLock &operator=(HeldLock const &) = delete;
 
     void Release();
 
@@ -162,13 +129,11 @@ class HeldLock {
 };
 
 /// A webconfig process of the test's own, beside the device's, with the built-in HTTP server.
-class Process {
+class Process : Kept {
   public:
     /// \a configuration is the text of its configuration file; \a environment are NAME=VALUE settings.
     explicit Process(std::string const &configuration, std::vector<std::string> const &environment = {});
     ~Process();
-    Process(Process const &) = delete;
-    Process &operator=(Process const &) = delete;
 
     void Signal(int number);
     /// Waits up to \a seconds for the end; the exit status, or -1 while it runs, or 1000 + signal number.
@@ -183,6 +148,9 @@ class Process {
     pid_t _pid = -1;
     int _status = -1;
 };
+
+/// A browser of a server that is just coming up.
+Browser Up(std::string const &address);
 
 /// How often \a part is in \a text.
 std::size_t Count(std::string const &text, std::string const &part);
