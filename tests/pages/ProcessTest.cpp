@@ -165,11 +165,10 @@ TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReloadNorAStop) {
     device::RecordingProgram const poll("/usr/sbin/brctl", hang);
     device::RecordingProgram const call("/usr/bin/supvis", hang);
     device::RecordingProgram const page("/etc/erase/erase-partition", hang);
-    device::TemporaryFile const upgrade("/tmp/fwtool_status.txt", "done\n");
+    device::ReplacedFile const upgrade("/tmp/fwtool_status.txt", "done\n");
     device::HeldLock const writing("/tmp/fwtool_status.txt");
     device::Process process(device::Configuration(port));
-    Browser browser(address);
-    ASSERT_TRUE(browser.WaitUntilUp());
+    Browser browser = device::Up(address);
     device::TakeCommands();
 
     auto const ask = [](auto question) {
