@@ -3,7 +3,7 @@
 find_package(Threads REQUIRED)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Werror)
-# What a precompiled header says of the time it was made is no reason for ccache to miss.
+# So that ccache hashes a precompiled header instead of all that is in it.
 add_compile_options(-fpch-preprocess)
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=)
 
