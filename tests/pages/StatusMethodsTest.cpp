@@ -10,13 +10,10 @@ namespace pages {
 
 namespace {
 
-/// The text of the answer's result.
 std::string Status(std::string const &method, std::string const &parameters = "[]") {
-    constexpr std::string_view before = R"({"id":1,"error":null,"result":)";
-    Browser browser(device::address);
-    std::string const body = browser.Call(method, parameters).body;
-    EXPECT_TRUE(body.starts_with(before) && body.ends_with('}')) << method << ": " << body;
-    return body.size() > before.size() ? body.substr(before.size(), body.size() - before.size() - 1) : "";
+    Answer const answer = Browser(device::address).Call(method, parameters);
+    EXPECT_NE(answer.result, "") << method << ": " << answer.body;
+    return answer.result;
 }
 
 void ExpectParts(std::string const &status, Strings const &parts) {

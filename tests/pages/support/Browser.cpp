@@ -69,8 +69,12 @@ Answer Browser::PostFile(std::string const &path, Upload const &upload) {
 }
 
 Answer Browser::Call(std::string const &method, std::string const &parameters) {
-    return Post("/status/rpc", R"({"method":")" + method + R"(","params":)" + parameters + R"(,"id":1})",
-                "application/json");
+    constexpr std::string_view before = R"({"id":1,"error":null,"result":)";
+    std::string const call = R"({"method":")" + method + R"(","params":)" + parameters + R"(,"id":1})";
+    Answer answer = Post("/status/rpc", call, "application/json");
+    if (answer.body.starts_with(before) && answer.body.ends_with('}'))
+        answer.result = answer.body.substr(before.size(), answer.body.size() - before.size() - 1);
+    return answer;
 }
 
 bool Browser::WaitUntilUp(int seconds, std::string const &path) {

@@ -15,6 +15,7 @@ struct Answer {
     std::string location;
     std::string headers;
     std::string body;
+    std::string result;  // of a status method, as JSON; empty where it has failed
 };
 
 /// A file as a browser's form sends it.
