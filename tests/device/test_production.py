@@ -82,6 +82,7 @@ class Uploads(unittest.TestCase):
         self.assertLess(peak - before, 2 * 1024)
         self.assertEqual("", self.device.shell("ls /var/lib/webconfig/uploads"), "nothing is left")
 
+
 class Failures(unittest.TestCase):
     RELOADS = 200
 
