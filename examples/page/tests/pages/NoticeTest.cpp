@@ -23,7 +23,9 @@ TEST_F(NoticeTest, IsStoredAndPutIntoEffect) {
         {{.written = {{"enabled", "yes"}, {"text", "Ask <Ann>"}}},
          {.before = {{"enabled", "yes"}, {"text", "Ask <Ann>"}}, .commands = {}},
          {.refused = "text", .failure = notSaved, .written = {{"enabled", "yes"}}},
-         {.fields = {{"text", ""}}, .failure = invalid, .errors = {"This field is required"}}});
+         {.fields = {{"text", ""}},
+          .failure = invalid,
+          .errors = {"Invalid length; minimum 1, maximum 200"}}});
     EXPECT_EQ(device::ReadFile("/etc/motd"), "Ask <Ann>\n");
 }
 
