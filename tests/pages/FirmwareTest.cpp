@@ -1,5 +1,8 @@
+#include <signal.h>
+
 #include <chrono>
 #include <filesystem>
+#include <future>
 #include <optional>
 #include <thread>
 
@@ -194,6 +197,24 @@ TEST_F(UpgradeTest, AnImageIsSavedAndTheServiceReloadsToStartTheUpgrade) {
     EXPECT_TRUE(browser.WaitUntilUp());
     EXPECT_FALSE(fs::exists("/tmp/webconfig_fwsugd_flag"));
     EXPECT_FALSE(fs::exists("/tmp/webconfig_freload_flag"));
+}
+
+TEST_F(UpgradeTest, AStopBeforeTheUpgradeBeginsKeepsNoImage) {
+    // Keeps the service from its end until the signal has come.
+    device::RecordingProgram const hang("/usr/bin/supvis", "until rmdir /tmp/signalled; do sleep .1; done");
+    device::TakeCommands();
+    auto const prepared = std::async(std::launch::async, [] {
+        return Browser("http://127.0.0.1:" + std::to_string(port)).Call("prepare_fw_upgrade");
+    });
+    ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "supvis --suspend deployer\n"));
+    EXPECT_TRUE(IsProgress(Send(magic, "image.itb")));
+    EXPECT_EQ(Images().size(), 1U);
+    process->Signal(SIGTERM);
+    fs::create_directory("/tmp/signalled");
+    EXPECT_EQ(process->Wait(10), 0);
+    EXPECT_NE(process->Log().find("The firmware upgrade that was asked for is dropped"), std::string::npos);
+    EXPECT_EQ(Images(), Strings());
+    EXPECT_FALSE(fs::exists("/tmp/webconfig_fwsugd_flag"));
 }
 
 TEST_F(UpgradeTest, AnImageThatCannotBeSavedLeavesTheServiceAsItWas) {

@@ -10,6 +10,7 @@
 #include <syslog.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <functional>
@@ -138,6 +139,7 @@ void DropRequests(int signal) {
     }
     if (util::IsFirmwareUpgradeFlagged()) {
         util::MarkFirmwareUpgrade(false);
+        std::remove(util::FirmwareUpgradeFile().c_str());  // /tmp is memory, and nobody else knows the name
         WEBCONFIG_LOG(warning, logTag) << "The firmware upgrade that was asked for is dropped";
     }
 }
