@@ -188,6 +188,10 @@ TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReloadNorAStop) {
     ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "supvis --suspend deployer\n"));
     ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "erase-partition log\n"));
 
+    auto queued = ask([](Browser &other) {
+        return other.Post("/config/settings/advanced", {{"submit", "Nothing"}});
+    });
+
     // One is being answered, a hundred wait. Not all may come in time.
     std::size_t const refused =
         device::Count(AnswersOfPolls(130), R"("error":"Too many calls wait for this answer")");
@@ -205,6 +209,7 @@ TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReloadNorAStop) {
     EXPECT_NE(polled.get().body.find(R"("brctl":"")"), std::string::npos);
     EXPECT_EQ(prepared.get().body, R"({"id":1,"error":null,"result":-1})");
     EXPECT_NE(erased.get().body.find("Error: Failure erasing log partition."), std::string::npos);
+    EXPECT_EQ(queued.get().status, 503) << "its commands would not have run";
     for (char const *program : {"brctl (and 5", "supvis (and 19", "/etc/erase/erase-partition (and 4"})
         EXPECT_NE(process.Log().find(std::string("No result of the command ") + program), std::string::npos)
             << program;

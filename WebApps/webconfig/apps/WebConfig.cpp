@@ -53,8 +53,10 @@ void WebConfig::main(std::string url) {
     if (request().request_method() == "POST") {
         // One worker is left to pages that only show, but two who save at once are always served.
         turn.emplace(std::max(2, service().threads_no() - 1));
-        if (!turn->IsMine()) {
-            WEBCONFIG_LOG(warning, logTag) << "Refused to save: too many others wait for their turn";
+        bool const ends = util::AreCommandsEnding();  // what is stored now could not be put into effect
+        if (ends || !turn->IsMine()) {
+            WEBCONFIG_LOG(warning, logTag)
+                << "Refused to save: " << (ends ? "the service ends" : "too many others wait for their turn");
             response().make_error_response(serviceUnavailable, busy);
             return;
         }
