@@ -20,7 +20,7 @@
         const $channel = $("#ap_channel");
         const $channelCopy = $("#ap_channel_copy");
         const $countryCopy = $("#ap_country_code_copy");
-        const storedChannel = $channelCopy.val();
+        const chosenChannel = $channelCopy.val();
 
         function switchFields() {
             const on = $enabled.prop("checked");
@@ -52,7 +52,7 @@
                 addChannel("0:");
             }
             (result.channels || []).forEach(addChannel);
-            $channel.val(storedChannel);
+            $channel.val(chosenChannel);
             if ($channel.val() === null) {
                 $channel.prop("selectedIndex", 0);
             }
@@ -77,7 +77,7 @@
             $enabled.on("change", switchFields);
             switchFields();
             // Until the list is here, and where it does not come, the channel stays what it is.
-            addChannel(storedChannel);
+            addChannel(chosenChannel);
             $channel.on("change", copyChannel);
             loadChannels($countryCopy.val(), "258");
         });
