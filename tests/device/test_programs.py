@@ -1,7 +1,6 @@
 #!/usr/bin/python3 -B
 """The programs of the virtual device: that each really does what the system counts on."""
 
-import os
 import unittest
 
 from support import Device, eventually, get
@@ -31,56 +30,19 @@ class DeviceTest(unittest.TestCase):
         for name, value in settings.items():
             self.device.output("prm", "set", name.replace("__", "/"), value)
 
-    def logged(self, text):
-        return self.device.status(f"grep -q -e '{text}' /var/log/messages") == 0
-
 
 class PacketFilter(DeviceTest):
-    def forward(self, protocol, port, address, there):
-        self.set(**{f"net/portfwd/{protocol}/{port}/d_ip": address, f"net/portfwd/{protocol}/{port}/d_port": there})
-
-    def test_forwarded_datagrams_reach_the_lan_until_their_rule_is_deleted(self):
+    def test_forwarded_datagrams_reach_the_lan_while_their_rule_is_good(self):
         self.assertIn("host lan", self.shell(OUTSIDE + "curl -sf --max-time 1 http://10.99.0.2:8800/"), "a preset")
         ask = OUTSIDE + ASK_UDP % 777
         self.assertNotEqual(0, self.device.status(ask), "not forwarded yet")
-        self.forward("udp", "00777", "192.168.0.20", "7")
+        self.set(**{"net/portfwd/udp/00777/d_ip": "192.168.0.20", "net/portfwd/udp/00777/d_port": "7"})
         self.shell("/etc/nat_setup.sh web_forwarding")
         self.assertEqual("hello", self.shell(ask))
-        self.shell("prm del net/portfwd/udp/00777; /etc/nat_setup.sh web_forwarding")
-        self.assertNotEqual(0, self.device.status(ask))
-
-    def test_bad_rules_are_skipped_with_a_log_line(self):
-        self.forward("tcp", "00090", "192.168.0.300", "80")
-        self.forward("tcp", "00091", "192.168.0.20", "65536")
-        self.forward("tcp", "00092", "$(reboot)", "-j DROP")
-        self.set(**{"net/portfwd/udp/00093/d_ip": "192.168.0.20"})
-        self.forward("tcp", "00094", "192.168.0.20", "80")
+        self.set(**{"net/portfwd/udp/00777/d_port": "$(reboot)"})
         self.shell("/etc/nat_setup.sh web_forwarding")
-        rules = self.shell("iptables -t nat -S PREROUTING")
-        self.assertIn("--dport 94 -j DNAT --to-destination 192.168.0.20:80", rules)
-        for port in (90, 91, 92, 93):
-            self.assertNotIn(f"--dport {port} ", rules)
-            self.assertTrue(self.logged(f"Skipped a bad port forward: ... 000{port}"), port)
-        self.shell("prm del net/portfwd")
-
-    def test_a_second_run_changes_nothing_and_a_flushed_table_comes_back(self):
-        self.shell("/etc/nat_setup.sh")
-        self.shell(OUTSIDE + "curl -sf http://10.99.0.2:8800/")
-        save = "iptables-save -c | grep '^\\['"  # not the counters of chains: there is always some packet
-        rules = self.shell(save)
-        self.shell("/etc/nat_setup.sh wlan")
-        self.assertEqual(rules, self.shell(save), "counters and all")
-        self.shell("iptables -t nat -F; /etc/nat_setup.sh")
-        self.assertIn("--dport 8800", self.shell("iptables -t nat -S"))
-
-    def test_runs_at_the_same_time_all_succeed_and_the_last_wins(self):
-        for port in ("00085", "00086", "00087"):
-            self.forward("tcp", port, "192.168.0.20", "80")
-            self.shell("""
-                for run in 1 2 3 4 5 6; do /etc/nat_setup.sh & runs="$runs $!"; done
-                for run in $runs; do wait $run || exit; done""")
-            self.assertIn(f"--dport {int(port)} ", self.shell("iptables -t nat -S PREROUTING"))
-        self.shell("prm del net/portfwd; /etc/nat_setup.sh")
+        self.assertNotEqual(0, self.device.status(ask))
+        self.shell("grep 'Skipped a bad port forward: ... 00777' /var/log/messages")
 
     def test_remote_switches_open_the_device_to_the_outside(self):
         for key, probe in (("web", "curl -s --max-time 1 http://10.99.0.2/"),
@@ -115,50 +77,7 @@ class Restart(DeviceTest):
         self.shell("logger kept-line; grep -q kept-line /home/root/log/messages")
 
 
-class Wifi(DeviceTest):
-    KEY = "0123456789abcdef" * 4
-    ACCESS_POINT = {"enabled": "yes", "essid": "Field  box", "wpa_psk": KEY, "channel": "36:5180"}
-    CLIENT = {"enabled": "yes", "essid": "Plant", "security": "wpa", "wpa_psk": KEY}
-
-    def status_with(self, side, settings):
-        for name, value in settings.items():
-            self.set(**{f"net/wifi/{side}/{name}": value})
-        return self.device.status("/etc/init.d/network_funcs.sh wifi_" + side)
-
-    def test_bad_settings_are_refused_and_leave_no_interface(self):
-        eap = {"security": "wpa_eap", "eap/identity": "me"}
-        for side, good, bad in (
-                ("ap", self.ACCESS_POINT, {"essid": ""}),
-                ("ap", self.ACCESS_POINT, {"essid": "x" * 33}),
-                ("ap", self.ACCESS_POINT, {"wpa_psk": self.KEY[1:]}),
-                ("ap", self.ACCESS_POINT, {"wpa_psk": "z" + self.KEY[1:]}),
-                ("ap", self.ACCESS_POINT, {"channel": "x"}),
-                ("client", self.CLIENT, {"wpa_psk": ""}),
-                ("client", self.CLIENT, {"security": "wep"}),
-                ("client", self.CLIENT, eap | {"eap/password": "secret"}),
-                ("client", self.CLIENT, eap | {"eap/password": "hash:12"})):
-            with self.subTest(f"{side} {bad}"):
-                self.assertEqual(22, self.status_with(side, good | bad))
-                self.assertNotEqual(0, self.device.status(f"ip link show {side}0"))
-
-
 class Programs(DeviceTest):
-    def test_supervisor_starts_restarts_suspends_and_forgets(self):
-        count = "pgrep -fx 'sleep 12345' | wc -l"
-        self.shell("supvis --add sleeper --cmd 'sleep 12345'")
-        self.assertTrue(eventually(lambda: self.shell(count) == "1"))
-        first = self.shell("pgrep -fx 'sleep 12345'")
-        self.shell(f"kill {first}")
-        self.assertTrue(eventually(lambda: self.shell(count) == "1" and self.shell("pgrep -fx 'sleep 12345'") != first))
-        for action, state, processes in (("suspend", "suspended", "0"), ("resume", "running", "1")):
-            self.shell(f"supvis --{action} sleeper")
-            self.assertTrue(eventually(lambda n=processes: self.shell(count) == n), action)
-            self.assertIn(f"sleeper\t{state}", self.shell("supvis --list"))
-        self.shell("supvis --remove sleeper")
-        self.assertEqual("0", self.shell(count))
-        self.assertNotIn("sleeper", self.shell("supvis --list"))
-        self.assertEqual(1, self.device.status("supvis --remove sleeper"))
-
     def test_link_daemon_tells_the_status_daemon_of_its_connection(self):
         report = "cat /etc/daemons/statusd"
         self.shell("supvis --add ternd --cmd '/usr/bin/ternd --init --no-datalog'")
@@ -173,11 +92,6 @@ class Programs(DeviceTest):
             self.assertEqual(runs, eventually(
                 lambda: "Reference ID" in self.device.enter("chronyc", "-n", "tracking").stdout, 5))
         self.shell("flock -n /run/ntpd.lock true")  # what runs on does not hold the script's lock
-
-    @unittest.skipUnless(os.access("/dev/loop-control", os.W_OK), "no loop devices here")
-    def test_partitions_are_file_systems_of_their_own(self):
-        for name in ("log", "data"):
-            self.assertEqual("ef53", self.shell(f"stat -f -c %t /home/root/{name}"))
 
 
 if __name__ == "__main__":
