@@ -34,7 +34,6 @@ TEST_F(AboutTest, ListsTheNoticesOfEachPackage) {
     EXPECT_EQ(page.All(Row("//li/a[@class='ossnav']")), (Strings{"A", "b", "broken", "C", "link"}));
     EXPECT_EQ(page.All(Row("//li/a/@href"))[0], "/config/settings/about/test-package/A");
     EXPECT_EQ(page.Count("//tr[@id='test-empty']"), 0U);
-    EXPECT_EQ(page.Count(Row("//pre")), 0U);
     auto const packages = page.All("//table[not(@id)]//tr/@id");
     EXPECT_GT(packages.size(), 1U);
     EXPECT_TRUE(std::is_sorted(packages.begin(), packages.end()));
@@ -55,10 +54,7 @@ TEST_F(AboutTest, OnlyListedNoticesAreShown) {
         {"/none/A", " Open Source Software  Notices "},
         {"/test-package/inner", " Open Source Software  Notices "},
         {"/test-package/.hidden", " Firmware "},
-        {"/test-package/..", " Firmware "},
-        {"/../about", " Open Source Software  Notices "},
         {"/test-package/%2e%2e", " Firmware "},
-        {"/test-package/c%20", " Firmware "},
     };
     for (auto const &[path, title] : cases) {
         Html const html(browser.Get(std::string("/config/settings/about") + path).body);

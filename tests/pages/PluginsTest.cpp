@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <filesystem>
 #include <thread>
 
 #include "tests/pages/support/Browser.h"
 #include "tests/pages/support/Device.h"
-#include "tests/pages/support/Html.h"
 
 namespace pages {
 
@@ -17,7 +15,6 @@ constexpr char address[] = "http://127.0.0.1:9104";
 constexpr char page[] = "/config/traffic/interfaces";
 constexpr char status[] = "/status/traffic";
 constexpr char call[] = R"({"method":"traffic_counters","params":[],"id":1})";
-constexpr char volumes[] = "/tmp/plugin-volumes";
 
 std::string WithPlugins() {
     std::string text = device::Configuration(port);
@@ -28,18 +25,13 @@ std::string WithPlugins() {
 /// The paths of a plug-in's media, and ways to leave their folder.
 void ExpectOnlyMedia(Browser &browser) {
     Answer const sheet = browser.Get("/plugins/traffic/head/traffic.css");
-    EXPECT_EQ(sheet.status, 200);
     EXPECT_TRUE(sheet.contentType.starts_with("text/css")) << sheet.contentType;
     EXPECT_EQ(sheet.body,
               device::ReadFile("/opt/applications/traffic/var/www/webconfig/plugins/media/head/traffic.css"));
     for (char const *path :
-         {"/plugins", "/plugins/", "/plugins/traffic", "/plugins/traffic/head/",
-          "/plugins/traffic/head/none.css", "/plugins/traffic/../branding.json",
+         {"/plugins", "/plugins/traffic/head/", "/plugins/traffic/../branding.json",
           "/plugins/traffic/%2e%2e/branding.json", "/plugins/traffic/head/..%2f..%2fbranding.json",
-          "/plugins/traffic//../../plugins/traffic-webconfig-plugin.so",
-          "/plugins/traffic/../../../../../../camera/etc/init.d/rcS", "/plugins/../camera/etc/init.d/rcS",
-          "/plugins/./camera/etc/init.d/rcS", "/plugins/camera?/etc/init.d/rcS",
-          "/plugins/camera/etc/init.d/rcS"}) {
+          "/plugins/../camera/etc/init.d/rcS", "/plugins/camera/etc/init.d/rcS"}) {
         Answer const answer = browser.Get(path);
         EXPECT_TRUE(answer.status == 403 || answer.status == 404) << answer.status << ' ' << path;
     }
@@ -55,34 +47,10 @@ TEST(PluginsTest, ByDefaultThereAreNoneAndTheWebServerHasTheirMediaOnly) {
     ExpectOnlyMedia(browser);
 }
 
-TEST(PluginsTest, TheyShowOnEveryPageWithTheBrokenOnesLeftOut) {
-    device::Shell(std::string("mkdir -p ") + volumes + "/broken/var/www/webconfig/plugins && cd " + volumes +
-                  " && cp -rL /opt/applications/traffic . && cd broken/var/www/webconfig/plugins &&"
-                  " echo '{' >branding.json && echo garbage >x-webconfig-plugin.so");
-    device::Process process(WithPlugins(), {std::string("MOUNT_DIR=") + volumes});
-    Browser browser = device::Up(address);
-    ExpectOnlyMedia(browser);
-    for (char const *path : {"/config/", page}) {
-        Answer const answer = browser.Get(path);
-        ASSERT_EQ(answer.status, 200) << path;
-        Html const html(answer.body);
-        EXPECT_EQ(html.One("//h1"), "Device configuration, traffic edition");
-        EXPECT_EQ(html.All("//ul[@class='nav']/li/div[@class='nav']"),
-                  (std::vector<std::string>{"Settings", "Traffic"}));
-        EXPECT_EQ(html.One("//a[@id='menu_Interfaces']/@href"), page);
-        EXPECT_EQ(html.All("/html/head/link/@href").back(), "/plugins/traffic/head/traffic.css");
-        EXPECT_EQ(html.All("/html/head/script/@src").back(), "/plugins/traffic/head/traffic.js");
-    }
-    std::string const counters = browser.Post(status, call, "application/json").body;
-    EXPECT_NE(counters.find(R"("name":"eth0")"), std::string::npos) << counters;
-    EXPECT_NE(process.Log().find("load branding ERROR, line: "), std::string::npos);
-    EXPECT_NE(process.Log().find("load plugin: "), std::string::npos);
-    std::filesystem::remove_all(volumes);
-}
-
 TEST(PluginsTest, EachReloadUnloadsThemAndLoadsThemAfresh) {
     device::Process process(WithPlugins());
     Browser browser = device::Up(address);
+    ExpectOnlyMedia(browser);
     constexpr std::size_t reloads = 10;
     for (std::size_t count = 0; count < reloads; ++count) {
         // At the same time, so that there are several roots with pages of the plug-in.

@@ -55,15 +55,21 @@ Answer Browser::Post(std::string const &path, std::string const &body, std::stri
     return Perform(path);
 }
 
-Answer Browser::PostFile(std::string const &path, Upload const &upload) {
+Answer Browser::PostFile(std::string const &path, Upload const &upload, Fields const &fields) {
     curl_easy_reset(_curl.get());
     std::unique_ptr<curl_mime, decltype(&curl_mime_free)> const form(curl_mime_init(_curl.get()),
                                                                      &curl_mime_free);
-    curl_mimepart *const part = curl_mime_addpart(form.get());
-    curl_mime_name(part, upload.field.c_str());
-    curl_mime_filedata(part, upload.path.c_str());
-    curl_mime_filename(part, upload.name.c_str());
-    curl_mime_type(part, upload.type.c_str());
+    auto const add = [&](std::string const &name, std::string const &content) {
+        curl_mimepart *const part = curl_mime_addpart(form.get());
+        curl_mime_name(part, name.c_str());
+        curl_mime_data(part, content.data(), content.size());
+        return part;
+    };
+    curl_mimepart *const file = add(upload.field, upload.content);
+    curl_mime_filename(file, upload.name.c_str());
+    curl_mime_type(file, upload.type.c_str());
+    for (auto const &[name, value] : fields)
+        add(name, value);
     curl_easy_setopt(_curl.get(), CURLOPT_MIMEPOST, form.get());
     return Perform(path);
 }

@@ -23,7 +23,7 @@ struct Upload {
     std::string field;
     std::string name;
     std::string type;
-    std::string path;  ///< where the content is
+    std::string content;
 };
 
 using Fields = std::vector<std::pair<std::string, std::string>>;
@@ -38,7 +38,7 @@ class Browser {
     Answer Get(std::string const &path);
     Answer Post(std::string const &path, Fields const &fields);
     Answer Post(std::string const &path, std::string const &body, std::string const &contentType);
-    Answer PostFile(std::string const &path, Upload const &upload);
+    Answer PostFile(std::string const &path, Upload const &upload, Fields const &fields = {});
     /// Calls a status method; \a parameters is the text of a JSON array.
     Answer Call(std::string const &method, std::string const &parameters = "[]");
 

@@ -27,6 +27,8 @@ constexpr char commandList[] = "/var/log/device-commands";
 constexpr char systemLog[] = "/var/log/messages";
 constexpr char store[] = "/var/lib/prm/prm.db";
 
+}  // namespace
+
 bool WaitUntil(int seconds, std::function<bool()> const &condition) {
     using namespace std::chrono_literals;
     for (int tries = seconds * 50; tries > 0; --tries) {
@@ -36,8 +38,6 @@ bool WaitUntil(int seconds, std::function<bool()> const &condition) {
     }
     return condition();
 }
-
-}  // namespace
 
 std::string Shell(std::string const &command) {
     std::string output;
@@ -88,20 +88,14 @@ ReplacedFile::~ReplacedFile() {
         std::filesystem::rename(_aside, _path);
 }
 
-RecordingProgram::RecordingProgram(std::string path) : _path(std::move(path)) {
-    if (ReadFile(_path).find(recordScript) == std::string::npos)
-        _StandIn("");
-}
-
-RecordingProgram::RecordingProgram(std::string path, std::string const &script) : _path(std::move(path)) {
-    _StandIn(script);
-}
-
-void RecordingProgram::_StandIn(std::string const &script) {
+RecordingProgram::RecordingProgram(std::string path, std::optional<std::string> const &script)
+    : _path(std::move(path)) {
     namespace fs = std::filesystem;
+    if (!script && ReadFile(_path).find(recordScript) != std::string::npos)
+        return;
     bool const missing = !fs::exists(_path);
     _standIn = missing ? _path : "/tmp/stand-in-" + fs::path(_path).filename().string();
-    WriteFile(_standIn, std::string("#!/bin/sh\n. ") + recordScript + '\n' + script + '\n');
+    WriteFile(_standIn, std::string("#!/bin/sh\n. ") + recordScript + '\n' + script.value_or("") + '\n');
     fs::permissions(_standIn, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
     if (!missing)
         Shell("mount --bind " + _standIn + ' ' + _path);
@@ -115,30 +109,19 @@ RecordingProgram::~RecordingProgram() {
     std::filesystem::remove(_standIn);
 }
 
+// Of the signals the C library ignores two for itself.
 char const tellStart[] =
-    "{ cat /proc/$$/stat | cut -d' ' -f 1,6; grep SigIgn /proc/self/status\n"
-    "  echo $(ls -l /proc/$$/fd | grep -c -E 'socket|event'); echo boot=$FWBOOT; } >/tmp/started.part\n"
+    "[ $(cut -d' ' -f 6 /proc/$$/stat) = $$ ] && session=own\n"
+    "ignored=$((0x$(sed -n 's/SigIgn:.//p' /proc/self/status) & 0x7FFFFFFF))\n"
+    "sockets=$(ls -l /proc/$$/fd | grep -c -E 'socket|event')\n"
+    "echo \"$session session, $ignored signals, $sockets sockets, boot $FWBOOT\" >/tmp/started.part\n"
     "mv /tmp/started.part /tmp/started";
 
-std::string ExpectDetachedStart() {
-    char const word[] = "/tmp/started";
-    if (!WaitForText(word, "boot=")) {
-        ADD_FAILURE() << "not started";
-        return {};
-    }
-    std::istringstream text(ReadFile(word));
-    std::filesystem::remove(word);
-    std::string process;
-    std::string session;
-    std::string label;
-    std::string ignored;
-    std::string sockets;
-    std::string boot;
-    text >> process >> session >> label >> ignored >> sockets >> boot;
-    EXPECT_EQ(session, process);
-    EXPECT_EQ(std::stoull(ignored, nullptr, 16) & 0x7FFFFFFF, 0U);  // the C library has two for itself
-    EXPECT_EQ(sockets, "0");
-    return boot.substr(boot.find('=') + 1);
+std::string Start() {
+    WaitForText("/tmp/started", "boot");
+    std::string const told = ReadFile("/tmp/started");
+    std::filesystem::remove("/tmp/started");
+    return told;
 }
 
 std::vector<std::string> TakeCommands() {
@@ -213,33 +196,17 @@ RefusedKey::~RefusedKey() {
     Shell(std::string("sqlite3 ") + store + " 'DROP TRIGGER refused'");
 }
 
-HeldLock::HeldLock(std::string const &path) {
-    int ready[2];
-    if (pipe(ready) != 0)
-        return;
-    _holder = fork();
-    if (_holder == 0) {
-        int const file = open(path.c_str(), O_RDWR | O_CREAT, 0666);
-        struct flock lock {};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        if (fcntl(file, F_SETLK, &lock) != 0 || write(ready[1], "", 1) != 1)
-            _exit(1);
-        for (;;)
-            pause();
-    }
-    close(ready[1]);
-    char locked = 0;
-    EXPECT_EQ(read(ready[0], &locked, 1), 1) << "cannot lock " << path;
-    close(ready[0]);
+HeldLock::HeldLock(std::string const &path) : _file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    EXPECT_EQ(fcntl(_file, F_OFD_SETLK, &lock), 0) << "cannot lock " << path;
 }
 
 void HeldLock::Release() {
-    if (_holder <= 0)
-        return;
-    kill(_holder, SIGKILL);
-    waitpid(_holder, nullptr, 0);
-    _holder = -1;
+    if (_file >= 0)
+        close(_file);
+    _file = -1;
 }
 
 Process::Process(std::string const &configuration, std::vector<std::string> const &environment) {
@@ -307,25 +274,15 @@ bool Reload(Process const &process, Browser &browser) {
     std::size_t const before = reloads();
     browser.Call("reload");
     // Asked too early, the old service would still answer.
-    for (int tries = 500; tries > 0; --tries) {
-        if (reloads() > before)
-            return browser.WaitUntilUp();
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return false;
+    return WaitUntil(10, [&] { return reloads() > before; }) && browser.WaitUntilUp();
 }
 
-std::string Configuration(int port, std::string const &without) {
-    std::string roots;
-    for (auto const &[key, value] : {std::pair{"sync", "config"}, {"async", "status"}, {"rpc", "rpc"}}) {
-        if (key != without)
-            roots += std::string(roots.empty() ? "" : ",") + '"' + key + "\":\"" + value + '"';
-    }
+std::string Configuration(int port) {
     return R"({"service":{"api":"http","ip":"127.0.0.1","port":)" + std::to_string(port) +
            R"(,"worker_threads":3},"localization":{"locales":["C.UTF-8"]},)"
            R"("logging":{"level":"debug","stderr":true},"views":{"default_skin":"webconfig"},)"
-           R"("webconfig":{"root":{)" +
-           roots + R"(},"media_root":"media","media_directory":"/var/www/webconfig/media"}})";
+           R"("webconfig":{"root":{"sync":"config","async":"status","rpc":"rpc"},)"
+           R"("media_root":"media","media_directory":"/var/www/webconfig/media"}})";
 }
 
 }  // namespace pages::device
