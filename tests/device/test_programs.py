@@ -44,6 +44,15 @@ class PacketFilter(DeviceTest):
         self.assertNotEqual(0, self.device.status(ask))
         self.shell("grep 'Skipped a bad port forward: ... 00777' /var/log/messages")
 
+    def test_runs_at_the_same_time_all_succeed_and_the_last_wins(self):
+        for port in ("00085", "00086", "00087"):
+            self.set(**{f"net/portfwd/tcp/{port}/d_ip": "192.168.0.20", f"net/portfwd/tcp/{port}/d_port": "80"})
+            self.shell("""
+                for run in 1 2 3 4 5 6; do /etc/nat_setup.sh & runs="$runs $!"; done
+                for run in $runs; do wait $run || exit; done""")
+            self.assertIn(f"--dport {int(port)} ", self.shell("iptables -t nat -S PREROUTING"))
+        self.shell("prm del net/portfwd; /etc/nat_setup.sh")
+
     def test_remote_switches_open_the_device_to_the_outside(self):
         for key, probe in (("web", "curl -s --max-time 1 http://10.99.0.2/"),
                            ("icmp", "ping -c 1 -W 1 10.99.0.2"),

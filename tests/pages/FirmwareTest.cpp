@@ -164,9 +164,8 @@ TEST_F(UpgradeTest, AStopBeforeTheUpgradeBeginsKeepsNoImage) {
     // Keeps the service from its end until the signal has come.
     device::RecordingProgram const hang("/usr/bin/supvis", "until rmdir /tmp/signalled; do sleep .1; done");
     device::TakeCommands();
-    auto const prepared = std::async(std::launch::async, [] {
-        return Browser("http://127.0.0.1:" + std::to_string(port)).Call("prepare_fw_upgrade");
-    });
+    auto const prepared = std::async(
+        std::launch::async, [] { return Browser("http://127.0.0.1:9103").Call("prepare_fw_upgrade"); });
     ASSERT_TRUE(device::WaitForText("/var/log/device-commands", "supvis --suspend deployer\n"));
     EXPECT_TRUE(IsProgress(Send(magic, "image.itb")));
     EXPECT_EQ(Images().size(), 1U);

@@ -1,4 +1,7 @@
+#include <sys/resource.h>
+
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include "tests/pages/support/Page.h"
@@ -271,6 +274,25 @@ TEST_F(StatusMethodsTest, SixPollsTellThatTheNetworkSearchIsComplete) {
         ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"complete")"});
     for (int i = 0; i < 2; ++i)
         ExpectParts(Status("cellular_status"), {R"("gprs_network_refresh":"none")"});
+}
+
+TEST_F(StatusMethodsTest, CellularIsNotFoundWhereNobodyCanBeAsked) {
+    store.Set({{dialup, "gprs_dialup"}});
+    device::Process process(device::Configuration(9107));
+    device::Up("http://127.0.0.1:9107");
+    std::string const descriptors = "/proc/" + std::to_string(process.Pid()) + "/fd/";
+    Answer answer;
+    // Descriptors of connections before this one may just be going.
+    for (int tries = 20; answer.status != 404 && tries > 0; --tries) {
+        rlim_t next = 0;
+        while (std::filesystem::exists(descriptors + std::to_string(next)))
+            ++next;
+        rlimit const one{next + 1, next + 1};  // that of the connection
+        ASSERT_EQ(prlimit(process.Pid(), RLIMIT_NOFILE, &one, nullptr), 0);
+        answer = Browser("http://127.0.0.1:9107").Call("cellular_status");
+    }
+    EXPECT_EQ(answer.status, 404) << answer.body;
+    EXPECT_TRUE(process.WaitForLog("vexaClient.GetFd() failed"));
 }
 
 }  // namespace pages
