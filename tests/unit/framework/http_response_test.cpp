@@ -58,15 +58,10 @@ TEST_F(ResponseTest, IsFixedOnceItIsWrittenTo) {
     EXPECT_THROW(response.out(), cppcms::cppcms_error);
 }
 
-TEST_F(ResponseTest, MakesTheErrorPage) {
+TEST_F(ResponseTest, TheErrorPageEscapesItsDetails) {
     Response().make_error_response(404, "why <not>");
-    EXPECT_EQ(request_.Answer(),
-              "Content-Type: text/html; charset=utf-8\r\nStatus: 404 Not Found\r\n"
-              "X-Powered-By: CppCMS/2.0.1\r\n\r\n"
-              "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01 Transitional//EN\"\n"
-              "\t\"http://www.w3.org/TR/html4/loose.dtd\">\n<html>\n  <head>\n"
-              "    <title>404 &mdash; Not Found</title>\n  </head>\n  <body>\n"
-              "    <h1>404 &mdash; Not Found</h1>\n    <p>why &lt;not&gt;</p>\n  </body>\n</html>\n");
+    EXPECT_NE(request_.Answer().find("<h1>404 &mdash; Not Found</h1>\n    <p>why &lt;not&gt;</p>"),
+              std::string::npos);
 }
 
 TEST_F(ResponseTest, SendsWhenItsBufferIsFull) {
@@ -76,13 +71,6 @@ TEST_F(ResponseTest, SendsWhenItsBufferIsFull) {
     EXPECT_EQ(request_.Sent(), defaults + std::string(16000, 'x') + std::string(384, 'y'));
     Response().out() << std::flush;
     EXPECT_EQ(request_.Answer(), defaults + std::string(16000, 'x') + std::string(1000, 'y'));
-}
-
-TEST_F(ResponseTest, KeepsEverythingBackInAsynchronousMode) {
-    Response().io_mode(http::response::asynchronous);
-    Response().out() << std::string(100000, 'x') << std::flush;
-    EXPECT_EQ(request_.Sent(), "");
-    EXPECT_EQ(request_.Answer(), defaults + std::string(100000, 'x'));
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <iomanip>
 #include <sstream>
 
 #include "tests/unit/framework/failure.h"
@@ -43,37 +41,11 @@ TEST(Json, AcceptedTexts) {
 TEST(Json, RejectedTextsNameTheLine) {
     std::vector<std::pair<std::string, int>> cases = {
         {"\n\n", 3}, {"{\"a\":1,\n\"a\":2}", 2}, {"[1\n2]", 2}, {"[\n\"a\nb\"]", 2}};
-    for (std::string const text : {"",
-                                   "/* */ 1",
-                                   "\xEF\xBB\xBF{}",
-                                   "'a'",
-                                   "{a:1}",
-                                   "[,]",
-                                   "{,}",
-                                   "{\"a\" 1}",
-                                   "{\"a\":1",
-                                   "[1",
-                                   "+1",
-                                   ".5",
-                                   "-",
-                                   "1e",
-                                   "1e999",
-                                   "0x10",
-                                   "NaN",
-                                   "TRUE",
-                                   "tru",
-                                   "1 2",
-                                   "\"\t\"",
-                                   "\"a",
-                                   R"("\x")",
-                                   R"("\u12g4")",
-                                   R"("\ud800")",
-                                   R"("\ud800\u0041")",
-                                   R"("\udc00")",
-                                   "\"\xFF\"",
-                                   "\"\xC0\x80\"",
-                                   "\"\xED\xA0\x80\"",
-                                   "\"\xE2\x82\""})
+    std::istringstream texts(
+        R"(|/* */ 1|'a'|{a:1}|[,]|{,}|{"a" 1}|{"a":1|[1|+1|.5|-|1e|1e999|0x10|NaN|tru|1 2|"a|"\x"|"\u12g4")"
+        R"(|"\ud800"|"\ud800\u0041"|"\udc00")"
+        "|\"\t\"|\xEF\xBB\xBF{}|\"\xFF\"|\"\xC0\x80\"|\"\xED\xA0\x80\"|\"\xE2\x82\"");
+    for (std::string text; std::getline(texts, text, '|');)
         cases.emplace_back(text, 1);
     cases.emplace_back(nested(513), 1);
     cases.emplace_back(std::string(100'000, '['), 1);
@@ -87,43 +59,11 @@ TEST(Json, RejectedTextsNameTheLine) {
     }
 }
 
-TEST(Json, ReadsValueByValueFromAStream) {
-    std::istringstream in(R"({"a":1} 2"x"[]rest)");
-    json::value a, b, c, d, e = 5;
-    in >> a >> b >> c >> d;
-    ASSERT_TRUE(in.good());
-    EXPECT_EQ(a.get<int>("a"), 1);
-    EXPECT_EQ(b.number(), 2);
-    EXPECT_EQ(c.str(), "x");
-    EXPECT_EQ(d.array().size(), 0U);
-    in >> e;
-    EXPECT_TRUE(in.fail());
-    EXPECT_EQ(e.number(), 5);
-
-    std::string const text = "12,";
-    char const *begin = text.data();
-    int line = -1;
-    ASSERT_TRUE(a.load(begin, text.data() + text.size(), false, &line));
-    EXPECT_EQ(*begin, ',');
-    EXPECT_EQ(line, -1);
-}
-
 TEST(Json, NumbersHaveSixteenSignificantDigits) {
     json::array const numbers{0, -0.0, -65.5, 0.1, 1.0 / 3, 1e10, 1e15, 1e16, 123456789012345678.0, 1e-7};
     EXPECT_EQ(
         json::value(numbers).save(),
         "[0,-0,-65.5,0.1,0.3333333333333333,10000000000,1000000000000000,1e+16,1.234567890123457e+17,1e-07]");
-    std::ostringstream out;
-    out << std::hex << std::setw(10) << json::value(255);
-    EXPECT_EQ(out.str(), "255");
-    EXPECT_EQ(out.precision(), 16);
-}
-
-TEST(Json, ReadableLayout) {
-    EXPECT_EQ(parsed(R"({"a":"x","arr":[null,true],"o":{"p":1}})").save(json::readable),
-              "{\n\t\"a\" :\t\"x\",\n\t\"arr\" :\t[\n\t\tnull,\n\t\ttrue\n\t]\n\t,\n"
-              "\t\"o\" :\t{\n\t\t\"p\" :\t1\n\t}\n\t\n}\n");
-    EXPECT_EQ(json::value(json::object()).save(json::readable), "{\n\t\n}\n");
 }
 
 TEST(Json, StringsAreEscapedAsLittleAsPossible) {
@@ -131,39 +71,19 @@ TEST(Json, StringsAreEscapedAsLittleAsPossible) {
               "\"a\\\"\\\\\\b\\f\\n\\r\\t\\u0001\\u001f\\u0000/<'\x7F\xFF\"");
 }
 
-TEST(Json, WhatIsWrittenBeforeAnUndefinedPartStays) {
-    json::value v;
-    v["a"] = 1;
-    v["b"];
-    std::ostringstream out;
-    EXPECT_EQ(failure([&] { out << v; }), "cppcms::json::bad_cast: Can't write undefined value to stream");
-    EXPECT_EQ(out.str(), R"({"a":1,"b":)");
-}
-
 TEST(Json, FailuresSayWhatIsWrong) {
-    json::value v = parsed(R"({"s":"x","n":1.5,"t":true,"neg":-1,"big":1e30,"null":null,"arr":[1],"o":{}})");
-    json::value const &c = v;
+    json::value const v = parsed(R"({"s":"x","n":1.5,"t":true,"neg":-1,"big":1e30,"arr":[1]})");
     std::string const bad = "cppcms::json::bad_cast";
     EXPECT_EQ(failure([&] { v.get<std::string>("a.b"); }), bad + ": Value not found at a.b");
-    EXPECT_EQ(failure([&] { c.at("s.b"); }), bad + ": Value not found at s.b");
     EXPECT_EQ(failure([&] { v.get<std::string>("n"); }),
               bad + ": invalid type error converting from number to string");
-    EXPECT_EQ(failure([&] { v.get<std::string>("null"); }),
-              bad + ": invalid type error converting from null to string");
-    EXPECT_EQ(failure([&] { json::value().str(); }),
-              bad + ": invalid type error converting from undefined to string");
-    EXPECT_EQ(failure([&] { v.get<int>("t"); }),
-              bad + ": invalid type error converting from boolean to number");
     EXPECT_EQ(failure([&] { v.get<int>("n"); }), bad);
     EXPECT_EQ(failure([&] { v.get<unsigned>("neg"); }), bad);
     EXPECT_EQ(failure([&] { v.get<long long>("big"); }), bad);
-    EXPECT_EQ(failure([&] { v.at("q"); }), bad + ": Member q not found");
-    EXPECT_EQ(failure([&] { c["q"]; }), bad + ": Member q not found");
-    EXPECT_EQ(failure([&] { v.at("s.b"); }), bad + ":  error converting from object to string");
-    EXPECT_EQ(failure([&] { c["o"][std::size_t{0}]; }), bad + ":  error converting from array to object");
-    EXPECT_EQ(failure([&] { c["arr"][7]; }), bad + ": Index out of range");
-    EXPECT_EQ(failure([&] { v.at(""); }), bad + ": Invalid path provided");
-    EXPECT_EQ(failure([&] { v.at("s..b", 1); }), bad + ": Invalid path provided");
+    EXPECT_EQ(failure([&] { v["q"]; }), bad + ": Member q not found");
+    EXPECT_EQ(failure([&] { v["arr"][7]; }), bad + ": Index out of range");
+    EXPECT_EQ(failure([&] { json::value().at("s..b", 1); }), bad + ": Invalid path provided");
+    EXPECT_THROW(json::value().save(), json::bad_value_cast);
 }
 
 TEST(Json, FallbacksCoverMissingAndWrongTypes) {
@@ -175,9 +95,6 @@ TEST(Json, FallbacksCoverMissingAndWrongTypes) {
     EXPECT_EQ(v.get("a..n", 7), 7);
     EXPECT_EQ(v.get("a.n", "text"), "text");
     EXPECT_EQ(v.get("a.s", "text"), "x");
-    EXPECT_TRUE(v.find("").is_undefined());
-    EXPECT_TRUE(v.find("a.").is_undefined());
-    EXPECT_EQ(v.type("a"), json::is_object);
 }
 
 TEST(Json, WritingMakesWhatIsMissing) {
@@ -205,13 +122,6 @@ TEST(Json, ConvertsFromAndToOrdinaryTypes) {
     EXPECT_EQ(v.get<unsigned>("u"), 4000000000U);
     EXPECT_THROW(v.get<int>("u"), json::bad_value_cast);
     EXPECT_THROW(v.get<std::vector<int>>("v"), json::bad_value_cast);
-    json::value other = v;
-    EXPECT_EQ(other, v);
-    other["a"][0] = 2;
-    EXPECT_NE(other, v);
-    std::ostringstream type;
-    type << v.type("a");
-    EXPECT_EQ(type.str(), "array");
 }
 
 }  // namespace

@@ -110,11 +110,4 @@ TEST(MultipartParser, RefusesUnusableBoundaries) {
     }
 }
 
-TEST(MultipartParser, EndsWhereTheConsumerWantsNoMore) {
-    class Full : public Recorder {
-        bool part_data(std::string_view) override { return false; }
-    } parts;
-    EXPECT_EQ(Parse({two_parts}, parts), Result::refused);
-}
-
 }  // namespace

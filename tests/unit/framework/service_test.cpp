@@ -1,7 +1,5 @@
-#include <cppcms/cppcms_error.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -63,10 +61,7 @@ TEST_F(CommandLine, GivesSettings) {
 
 TEST_F(CommandLine, NamesItsProblems) {
     EXPECT_EQ(Problem({}), "No configuration defined");
-    EXPECT_EQ(Problem({"-c"}), "Switch -c requires configuration file parameters");
-    EXPECT_EQ(Problem({"-c", file_, "-c", file_}), "Switch -c can't be used twice");
     EXPECT_EQ(Problem({"-c", "/none"}), "Failed to open filename:/none");
-    EXPECT_EQ(Problem({"--foo"}), "Invalid switch: --foo");
     EXPECT_EQ(Problem({"--a--b=1"}), "Invalid switch: --a--b=1");
     EXPECT_EQ(Problem({"--a={"}), "Invadid json expresson: {");
     std::ofstream(file_) << "{\n\"a\" 1}";
@@ -81,10 +76,6 @@ TEST(Service, RefusesContradictorySettings) {
         {{{"service.api", "gopher"}}, "Unknown api: gopher"},
         {{{"service.api", "fastcgi"}, {"service.socket", "/tmp/x"}, {"service.port", 1}},
          "Can't define both UNIX socket and TCP port/ip"},
-        {{{"service.api", "http"}, {"service.socket", "/tmp/x"}},
-         "HTTP API is not supported over Unix Domain sockets"},
-        {{{"service.api", "http"}, {"service.list", cppcms::json::array()}},
-         "Can't specify both service.api and service.list"},
     };
     for (auto const &c : cases) {
         value settings;
@@ -93,9 +84,6 @@ TEST(Service, RefusesContradictorySettings) {
         cppcms::service service(settings);
         EXPECT_EQ(failure([&] { service.run(); }), c.problem);
     }
-    EXPECT_THROW(
-        cppcms::service(value(cppcms::json::object{{"logging", cppcms::json::object{{"level", "loud"}}}})),
-        booster::invalid_argument);
 }
 
 TEST(Service, SaysThatItsAddressIsTaken) {
@@ -118,24 +106,6 @@ TEST(Service, RunsWithoutFrontsAndDoesWhatIsPosted) {
     });
     service.run();
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
-    cppcms::service failing(settings);
-    failing.post([] { throw std::runtime_error("posted"); });
-    EXPECT_EQ(failure([&] { failing.run(); }), "posted");
-}
-
-TEST(Service, StopsOnSignalsAndRestoresTheirHandlers) {
-    static std::atomic<int> seen{0};
-    auto const before = std::signal(SIGUSR1, [](int) { ++seen; });
-    for (int const signal : {SIGINT, SIGTERM, SIGUSR1}) {
-        RunningService service(HttpSettings(FreePort()));
-        // The handlers are in place when the service serves.
-        service.Service().post([signal] { kill(getpid(), signal); });
-        service.Wait();
-    }
-    EXPECT_EQ(seen, 0);
-    raise(SIGUSR1);
-    EXPECT_EQ(seen, 1);
-    std::signal(SIGUSR1, before);
 }
 
 TEST(Service, FinishesRequestsThatAreAtHand) {
@@ -148,26 +118,6 @@ TEST(Service, FinishesRequestsThatAreAtHand) {
     service.Service().shutdown();
     for (auto &answer : slow)
         EXPECT_NE(answer.get().find("slow"), std::string::npos);
-}
-
-TEST(Service, AnswersTheRequestThatStopsIt) {
-    int const port = FreePort();
-    for (char const *target : {"/pages/stop", "/status/stop"}) {
-        RunningService service(HttpSettings(port));
-        EXPECT_EQ(Get(port, target).substr(0, 15), "HTTP/1.1 200 Ok");
-        service.Wait();
-    }
-}
-
-TEST(Service, OutlivesAnApplicationThatCannotBeMade) {
-    int const port = FreePort();
-    auto settings = HttpSettings(port);
-    settings.set("test.first_page_fails", true);
-    LogLines log;
-    RunningService const service(settings);
-    EXPECT_EQ(Get(port, "/pages/hello").substr(0, 12), "HTTP/1.1 500");
-    EXPECT_TRUE(log.Contains("Caught exception [no page]"));
-    EXPECT_NE(Get(port, "/pages/hello").find("hello"), std::string::npos);
 }
 
 TEST(Service, FindsMountsInTheirOrder) {
@@ -184,18 +134,13 @@ TEST(Service, FindsMountsInTheirOrder) {
         return found ? (found->source->is_asynchronous() ? "async " : "sync ") + found->url : "none";
     };
     EXPECT_EQ(url("/axy"), "async xy");
-    pool.mount(cppcms::applications_factory<Pages>(&counters), cppcms::mount_point("/a(b.*)?", 1));
+    pool.mount(cppcms::applications_factory<Pages>(), cppcms::mount_point("/a(b.*)?", 1));
     EXPECT_EQ(url("/abc"), "sync bc") << "whatever the order";
     EXPECT_EQ(url("/a"), "sync ") << "a group without a match";
     EXPECT_EQ(url("/ac"), "async c");
     EXPECT_EQ(url("x/a"), "none") << "the whole path";
     status = nullptr;
     EXPECT_EQ(url("/ac"), "none") << "the mount ends with its application";
-
-    pool.mount(cppcms::applications_factory<Pages>(&counters),
-               cppcms::mount_point(cppcms::mount_point::match_script_name, "/[cd]", 0));
-    EXPECT_EQ(table.find("", "/c", "/x")->url, "/c");
-    EXPECT_FALSE(table.find("", "/e", "/x"));
 }
 
 }  // namespace
