@@ -31,72 +31,42 @@ def in_template(body, parameters="int level,std::string const &id"):
 
 REFUSED_IN_TEMPLATE = [
     # Directives that are cut wrongly.
-    ("<% if x\n%>", "must end on its line"), ("<% c++ f('\"'); %>", "must end on its line"),
-    ("<% c++ a %%>", "must end on its line"), ("a<%b", "must end on its line"),
+    ("<% if x\n%>", "must end on its line"), ("a<%b", "must end on its line"),
     ("<% <% if x %><% end %>", "must end on its line"), ("a\x1b", "Control characters"),
     # Unknown words.
-    ("<% %>", "Unknown command"), ("<%# remark %>", "Unknown command"), ("<% x %>", "Unknown command"),
-    ("<% =x %>", "Unknown command"), ("<% item_name %>", "Unknown command"), ("<%if(x)%>", "Unknown command"),
-    ("<% pgt \"a\" %>", "Unsupported"), ("<% gt \"a\" %>", "Unsupported"), ("<% xhtml %>", "Unsupported"),
-    ("<% domain d %>", "Unsupported"), ("<% csrf %>", "Unsupported"), ("<% c++src f(); %>", "Unsupported"),
+    ("<% %>", "Unknown command"), ("<% x %>", "Unknown command"), ("<%if(x)%>", "Unknown command"),
+    ("<% gt \"a\" %>", "Unsupported"),
     # Expressions.
     *[(f"<%= {value} %>", "") for value in
-      ("", "a[0]", "A::b", "_x", "x._y", "f(1, 2)", "f(y)", '"text"', "5", "a+b", "!x", "(x)", "a.", "x |",
-       "x | f(", "x y", "x | A::b")],
-    ("<% include f(\"a\"+x) %>", "Invalid parameters: '\"a\"+x'"),
-    ("<% include f %>", "Syntax error: include f"),
-    ("<% include f(x,) %>", "No variable"), ("<% include f(x) using A %>", "Syntax error"),
-    ("<% include a::b::f() %>", "Syntax error"), ("<% url k %>", "Syntax error: url k"),
-    ('<% url "k" using "a" %>', "No variable"), ('<% url "k" using a,b,c,d,e,f,g %>', "at most 6"),
-    ("<% form input (w) %>", "Syntax error"), ("<% form block w %>", "Syntax error"),
-    ("<% c++ %>", "one whole line"),
-    ("<% c++ f(); \\ %>", "one whole line"),
+      ("", "a[0]", "A::b", "_x", "f(1, 2)", '"text"', "5", "a+b", "!x", "a.", "x |", "x | f(", "x y")],
+    ("<% include f %>", "Syntax error: include f"), ("<% include f(x,) %>", "No variable"),
+    ("<% url k %>", "Syntax error: url k"), ('<% url "k" using a,b,c,d,e,f,g %>', "at most 6"),
+    ("<% form block w %>", "Syntax error"), ("<% c++ %>", "one whole line"),
     # Conditions and ends.
     *[(f"<% if {condition} %><% end %>", "Syntax error: if") for condition in
-      ("", "x == 1", "not ( x )", "not", "empty", "rtl", "not rtl", "(a) && (b)",
-       "()", "( x", "empty *x", "!x")],
+      ("", "x == 1", "not", "empty", "()", "( x", "!x")],
     ("<% if x %>A<% else %>B<% end if %>", "End of if does not match block else"),
-    ("<% if x %><% elif y %><% end if %>", "End of if does not match block elif"),
     ("<% if x %><% else %><% elif y %><% end %>", "elif without if"), ("<% else %>", "else without if"),
-    ("<% if x %><% else y %><% end %>", "Syntax error: else y"),
-    ("<% if x %><% endif %><% end %>", "Unknown command"),
     # Loops.
     ("<% foreach x in xs %><% end %>", "foreach without item"),
-    ("<% foreach x in xs %><% separator %><% end %><% item %><% end %><% end %>",
-     "A separator ends with its item only"),
-    ("<% foreach x in xs %><% item %><% end %><% empty %><% end foreach %>",
-     "End of foreach does not match block empty"),
     ("<% foreach x in xs %><% item %><% end %><% separator %><% end %>", "Unexpected separator"),
     ("<% foreach x in xs %><% item %><% end %><% item %><% end %>", "Unexpected item"),
-    ("<% foreach x in xs %><% empty %><% item %><% end %><% end %>", "Unexpected empty"),
     ("<% foreach level in xs %><% item %><% end %><% end %>", "same name level"),
-    ("<% foreach x rowid x in xs %><% item %><% end %><% end %>", "same name x"),
     ("<% foreach x as T in xs %><% item %><% end %><% end %>", "Syntax error: foreach"),
-    ("<% foreach x reverse rowid i in xs %><% item %><% end %><% end %>", "Syntax error: foreach"),
-    ("<% foreach x in xs %><%= x %><% item %><% end %><% end %>", "only inside the item"),
     ("<% foreach x rowid i in xs %><% item %><% end %><%= i %><% end %>", "only inside the item"),
 ]
 
 REFUSED_IN_FILE = [
-    ("text", "Content is not allowed outside template blocks"),
     ("<% skin k %>text<% end skin %>", "Content is not allowed"),
-    ("<% skin k %><% view V uses R %>text<% end view %><% end skin %>", "Content is not allowed"),
     ("<% view V uses R %><% end %>", "A view must stand directly inside a skin"),
-    ("<% skin k %><% template t() %><% end %><% end %>", "A template must stand directly inside a view"),
-    ("<% skin k %><% skin k %><% end %><% end %>", "A skin must stand outside"),
     ("<% skin other %><% end skin %>", "two are named: k, other"),
     ("<% skin k %>", "Unexpected end of file t.tmpl: skin is not closed"),
-    ("<% end %>", "no block is open"), ("<% if x %>", "inside a template only"),
-    ("<%= x %>", "inside a template only"),
+    ("<% end %>", "no block is open"), ("<%= x %>", "inside a template only"),
     *[(f"<% skin k %><% view {head} %><% end %><% end %>", "Syntax error: view") for head in
-      ("V", "V uses", "V uses R<int>", "V uses R extends a::b::C",
-       "V uses R abstract", "V extends B uses R")],
+      ("V", "V uses R<int>", "V extends B uses R")],
     ("<% skin k %><% view V uses R %><% end %><% view V uses R %><% end %><% end %>", "defined twice"),
     *[(in_template("", parameters), "") for parameters in
-      ("int", "unsigned int", "const T &x", "T *x", "std::vector<int> x", "int x=1", "int x, int x",
-       "T &content", "unsigned int x", "int _x")],
-    (in_template("").replace("t(", "V("), "cannot be the name of a template"),
-    (in_template("").replace("t(", "= 0 t("), "Syntax error: template"),
+      ("int", "const T &x", "T *x", "int x=1", "int x, int x", "T &content")],
 ]
 
 
@@ -112,12 +82,12 @@ class Sources(unittest.TestCase):
 
     def test_heads(self):
         compiler = tmpl_cc.Compiler()
-        compiler.add_source("a.tmpl", in_template("<%= level %>").replace(
+        compiler.add_source("a.tmpl", in_template('<%= level %><% url "k" using id %>').replace(
             "<% end view %>", "<% template u() %><%= level %><% c++ // remark %><% end template %><% end view %>"))
         compiler.add_source("b.tmpl", "<% skin %><% view C uses ::r::C extends ui::Base %><% end %><% end %>")
         code = compiler.finish()
         self.assertEqual(compiler.errors, [])
-        for piece in ("escape(level)", "escape(content.level)", "// remark\n", "struct C : public ui::Base {",
+        for piece in ("escape(level)", "escape(content.level)", "urlencode(id)", "// remark\n", "struct C : public ui::Base {",
                       'skin_generator.name("k");', 'add_view<k::C,::r::C>("C",true)'):
             self.assertIn(piece, code)
 
@@ -144,7 +114,6 @@ class CommandLine(unittest.TestCase):
         self.folder = Path(folder.name)
         (self.folder / "good.tmpl").write_bytes(self.GOOD)
         (self.folder / "bad.tmpl").write_text("<% skin k %>\noops\n<% end view %>\n")
-        (self.folder / "empty.tmpl").write_text("<% c++ #include <string> %>\n")
         (self.folder / "latin.tmpl").write_bytes(b"<% skin k %>\xe9<% end skin %>")
 
     def run_compiler(self, *arguments):
@@ -165,11 +134,7 @@ class CommandLine(unittest.TestCase):
                 ("out.cpp", ["bad.tmpl"], "Content is not allowed outside template blocks in file bad.tmpl, line 2"),
                 ("out.cpp", ["good.tmpl", "missing.tmpl"], "Cannot read file missing.tmpl"),
                 ("out.cpp", ["latin.tmpl"], "Cannot read file latin.tmpl"),
-                ("out.cpp", ["empty.tmpl"], "No view is defined"),
-                ("out.cpp", ["good.tmpl", "-s", "other"], "in file good.tmpl, line 1"),
-                ("out.cpp", ["good.tmpl", "-d", "domain"], "-d"), ("out.cpp", [], "FILE.tmpl"),
                 ("./good.tmpl", ["good.tmpl"], "is both input and output"),
-                (".", ["good.tmpl"], "is not a regular file"),
                 ("no/such/out.cpp", ["good.tmpl"], "Cannot write file no/such/out.cpp")]:
             with self.subTest(output=output, arguments=arguments):
                 result = self.run_compiler("-o", output, *arguments)

@@ -1,16 +1,13 @@
 #include <gtest/gtest.h>
 #include <prm/prmlib.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <array>
 #include <climits>
-#include <cmath>
 #include <vector>
 
 #include "Store.h"
-#include "tests/unit/platform/Namespaces.h"
 #include "tests/unit/platform/TemporaryFolder.h"
 
 namespace {
@@ -51,12 +48,11 @@ TEST_F(PrmLib, ValuesKeepTypeAndTextOfWhatWasSet) {
     EXPECT_EQ(client.setPar("i", INT_MIN), Ok);
     EXPECT_EQ(client.setPar("f", 0.1f), Ok);
     EXPECT_EQ(client.setPar("s", bytes), Ok);
-    EXPECT_EQ(client.setPar("c", "text"), Ok);
     struct {
         char const *key;
         std::string text;
         int type;
-    } const cases[] = {{"i", "-2147483648", 0}, {"f", "0.1", 1}, {"s", bytes, 2}, {"c", "text", 2}};
+    } const cases[] = {{"i", "-2147483648", 0}, {"f", "0.1", 1}, {"s", bytes, 2}};
     for (auto const &expected : cases) {
         std::string text = "(none)";
         auto type = static_cast<PRM_PAR_T>(3);
@@ -64,11 +60,6 @@ TEST_F(PrmLib, ValuesKeepTypeAndTextOfWhatWasSet) {
         EXPECT_EQ(text, expected.text);
         EXPECT_EQ(static_cast<int>(type), expected.type) << expected.key;
     }
-    std::array<char, 8> buffer{"?"};
-    EXPECT_EQ(client.getPar("k", buffer.data()), NotFound);
-    EXPECT_STREQ(buffer.data(), "?");
-    EXPECT_EQ(client.getPar("c", buffer.data()), Ok);
-    EXPECT_STREQ(buffer.data(), "text");
 }
 
 TEST_F(PrmLib, NumbersAreReadFromAnyValueThatIsOne) {
@@ -94,15 +85,11 @@ TEST_F(PrmLib, NumbersAreReadFromAnyValueThatIsOne) {
     client.setPar("n", 0.3f);
     EXPECT_EQ(client.getPar("n", &real), Ok);
     EXPECT_EQ(real, 0.3f);
-    client.setPar("n", 7);
-    EXPECT_EQ(client.getPar("n", &real), Ok);
-    EXPECT_EQ(real, 7.0f);
 }
 
 TEST_F(PrmLib, KeysAreNormalizedAndChecked) {
     EXPECT_EQ(client.setPar("//net/hostname", "box"), Ok);
     EXPECT_EQ(Text("net/hostname"), "box");
-    EXPECT_EQ(Text("/net/hostname"), "box");
     EXPECT_EQ(client.delPar("/net/hostname"), Ok);
     EXPECT_EQ(client.delPar("net/hostname"), NotFound);
 
@@ -148,26 +135,6 @@ TEST_F(PrmLib, ListComesInByteOrderWithoutNamesThatDoNotFit) {
         client.setPar(key.c_str(), 1);
     EXPECT_EQ(List("p/"), std::vector<std::string>({"p/B", "p/b", fits, "p/\xff"}));
     EXPECT_EQ(List("/p/b"), std::vector<std::string>({"p/b"}));
-    EXPECT_EQ(List("").size(), 7u);
-    EXPECT_TRUE(List("none").empty());
-}
-
-TEST_F(PrmLib, LongListSurvivesChangesWhileItRuns) {
-    constexpr int count = 600;
-    auto const key = [](int i) { return "l/" + std::to_string(1000 + i); };
-    for (int i = 0; i < count; ++i)
-        client.setPar(key(i).c_str(), i);
-    std::array<char, 128> name{};
-    client.getList("l/", 0);
-    // Each key goes when it has been told, and the last is gone before the names of its neighbourhood are
-    // read.
-    client.delPar(key(count - 1).c_str());
-    for (int i = 0; i < count - 1; ++i) {
-        ASSERT_EQ(client.getNext(name.data(), 0), Ok);
-        ASSERT_EQ(name.data(), key(i));
-        client.delPar(name.data());
-    }
-    EXPECT_NE(client.getNext(name.data(), 0), Ok);
 }
 
 TEST_F(PrmLib, StoreIsReadableByItsOwnerOnly) {
@@ -179,34 +146,23 @@ TEST_F(PrmLib, StoreIsReadableByItsOwnerOnly) {
     }
 }
 
-/// Runs \a work in a process of its own, which exits with what it returns.
-template <typename Work>
-pid_t Start(Work work) {
-    pid_t const pid = ::fork();
-    if (pid == 0)
-        ::_exit(work());
-    return pid;
-}
-
-int ExitCode(pid_t pid) {
-    int status = -1;
-    ::waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 TEST_F(PrmLib, ProcessesThatStartTogetherLoseNoWrite) {
     std::vector<pid_t> children;
     for (int n = 0; n < 4; ++n) {
-        children.push_back(Start([n] {
-            cPrmLib own(otherClient);
-            int failures = 0;
-            for (int i = 0; i < 20; ++i)
-                failures += own.setPar(("p/" + std::to_string(n) + '/' + std::to_string(i)).c_str(), i) != Ok;
-            return failures;
-        }));
+        children.push_back(::fork());
+        if (children.back() > 0)
+            continue;
+        cPrmLib own(otherClient);
+        int failures = 0;
+        for (int i = 0; i < 20; ++i)
+            failures += own.setPar(("p/" + std::to_string(n) + '/' + std::to_string(i)).c_str(), i) != Ok;
+        ::_exit(failures);
     }
-    for (pid_t const child : children)
-        EXPECT_EQ(ExitCode(child), 0);
+    for (pid_t const child : children) {
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
     EXPECT_EQ(List("p/").size(), 80u);
 }
 
@@ -214,60 +170,16 @@ TEST_F(PrmLib, AnUnusableStoreFailsEachCallAndIsPickedUpWhenRepaired) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path) << std::string(8192, 'x');
     std::string value = "kept";
-    int number = 5;
-    std::array<char, 128> name{"kept"};
-    std::string const file = folder.File("f", "content");
     EXPECT_EQ(client.getPar("k", value), Unavailable);
-    EXPECT_EQ(client.getPar("k", &number), Unavailable);
     EXPECT_EQ(client.setPar("k", 1), Unavailable);
     EXPECT_EQ(client.delPar("k"), Unavailable);
-    EXPECT_EQ(client.addFile("k", file.c_str(), 0644), Unavailable);
+    EXPECT_EQ(client.addFile("k", folder.File("f", "content").c_str(), 0644), Unavailable);
     EXPECT_EQ(client.getList("", 0), Unavailable);
-    EXPECT_EQ(client.getNext(name.data(), 0), Unavailable);
-    client.FlushReadCache();
     EXPECT_EQ(value, "kept");
-    EXPECT_EQ(number, 5);
-    EXPECT_STREQ(name.data(), "kept");
 
     std::filesystem::remove(path);
     EXPECT_EQ(client.setPar("k", 1), Ok);
     EXPECT_EQ(Text("k"), "1");
-}
-
-/// On a file system that is read-only for one process; with and without another one that holds the store
-/// open.
-TEST_F(PrmLib, AWriteProtectedStoreIsReadAndWrittenOnceItMayBe) {
-    constexpr int skipped = 77;
-    std::string const store = folder / "folder";
-    prm::Store(path, {}).Write("k", {"v"});
-    for (bool const isOpen : {false, true}) {
-        if (isOpen) {
-            EXPECT_EQ(client.setPar("k", "v"), Ok);
-        }
-        auto const remount = [&](unsigned long flags) {
-            return ::mount(nullptr, store.c_str(), nullptr, MS_BIND | MS_REMOUNT | flags, nullptr) == 0;
-        };
-        int const failures = ExitCode(Start([&] {
-            if (!EnterNamespaces(CLONE_NEWNS) ||
-                ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-                ::mount(store.c_str(), store.c_str(), nullptr, MS_BIND, nullptr) != 0 || !remount(MS_RDONLY))
-                return skipped;
-            cPrmLib own(otherClient);
-            auto const reads = [&] {
-                std::array<char, 128> name{};
-                std::string value;
-                return own.getPar("k", value) == Ok && value == "v" && own.getList("", 0) == Ok &&
-                       own.getNext(name.data(), 0) == Ok;
-            };
-            bool const whileProtected = reads() && own.setPar("k", "new") == Unavailable && reads() &&
-                                        own.delPar("k") == Unavailable && reads();
-            bool const later = remount(0) && own.setPar("k", "v") == Ok && reads();
-            return (whileProtected ? 0 : 1) + (later ? 0 : 2);
-        }));
-        if (failures == skipped)
-            GTEST_SKIP() << "may not mount";
-        EXPECT_EQ(failures, 0) << isOpen;
-    }
 }
 
 TEST_F(PrmLib, AStoreThatWasReplacedIsNotWrittenToInVain) {
@@ -280,32 +192,6 @@ TEST_F(PrmLib, AStoreThatWasReplacedIsNotWrittenToInVain) {
     EXPECT_EQ(value, "new");
 }
 
-/// Damage in the middle of a good file is met only by the reads that get there.
-TEST_F(PrmLib, ADamagedPageFailsWithoutHarm) {
-    {
-        std::vector<prm::Parameter> many(400);
-        for (std::size_t i = 0; i < many.size(); ++i)
-            many[i] = {"k" + std::to_string(i), {std::string(200, 'v')}};
-        prm::Store writer(path, [](std::string const &reason) { ADD_FAILURE() << reason; });
-        ASSERT_EQ(writer.Write(many), prm::Status::Ok);
-    }
-    {
-        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-        for (int page = 1; page < 20; ++page) {
-            file.seekp(std::streamoff{page} * 4096);
-            file << std::string(64, '\xff');
-        }
-    }
-    int failures = 0;
-    for (int i = 0; i < 400; ++i) {
-        std::string value;
-        int const code = client.getPar(("k" + std::to_string(i)).c_str(), value);
-        EXPECT_TRUE(code == Unavailable || code == NotFound || value == std::string(200, 'v')) << code;
-        failures += code != Ok;
-    }
-    EXPECT_GT(failures, 0);
-}
-
 TEST(PrmStore, TellsAReasonOnceNotPerCall) {
     TemporaryFolder const folder;
     std::vector<std::string> lines;
@@ -314,8 +200,16 @@ TEST(PrmStore, TellsAReasonOnceNotPerCall) {
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(store.Write("k", {"v"}), prm::Status::Unavailable);
     ASSERT_EQ(lines.size(), 1u);
-    EXPECT_NE(lines[0].find(store.Path()), std::string::npos);
     EXPECT_NE(lines[0].find("not a database"), std::string::npos) << lines[0];
+}
+
+TEST(PrmStore, RefusesTheFileOfANewerVersion) {
+    TemporaryFolder const folder;
+    std::string const path = folder / "prm.db";
+    prm::Store(path, {}).Write("k", {"v"});
+    constexpr std::streamoff userVersion = 60;  // in the header of an SQLite file, the last byte of four
+    std::fstream(path, std::ios::in | std::ios::out | std::ios::binary).seekp(userVersion + 3).put(2);
+    EXPECT_EQ(prm::Store(path, [](auto const &) {}).Write("k", {"v"}), prm::Status::Unavailable);
 }
 
 TEST(PrmStore, RemovesATreeAndNothingBesideIt) {

@@ -4,41 +4,19 @@
 
 #include "seriald_client/PortStatistics.h"
 #include "seriald_client/SerialPRM.h"
-#include "seriald_client/SerialdClient.h"
 #include "tests/unit/platform/Wire.h"
 
 namespace {
 
-constexpr char modem[] = "/dev/serial/by-id/usb-cellular-modem-modem";
-
-TEST(SerialPRM, Functions) {
-    std::pair<char const *, int> const cases[] = {{"none", -1}, {"shell", 2}, {"gprs_dialup", 4}};
-    for (auto const &[value, id] : cases) {
-        EXPECT_EQ(cSerialPRM::GetFuncIdFromPRMValue(value), id);
-        EXPECT_EQ(cSerialPRM::GetPRMValueForFuncId(id), value);
-    }
-    EXPECT_EQ(cSerialPRM::GetFuncIdFromPRMValue("gprs"), -1);
-    for (int const id : {-2, 0, 1, 3, 5})
-        EXPECT_EQ(cSerialPRM::GetPRMValueForFuncId(id), "") << id;
-}
-
 TEST(SerialPRM, Ports) {
-    struct {
-        char const *key;
-        char const *tty;
-        std::uint32_t clientId;
-    } const cases[] = {{"serial/port/gprs/function", modem, 1}, {"serial/port/tcp1/function", "tcp1", 11}};
-    for (auto const &[key, tty, clientId] : cases) {
-        EXPECT_EQ(cSerialPRM::GetTTY(key), tty);
-        EXPECT_EQ(cSerialPRM::GetPrmParname(tty), key);
-        EXPECT_EQ(cSerialPRM::GetSerialdClientID(tty), clientId);
-        EXPECT_EQ(cSerialdClient::GetSerialdClientID(tty), clientId);
-    }
-    for (char const *unknown : {"", "tcp", "tcp10", "/dev/ttyS0"}) {
-        EXPECT_EQ(cSerialPRM::GetTTY(unknown), "");
-        EXPECT_EQ(cSerialPRM::GetPrmParname(unknown), "");
-        EXPECT_EQ(cSerialdClient::GetSerialdClientID(unknown), 0u);
-    }
+    constexpr char key[] = "serial/port/gprs/function";
+    constexpr char tty[] = "/dev/serial/by-id/usb-cellular-modem-modem";
+    EXPECT_EQ(cSerialPRM::GetTTY(key), tty);
+    EXPECT_EQ(cSerialPRM::GetPrmParname(tty), key);
+    EXPECT_EQ(cSerialPRM::GetSerialdClientID(tty), 1u);
+    EXPECT_EQ(cSerialPRM::GetTTY("tcp10"), "");
+    EXPECT_EQ(cSerialPRM::GetFuncIdFromPRMValue("gprs_dialup"), 4);
+    EXPECT_EQ(cSerialPRM::GetFuncIdFromPRMValue("gprs"), -1);
 }
 
 /// A reply with the function id 4 in the ports 3 and 5 (from 1).

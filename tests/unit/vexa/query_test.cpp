@@ -114,25 +114,10 @@ TEST_F(VexaHandlerTest, KeepsTheLatestOfEachKind) {
         Handle(server);
         Handle(openVpn);
     }
-    gprs.bitErrorRate = 3;  // the handler has a copy
     EXPECT_EQ(handler.Take<cVexaMsgGPRSStats>()->bitErrorRate, 2u);
     EXPECT_EQ(handler.Take<cVexaMsgServerStats>()->connected, 2);
     EXPECT_EQ(handler.Take<cVexaMsgOpenVPNStats>()->secondsInState, 2u);
     EXPECT_FALSE(handler.Take<cVexaMsgGPRSStats>());
-}
-
-TEST_F(VexaHandlerTest, IgnoresOtherTypesAndFalseOnes) {
-    cVexaMsgServerStats server;
-    server.connected = 1;
-    Handle(server);
-    cVexaMsg falseServer(cVexaMsgServerStats::messageType);
-    cVexaMsg falseGprs(cVexaMsgGPRSStats::messageType);
-    cVexaMsgRequestServerStats request;
-    for (cVexaMsg *message : {&falseServer, &falseGprs, static_cast<cVexaMsg *>(&request)})
-        Handle(*message);
-    EXPECT_EQ(handler.Take<cVexaMsgServerStats>()->connected, 1);
-    EXPECT_FALSE(handler.Take<cVexaMsgGPRSStats>());
-    EXPECT_FALSE(handler.Take<cVexaMsgOpenVPNStats>());
 }
 
 }  // namespace
