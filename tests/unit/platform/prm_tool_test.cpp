@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <prm/prmlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vnt_util/system.h>
 
 #include "tests/unit/platform/TemporaryFolder.h"
@@ -118,6 +119,19 @@ TEST_F(PrmTool, ImportTakesAllLinesOrNone) {
     EXPECT_EQ(Run("get new").code, 1);
     EXPECT_EQ(Run("import " + (folder / "none")).code, 1);
     EXPECT_EQ(Run("import " + (folder / ".")).code, 1);
+}
+
+TEST_F(PrmTool, AWriteProtectedStoreIsRead) {
+    ASSERT_EQ(Run("set k v").code, 0);
+    std::string const unshare = ::geteuid() == 0 ? "unshare -m " : "unshare -rm ";
+    std::string output;
+    if (vnt_util::system::exec(unshare + "true", output) != 0)
+        GTEST_SKIP() << "may not mount";
+    std::string const store = folder / ".";
+    std::string const script = "mount --bind " + store + ' ' + store + " && mount -o remount,bind,ro " +
+                               store + " && " PRM_TOOL " get k && ! " PRM_TOOL " set k new 2>&1";
+    EXPECT_EQ(vnt_util::system::exec(unshare + "sh -c '" + script + '\'', output), 0);
+    EXPECT_TRUE(output.starts_with("v\nprm: ")) << output;
 }
 
 TEST_F(PrmTool, AnUnusableStoreIsTold) {

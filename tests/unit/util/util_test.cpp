@@ -44,6 +44,17 @@ TEST(Commands, TheLogTellsWhichCommandHadToBeEndedButNoSecrets) {
                    "error: No result of the command date after 0 s (Commands)"}));
 }
 
+TEST(Settings, EnvironmentWinsUnlessItIsEmpty) {
+    cppcms::json::value settings;
+    settings["a"]["text"] = "from settings";
+    ::setenv("UTIL_TEST", "", 1);
+    EXPECT_EQ(EnvOrSettings("UTIL_TEST", "a.text", settings), "from settings");
+    EXPECT_EQ(EnvOrSettings("UTIL_TEST", "a.none", settings), "");
+    ::setenv("UTIL_TEST", "from environment", 1);
+    EXPECT_EQ(EnvOrSettings("UTIL_TEST", "a.text", settings), "from environment");
+    ::unsetenv("UTIL_TEST");
+}
+
 TEST(Partition, FiguresAreThoseOfExtendedFileSystems) {
     struct {
         long type;
