@@ -97,7 +97,7 @@ TEST_F(UrlTest, KeysAreLookedUpFromTheTopFromHereAndFromTheParent) {
     settings->mapper().assign("");
     settings->mapper().assign("general", "/general");
     settings->mapper().assign("about", "/about");
-    settings->mapper().assign("about", "/about/{1}/{2}");
+    settings->mapper().assign("about", "/about/{2}/{1}");
     settings->mapper().assign("one", "/one/{1}");
     network->mapper().assign("general", "/general");
 
@@ -123,7 +123,7 @@ TEST_F(UrlTest, KeysAreLookedUpFromTheTopFromHereAndFromTheParent) {
 
     std::ostringstream out;
     root.mapper().map(out, "/settings/about", "a b", 7);
-    EXPECT_EQ(out.str(), "/config/settings/about/a b/7");
+    EXPECT_EQ(out.str(), "/config/settings/about/7/a b");
 }
 
 TEST(UrlErrorTest, FailedMappingIsLoggedAndGivesTheInvalidUrl) {
