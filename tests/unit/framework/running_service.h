@@ -55,7 +55,7 @@ class Pages : public cppcms::application {
             std::this_thread::sleep_for(std::chrono::milliseconds(300)), response().out() << "slow";
         else if (url == "/echo")
             Echo();
-        else if (url == "/variables")
+        else if (url.starts_with("/variables"))
             for (auto const &[name, value] : request().getenv())
                 response().out() << name << '=' << value << '\n';
         else
