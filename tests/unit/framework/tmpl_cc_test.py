@@ -87,8 +87,8 @@ class Sources(unittest.TestCase):
         compiler.add_source("b.tmpl", "<% skin %><% view C uses ::r::C extends ui::Base %><% end %><% end %>")
         code = compiler.finish()
         self.assertEqual(compiler.errors, [])
-        for piece in ("escape(level)", "escape(content.level)", "urlencode(id)", "// remark\n", "struct C : public ui::Base {",
-                      'skin_generator.name("k");', 'add_view<k::C,::r::C>("C",true)'):
+        for piece in ("escape(level)", "escape(content.level)", "urlencode(id)", "// remark\n",
+                      "struct C : public ui::Base {", 'skin_generator.name("k");', 'add_view<k::C,::r::C>("C",true)'):
             self.assertIn(piece, code)
 
     def test_lines_lead_back_to_the_template(self):
