@@ -27,6 +27,14 @@ std::string Control(widgets::base_widget &widget) {
     return out.str() + '\n';
 }
 
+std::string Whole(cppcms::base_form &element, form_context::html_list_type list = form_context::as_p,
+                  form_context::html_type html = form_context::as_html) {
+    std::ostringstream out;
+    form_context context(out, html, list);
+    element.render(context);
+    return out.str();
+}
+
 TEST(FormWriting, Controls) {
     cppcms::form form, part;
     widgets::text plain, full;
@@ -110,6 +118,31 @@ TEST(FormWriting, Controls) {
 </div>
 <input type="submit" name="_14" value="Sa&lt;ve" @ >
 )");
+}
+
+TEST(FormWriting, Layouts) {
+    cppcms::form form;
+    widgets::checkbox box;
+    widgets::text bare;
+    form.add(box);
+    form.add(bare);
+    box.message("M");
+    box.value(true);
+    bare.valid(false);
+    std::string const error = R"(<span class="cppcms_form_error">*</span> )";
+    std::string const input = R"(<span class="cppcms_form_input"><input type=)";
+    std::string const on = input + R"("checkbox" name="_1"  checked value="y"  ></span>)";
+    std::string const off = error + input + R"("text" name="_2"  ></span>)";
+    EXPECT_EQ(Whole(form), "<p>M&nbsp;" + on + "</p>\n<p>" + off + "</p>\n");
+    EXPECT_EQ(Whole(form, form_context::as_table),
+              "<tr><th>M</th><td>&nbsp;" + on + "</td></tr>\n<tr><th>&nbsp;</th><td>" + off + "</td></tr>\n");
+    EXPECT_EQ(Whole(form, form_context::as_ul), "<li>M&nbsp;" + on + "</li>\n<li>" + off + "</li>\n");
+    EXPECT_EQ(Whole(form, form_context::as_dl),
+              "<dt>M</dt><dd>" + on + "</dd>\n<dt></dt><dd>" + off + "</dd>\n");
+    EXPECT_EQ(Whole(form, form_context::as_space), "M&nbsp;" + on + '\n' + off + '\n');
+    EXPECT_NE(Whole(form, form_context::as_p, form_context::as_xhtml)
+                  .find(R"( checked="checked" value="y"  /></span>)"),
+              std::string::npos);
 }
 
 TEST(FormWriting, WholeForms) {

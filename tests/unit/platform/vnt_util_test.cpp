@@ -1,7 +1,9 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <shell/Shell.h>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vnt_util/system.h>
 
 #include <array>
@@ -59,6 +61,23 @@ TEST_P(Command, StartsWithCleanSignals) {
     constexpr unsigned long long internal = 3ULL << 31;
     EXPECT_EQ(SignalsOfCommand("SigBlk"), 0u);
     EXPECT_EQ(SignalsOfCommand("SigIgn") & ~internal, 0u);
+}
+
+TEST_P(Command, InheritsNoDescriptorOfOurs) {
+    int const input = ::dup(STDIN_FILENO);
+    int const folder = ::open("/", O_RDONLY | O_DIRECTORY);
+    ::dup2(folder, STDIN_FILENO);
+    std::string const list = "sh -c 'ls -l /proc/$$/fd/0 | grep -c /dev/null; ls -x /proc/$$/fd; true'";
+    std::string before;
+    std::string after;
+    vnt_util::system::exec(list, before);
+    ::shell::Process const running("sleep 0.2");  // whose pipes are ours
+    vnt_util::system::exec(list, after);
+    EXPECT_TRUE(before.starts_with("1\n")) << "its input is not /dev/null";
+    EXPECT_EQ(after, before);
+    ::dup2(input, STDIN_FILENO);
+    ::close(input);
+    ::close(folder);
 }
 
 /// How long \a function takes.
