@@ -147,18 +147,28 @@ def measure_memory(pid):
 
 @contextlib.contextmanager
 def blocked_status_call():
-    """Holds the firmware status call by the lock that it waits for."""
+    """Holds the firmware status call by the lock that it waits for, for two seconds each time."""
     path = Path("/tmp/fwtool_status.txt")
     path.write_text("busy\n")
+    done = threading.Event()
+    seconds = []
+
+    def keep_calling():
+        while not done.is_set():
+            start = time.monotonic()
+            call("fw_upgrade_status")
+            seconds.append(time.monotonic() - start)
+
     with path.open("r+") as status:
         fcntl.lockf(status, fcntl.LOCK_EX)
-        caller = threading.Thread(target=call, args=("fw_upgrade_status",))
+        caller = threading.Thread(target=keep_calling)
         caller.start()
         time.sleep(0.2)
         yield
-        assert caller.is_alive(), "the status call was not blocked"
-    caller.join()
+        done.set()
+        caller.join()
     path.unlink()
+    assert min(seconds) > 1, f"the status calls were not blocked: {seconds}"
 
 
 def measure_blocked_latency():
