@@ -86,6 +86,7 @@ TEST_F(OpenVPNTest, UploadsAreInstalledUnderTheirName) {
            "application/octet-stream");
     std::pair<char const *, char const *> const names[] = {
         {"../../etc/passwd.ovpn", "passwd.ovpn"},
+        {"C:/Users/me/my.ovpn", "my.ovpn"},
         {"$(touch ran)`touch ran`;'.ovpn", "$(touch ran)`touch ran`;'.ovpn"},
         {"<b>&.ovpn", "<b>&.ovpn"},
     };
