@@ -94,6 +94,8 @@ class SpawnedBackend(unittest.TestCase):
         self.assertTrue(eventually(lambda: get(page)[0] == 200))
         self.assertNotEqual(first, device.output("pgrep", "-x", "webconfig"))
         self.assertIn("sleep 300", device.output("ps", "-eo", "args="))
+        device.shell("sleep 1.1; pkill -KILL -x lighttpd; sleep 1.1")  # one that ends at once is not started again
+        self.assertEqual(200, get(page)[0], "the web server is started again")
 
 
 class BuiltInServer(unittest.TestCase):
