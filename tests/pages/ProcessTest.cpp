@@ -27,7 +27,7 @@ std::size_t Entries(std::string const &folder) {
 /// What \a count browsers get within five seconds that poll at once.
 std::string AnswersOfPolls(int count) {
     std::string const call = R"({"method":"ethernet1_status","params":[],"id":1})";
-    return device::Shell("curl -s -m 5 -Z --parallel-immediate --parallel-max 200 -d '" + call +
+    return device::Shell("curl -s -m 2 -Z --parallel-immediate --parallel-max 200 -d '" + call +
                          "' -H 'Content-Type: application/json' '" + address + "/status/rpc?[1-" +
                          std::to_string(count) + "]' 2>/dev/null");
 }
@@ -193,11 +193,13 @@ TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReloadNorAStop) {
         return other.Post("/config/settings/advanced", {{"submit", "Nothing"}});
     });
 
-    // One is being answered, a hundred wait. Not all may come in time.
-    std::size_t const refused =
-        device::Count(AnswersOfPolls(150), R"("error":"Too many calls wait for this answer")");
-    EXPECT_GE(refused, 1u);
-    EXPECT_LE(refused, 50u);
+    // One is being answered, a hundred wait. Those of a burst that come too late for it wait all the same.
+    std::string const refused = R"("error":"Too many calls wait for this answer")";
+    EXPECT_EQ(device::Count(AnswersOfPolls(90), refused), 0u);
+    bool full = false;
+    for (int burst = 0; burst < 3 && !full; ++burst)
+        full = device::Count(AnswersOfPolls(60), refused) > 0;
+    EXPECT_TRUE(full);
     auto const start = std::chrono::steady_clock::now();
     EXPECT_EQ(browser.Get("/config/settings/about").status, 200);
     EXPECT_NE(browser.Call("dns_server_status").result, "");
