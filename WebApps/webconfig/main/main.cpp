@@ -26,6 +26,7 @@
 #include "WebApps/webconfig/main/CommandLine.h"
 #include "WebApps/webconfig/main/StopSignals.h"
 #include "WebApps/webconfig/main/SystemLog.h"
+#include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -123,6 +124,7 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
         return nullptr;
     WEBCONFIG_LOG(debug, logTag) << "webconfig start";
     util::HardenShell(service->settings().get("webconfig.hardening.shell", false));
+    security::SetPolicy(security::ReadPolicy(service->settings()));
     MountPages(*service);
     auto const status = MountStatus(*service);
     stop.Run(*service);
