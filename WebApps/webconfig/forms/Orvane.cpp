@@ -27,7 +27,7 @@ Orvane::Orvane(std::string const &path) {
 
     SetUp(port, "port", "cfg_orv_port", "Port");
     port.range(minPort, maxPort);
-    // With two blanks: kept.
+    // With two blanks: translations are found by the whole text.
     port.error_message("Invalid range;  minimum " + std::to_string(minPort) + ", maximum " +
                        std::to_string(maxPort));
     add(port);

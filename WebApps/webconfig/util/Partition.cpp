@@ -22,7 +22,7 @@ std::optional<std::string> PartitionText(std::string const &name, std::string co
 std::optional<std::string> PartitionText(std::string const &name, struct statfs const &figures) {
     if (figures.f_type != extended || figures.f_blocks == 0)
         return {};
-    // A product of 32 bits, kept: above 4 TB free it starts over.
+    // A product of 32 bits, ample for the flash of a device: above 4 TB free it starts over.
     auto const free = static_cast<std::uint32_t>(figures.f_bfree) *
                       static_cast<std::uint32_t>(figures.f_bsize / bytesPerKilobyte);
     auto const used = static_cast<int>((figures.f_blocks - figures.f_bfree) * 100 / figures.f_blocks);

@@ -4,7 +4,7 @@
 
 namespace webconfig::util {
 
-std::string Trimmed(std::string const &text) {
+std::string Trim(std::string const &text) {
     constexpr char blanks[] = " \t\n\v\f\r";
     auto const begin = text.find_first_not_of(blanks);
     return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
@@ -16,18 +16,12 @@ std::string TextBetween(std::string const &text, std::string const &marker, std:
         return "";
     std::string const rest = text.substr(found + marker.size());
     auto const end = rest.find_first_of(ends);
-    return end == 0 ? rest : rest.substr(0, end);  // never cut to nothing: kept as it is
+    return end == 0 ? rest : rest.substr(0, end);  // never cut to nothing
 }
 
 std::string StripChars(std::string text, std::string const &characters) {
     std::erase_if(text, containsChars(characters));
     return text;
-}
-
-std::string Trim(std::string const &text) {
-    constexpr char blanks[] = " \t\r\n";
-    auto const first = text.find_first_not_of(blanks);
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 unsigned LeadingNumber(std::string const &text) {

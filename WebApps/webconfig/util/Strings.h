@@ -16,7 +16,7 @@ class containsChars {
 };
 
 /// \a text without the white space around it.
-std::string Trimmed(std::string const &text);
+std::string Trim(std::string const &text);
 
 /// What follows the first \a marker in \a text, up to the first of the characters \a ends. Where none of
 /// them follows, or one follows at once, the whole rest. Empty where there is no marker.
@@ -24,9 +24,6 @@ std::string TextBetween(std::string const &text, std::string const &marker, std:
 
 /// \a text without any of \a characters.
 std::string StripChars(std::string text, std::string const &characters);
-
-/// \a text without the blanks and line ends around it.
-std::string Trim(std::string const &text);
 
 /// The decimal number that \a text begins with; 0 where it begins with none, or with one that is too large.
 unsigned LeadingNumber(std::string const &text);

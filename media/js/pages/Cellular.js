@@ -51,7 +51,7 @@
             showPair("ppp_current_rxtx_bytes", result.ppp_tx_bytes_current, result.ppp_rx_bytes_current);
             showPair("ppp_total_rxtx_bytes", result.ppp_tx_bytes_total, result.ppp_rx_bytes_total);
             $status.find("#network_row").text(result.forced_automatic ? "Network (back to 'Automatic')" : "Network");
-            // No connection type begins so: the row stays hidden, kept.
+            // No connection type of the modems in use begins so: for them the row stays hidden.
             $status.find("#carrier_apn_row").toggle(/^GSM/.test(result.connection_type));
         }
 

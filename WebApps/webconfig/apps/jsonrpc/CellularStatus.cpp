@@ -64,7 +64,7 @@ void AddConnection(cppcms::json::value &status, cVexaMsgGPRSStats const &modem) 
     status["ppp_rx_bytes_current"] = modem.pppRxBytes;
     status["ppp_tx_bytes_total"] = modem.pppTxBytesTotal;
     status["ppp_rx_bytes_total"] = modem.pppRxBytesTotal;
-    status["ppp_ip_address"] = util::Trimmed(util::ShellCommand(interfaceAddress, maxOutput));
+    status["ppp_ip_address"] = util::Trim(util::ShellCommand(interfaceAddress, maxOutput));
 }
 
 /// The traffic of the serial port that the modem is at.

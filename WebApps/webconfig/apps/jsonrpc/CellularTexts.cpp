@@ -72,7 +72,7 @@ std::string SimStatusText(std::uint32_t code) {
     return TextOf(code, simStates);
 }
 
-// Code 10 blanks the number although that code's own text is "Unknown": kept as it is.
+// Code 10 blanks the number although that code's own text is "Unknown": pollers rely on it.
 std::string SimCcidText(std::string const &ccid, std::uint32_t simStatus) {
     return ccid.empty() || simStatus == simWithoutCcid ? unknown : ccid;
 }

@@ -31,7 +31,7 @@ constexpr Diagnosis diagnoses[] = {
     {"Wireless Config", "iw dev", 4096},
     {"Network Status", "netstat -an", 8192},
     {"DNS Settings", "cat /etc/resolv.conf", 4096},
-    // The outer shell already expands $ii, to nothing: kept.
+    // The outer shell already expands $ii, to nothing: pppstats shows the first link, the only one.
     {"PPP Status",
      R"(/bin/sh -c "for ii in `/sbin/ifconfig|/bin/grep ppp|/usr/bin/awk '{print $1}'`;)"
      R"( do echo $ii; /usr/sbin/pppstats $ii; done")",

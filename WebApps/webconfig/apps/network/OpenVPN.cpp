@@ -22,7 +22,7 @@ namespace {
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
 
 constexpr char enabledKey[] = "net/openvpn/enabled";
-// Read with a leading slash, unlike written: kept.
+// Read with a leading slash, unlike written: for the store both are one key.
 constexpr char enabledKeyToRead[] = "/net/openvpn/enabled";
 constexpr char fileKey[] = "net/openvpn/client_ovpn";
 constexpr unsigned fileMode = 0666;

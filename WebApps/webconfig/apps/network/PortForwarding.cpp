@@ -187,7 +187,7 @@ bool Network::_PortForwardingSaveHandler(data::PortForwarding &content) {
         WEBCONFIG_LOG(error, logTag) << "PortForwarding row save failed validation";
         content.message = data::Message::ValidationError();
     } else if (PortForwardingKey const key = KeyOf(form); _PortForwardingCheckRule(content, key)) {
-        // The rule under the key from before stays, also when the key was changed: kept.
+        // The rule under the key from before stays: operators make a second rule of one so.
         content.user_rules[key] = EntryOf(form);
         _PortForwardingPrmDeleteEntry(key);
         _PortForwardingPrmWriteEntry(key, content.user_rules[key]);
@@ -200,7 +200,7 @@ bool Network::_PortForwardingSaveHandler(data::PortForwarding &content) {
     return false;
 }
 
-/// Also where there is no such row the rules are applied again: kept.
+/// True also where another browser has deleted the row: then its rule is surely not in effect any more.
 bool Network::_PortForwardingDeleteHandler(data::PortForwarding &content) {
     content.general.editing.value("false");
     int row = 0;

@@ -31,7 +31,7 @@ CellularCdma::CellularCdma() {
           "CDMA Custom Activation Response");
     add(activationResponse);
 
-    // The doubled word of the id: kept.
+    // The doubled word of the id: the installers' scripts and style sheets know it so.
     SetUp(forceActivation, noName, "cfg_cell_cell_force_activation", "Force Activation");
     add(forceActivation);
 
