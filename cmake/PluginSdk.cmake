@@ -25,9 +25,9 @@ endforeach()
 if(WEBCONFIG_FRAMEWORK_PROVIDER STREQUAL bundled)
     install(DIRECTORY framework/include/ DESTINATION include/${package} COMPONENT plugin-sdk)
 endif()
-if(WEBCONFIG_PLATFORM STREQUAL open)
-    install(DIRECTORY platform/prm/include/ DESTINATION include/${package} COMPONENT plugin-sdk)
-endif()
+# Ours or the maker's: the header that the process itself is built with.
+install(DIRECTORY $<TARGET_PROPERTY:webconfig::prm,INTERFACE_INCLUDE_DIRECTORIES>/prm
+    DESTINATION include/${package} COMPONENT plugin-sdk)
 
 install(FILES
     WebApps/webconfig/views/Base.tmpl
