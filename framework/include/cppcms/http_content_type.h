@@ -12,9 +12,7 @@ class content_type {
     content_type() = default;
     explicit content_type(std::string_view text);
 
-    /// The part before the slash, the part behind it, and both; in lower case.
-    std::string type() const;
-    std::string subtype() const;
+    /// Without parameters, in lower case.
     std::string media_type() const { return media_type_; }
 
     /// Value of the parameter `charset`.
@@ -25,8 +23,6 @@ class content_type {
 
     bool is_multipart_form_data() const { return media_type_ == "multipart/form-data"; }
     bool is_form_urlencoded() const { return media_type_ == "application/x-www-form-urlencoded"; }
-    bool is_json() const { return media_type_ == "application/json"; }
-    bool is_html() const { return media_type_ == "text/html"; }
 
   private:
     std::string media_type_;

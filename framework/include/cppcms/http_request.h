@@ -44,7 +44,6 @@ class request : public booster::noncopyable {
     std::string query_string() { return getenv("QUERY_STRING"); }
     std::string remote_addr() { return getenv("REMOTE_ADDR"); }
     std::string remote_host() { return getenv("REMOTE_HOST"); }
-    std::string remote_ident() { return getenv("REMOTE_IDENT"); }
     std::string remote_user() { return getenv("REMOTE_USER"); }
     std::string request_method() { return getenv("REQUEST_METHOD"); }
     std::string script_name() { return getenv("SCRIPT_NAME"); }
@@ -54,17 +53,9 @@ class request : public booster::noncopyable {
     std::string server_software() { return getenv("SERVER_SOFTWARE"); }
 
     std::string http_accept() { return getenv("HTTP_ACCEPT"); }
-    std::string http_accept_charset() { return getenv("HTTP_ACCEPT_CHARSET"); }
-    std::string http_accept_encoding() { return getenv("HTTP_ACCEPT_ENCODING"); }
     std::string http_accept_language() { return getenv("HTTP_ACCEPT_LANGUAGE"); }
-    std::string http_authorization() { return getenv("HTTP_AUTHORIZATION"); }
     std::string http_cookie() { return getenv("HTTP_COOKIE"); }
     std::string http_host() { return getenv("HTTP_HOST"); }
-    std::string http_if_match() { return getenv("HTTP_IF_MATCH"); }
-    std::string http_if_modified_since() { return getenv("HTTP_IF_MODIFIED_SINCE"); }
-    std::string http_if_none_match() { return getenv("HTTP_IF_NONE_MATCH"); }
-    std::string http_if_unmodified_since() { return getenv("HTTP_IF_UNMODIFIED_SINCE"); }
-    std::string http_range() { return getenv("HTTP_RANGE"); }
     std::string http_referer() { return getenv("HTTP_REFERER"); }
     std::string http_user_agent() { return getenv("HTTP_USER_AGENT"); }
 

@@ -94,16 +94,8 @@ class response : public booster::noncopyable {
     void set_xhtml_header();
     void set_plain_text_header();
 
-    void accept_ranges(std::string const &value) { set_header("Accept-Ranges", value); }
-    void age(unsigned seconds) { set_header("Age", std::to_string(seconds)); }
-    void allow(std::string const &value) { set_header("Allow", value); }
     void cache_control(std::string const &value) { set_header("Cache-Control", value); }
-    void content_encoding(std::string const &value) { set_header("Content-Encoding", value); }
-    void content_language(std::string const &value) { set_header("Content-Language", value); }
     void content_length(unsigned long long bytes) { set_header("Content-Length", std::to_string(bytes)); }
-    void content_location(std::string const &value) { set_header("Content-Location", value); }
-    void content_md5(std::string const &value) { set_header("Content-MD5", value); }
-    void content_range(std::string const &value) { set_header("Content-Range", value); }
     void content_type(std::string const &value) { set_header("Content-Type", value); }
     void date(std::time_t when) { set_header("Date", make_http_time(when)); }
     void etag(std::string const &value) { set_header("ETag", value); }
@@ -111,15 +103,8 @@ class response : public booster::noncopyable {
     void last_modified(std::time_t when) { set_header("Last-Modified", make_http_time(when)); }
     void location(std::string const &value) { set_header("Location", value); }
     void pragma(std::string const &value) { set_header("Pragma", value); }
-    void proxy_authenticate(std::string const &value) { set_header("Proxy-Authenticate", value); }
-    void retry_after(std::string const &value) { set_header("Retry-After", value); }
-    void retry_after(unsigned seconds) { set_header("Retry-After", std::to_string(seconds)); }
-    void trailer(std::string const &value) { set_header("Trailer", value); }
-    void transfer_encoding(std::string const &value) { set_header("Transfer-Encoding", value); }
-    void vary(std::string const &value) { set_header("Vary", value); }
     void via(std::string const &value) { set_header("Via", value); }
     void warning(std::string const &value) { set_header("Warning", value); }
-    void www_authenticate(std::string const &value) { set_header("WWW-Authenticate", value); }
 
     /// Sets the status and writes an error page; \a message, escaped, is a paragraph of it.
     void make_error_response(int status, std::string const &message = "");

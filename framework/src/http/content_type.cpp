@@ -18,14 +18,6 @@ content_type::content_type(std::string_view text) {
         parameters_.emplace(name, value);
 }
 
-std::string content_type::type() const {
-    return media_type_.substr(0, media_type_.find('/'));
-}
-
-std::string content_type::subtype() const {
-    return media_type_.empty() ? std::string() : media_type_.substr(media_type_.find('/') + 1);
-}
-
 std::string content_type::parameter_by_key(std::string const &key) const {
     auto const found = parameters_.find(key);
     return found == parameters_.end() ? std::string() : found->second;
