@@ -3,7 +3,7 @@ import js from "@eslint/js";
 
 const names = (text) => Object.fromEntries(text.trim().split(/\s+/).map((name) => [name, "readonly"]));
 
-const browser = names("$ console document location getComputedStyle innerWidth Event Node fetch setTimeout setInterval clearInterval window");
+const browser = names("$ console document location getComputedStyle innerWidth Event Node fetch setTimeout setInterval clearInterval window XMLHttpRequest");
 const node = names("Buffer URL process setTimeout");
 
 /** What the scripts of the site offer to each other, to templates and to plug-ins. */

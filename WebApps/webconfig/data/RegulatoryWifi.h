@@ -35,6 +35,7 @@ struct RegulatoryWifi : public cppcms::base_content {
     bool changed = false;    // by this request
     bool rebooting = false;  // because of this request
     bool supported = false;  // whether the module can change it
+    std::string script;      // URL of the page's own
 };
 
 }  // namespace webconfig::data

@@ -6,6 +6,8 @@
 
 #include <utility>
 
+#include "WebApps/webconfig/apps/BuildStamp.h"
+#include "WebApps/webconfig/apps/MediaRoot.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -42,6 +44,7 @@ void Regulatory::WifiHandler() {
             content.message = data::Message::OK("Successfully rebooted");
         }
     }
+    content.script = MediaRoot(settings()) + "/js/regulatory_wifi.js?rev=" + buildStamp;
     render("RegulatoryWifi", content);
     if (content.rebooting)
         util::ForkReboot();
