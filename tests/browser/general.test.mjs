@@ -2,7 +2,7 @@
 
 import assert from "node:assert/strict";
 import { after, describe, test } from "node:test";
-import { desktop, eventually, inDevice, submit, waitForText, withPage } from "./device.mjs";
+import { desktop, inDevice, submit, withPage } from "./device.mjs";
 
 const nameField = "#cfg_grl_device_name";
 const message = ".form_result_msg";
@@ -55,16 +55,6 @@ describe("General page", () => {
             assert.ok(await page.isVisible(message), "still there after five seconds");
             await page.clock.runFor(7000);
             assert.ok(!(await page.isVisible(message)), "gone after twelve");
-        });
-    });
-
-    test("the status of the device is kept fresh", async () => {
-        await withPage("/", { ...desktop, hurried: true }, async (page) => {
-            const date = () => page.locator("#general_dynamic_status pre").first().textContent();
-            await page.click("a[href='#status_tab']");
-            await waitForText(page, "#general_dynamic_status", /Date.*\d\d:\d\d:\d\d.*Process Status/s);
-            const first = await date();
-            await eventually(async () => assert.notEqual(await date(), first));
         });
     });
 });

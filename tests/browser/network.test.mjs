@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { answering, desktop, eventually, inDevice, phone, submit, withPage } from "./device.mjs";
+import { answering, desktop, inDevice, phone, submit, waitForText, withPage } from "./device.mjs";
 
 test("Ethernet: the fixed address shows and counts only in static mode", async () => {
     await withPage("/config/network/ethernet1", desktop, async (page) => {
@@ -39,22 +39,16 @@ test("port forwarding: rules are added, changed with the Enter key and deleted, 
     });
 });
 
-test("NTP with chrony: the daemon's tables, and a button that outlives the refreshes", async () => {
-    const result = { isChronyd: true, running: true, tracking: "Stratum 1", rawOutput: "\n  .-- S\n", clients: "C" };
+test("NTP with chrony: the button outlives the refreshes", async () => {
+    const result = { isChronyd: true, running: true, tracking: "Stratum 1" };
     const options = answering({ result });
     await withPage("/config/network/ntp", options, async (page) => {
         await page.click("a[href='#ntpd_status_tab']");
-        const shown = () =>
-            page.$$eval("#ntpd_status :is(h3, p, pre)", (all) => all.map((e) => `${e.localName}: ${e.textContent}`));
-        await eventually(async () =>
-            assert.deepEqual(await shown(), [
-                ...["h3: State", "p: Running", "h3: Tracking", "pre: Stratum 1"],
-                ...["h3: Sources", "pre:   .-- S", "h3: Clients", "pre: C"],
-            ]),
-        );
+        const shows = (text) => waitForText(page, "#ntpd_status", text);
+        await shows(/Stratum 1/);
         await page.focus("#status_ntp_manual_sync");
         options.use({ result: { ...result, tracking: "Stratum 2" } });
-        await eventually(async () => assert.ok((await shown()).includes("pre: Stratum 2")));
+        await shows(/Stratum 2/);
         assert.equal(await page.evaluate(() => document.activeElement.id), "status_ntp_manual_sync");
     });
 });

@@ -15,8 +15,8 @@ async function openTab(page, box) {
 function contents(page, box) {
     return page.$eval(box, (element) => {
         const parts = [...element.querySelectorAll("h2, h3, pre, p, i, b, th, td")];
-        const texts = [...element.childNodes].filter((node) => node.nodeType === Node.TEXT_NODE).map((node) => node.data);
-        return [...parts.map((e) => `${e.localName}: ${e.textContent}`), ...texts];
+        const texts = [...element.childNodes].filter((node) => node.nodeType === Node.TEXT_NODE && node.data.trim());
+        return [...parts.map((e) => `${e.localName}: ${e.textContent}`), ...texts.map((node) => node.data)];
     });
 }
 
@@ -84,6 +84,12 @@ const pages = [
     ]],
     ["/config/network/ntp", "#ntpd_status", { method: "ntpd_status", id: 2 }, [
         [{ result: { isChronyd: true, running: false } }, ["h3: State", "p: Stopped"]],
+        [{ result: { isChronyd: true, running: true, tracking: "Stratum 1", rawOutput: sources, clients: "C" } }, [
+            ...["h3: State", "p: Running"],
+            ...section("Tracking", "Stratum 1"),
+            ...section("Sources", "  .-- S\n / .- T"),
+            ...section("Clients", "C"),
+        ]],
         [{ result: ntpd }, [
             ...table("State", { Running: "Yes", GPS: "Synchronised", PPS: "Not synchronised", "Synchronised To": "GPS" }),
             ...section("Raw Output", "*"),

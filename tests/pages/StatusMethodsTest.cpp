@@ -13,6 +13,7 @@ namespace {
 std::string Status(std::string const &method, std::string const &parameters = "[]") {
     Answer const answer = Browser(device::address).Call(method, parameters);
     EXPECT_NE(answer.result, "") << method << ": " << answer.body;
+    EXPECT_EQ(answer.contentType, "application/json; charset=utf-8");
     return answer.result;
 }
 
@@ -25,6 +26,9 @@ double Seconds(std::chrono::steady_clock::time_point since) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - since).count();
 }
 
+constexpr char firmwareStatus[] = "/tmp/fwtool_status.txt";
+constexpr char firmwareLock[] = "/tmp/fwtool_6v1Znb.lock";
+constexpr char failed[] = R"("{ 'state' : 'failed' }")";
 constexpr char dialup[] = "serial/port/gprs/function";
 constexpr char statusd[] = "/etc/daemons/statusd";
 constexpr char openvpnd[] = "/etc/daemons/openvpnd";
@@ -50,6 +54,9 @@ TEST_F(StatusMethodsTest, TellWhatToolsPrint) {
         {"ethernet1_status",
          {R"("br1":"br1       Link encap:Ethernet)", R"("brctl":"bridge name\tbridge id)"}},
         {"port_forwarding_status", {R"("filtering":"Chain INPUT)", "Chain FORWARD", R"("nat":"Chain PRE)"}},
+        {"general_dynamic_status",
+         {R"("boardTemp":"unknown")", R"("date":")", R"("uptime":")", "load average", R"("top":"top - )",
+          R"("processStatus":"UID )"}},
         {"ntpd_status",
          {R"("isChronyd":true)", R"("running":true)", R"("tracking":"Reference ID)", R"("rawOutput":")",
           R"("clients":"Hostname)"}},
@@ -82,8 +89,6 @@ TEST_F(StatusMethodsTest, TellWhatTheDeviceSays) {
         {"orvane_status", statusd, "answer = silent\n", unknownLink, 1.9},
         {"orvane_status", statusd, "delay = 1300\nconnected = 1\n", unknownLink, 1.9},
         {"cellular_status", serialPorts, "answer = silent\n", noSerialPort},
-        {"cellular_status", serialPorts, "answer = short\nports = 1\nport1.function = 4\n", noSerialPort},
-        {"cellular_status", serialPorts, "answer = long\nports = 1\nport1.function = 4\n", noSerialPort},
     };
     store.Set({{dialup, "none"}});
     for (auto const &[method, file, content, result, longest] : cases) {
@@ -293,6 +298,49 @@ TEST_F(StatusMethodsTest, CellularIsNotFoundWhereNobodyCanBeAsked) {
     }
     EXPECT_EQ(answer.status, 404) << answer.body;
     EXPECT_TRUE(process.WaitForLog("vexaClient.GetFd() failed"));
+}
+
+TEST(StatusTest, MethodsWithoutParametersTakeNone) {
+    Browser browser(device::address);
+    for (char const *method : {"general_dynamic_status", "fw_upgrade_status", "prepare_fw_upgrade", "reload"})
+        EXPECT_EQ(browser.Call(method, "[null]").body,
+                  R"({"id":1,"error":"Invalid parametres number","result":null})")
+            << method;
+}
+
+TEST(StatusTest, FirmwareUpgradeStatus) {
+    Browser browser(device::address);
+    device::ReplacedFile const noLock(firmwareLock);
+    std::string const longest = '"' + std::string(99, 'x') + '"';
+    struct {
+        std::string line;
+        std::string finished;  // answer while no upgrade runs
+        std::string running;   // answer while one does
+    } const cases[] = {
+        {"", R"("")", R"("")"},
+        {"done\n", R"("done\n")", R"("done\n")"},
+        {"{ 'state' : 'writing' }\nsecond line\n", failed, R"("{ 'state' : 'writing' }\n")"},
+        {"{ 'state' : 'done' }", R"("{ 'state' : 'done' }")", R"("{ 'state' : 'done' }")"},
+        {std::string(300, 'x'), failed, longest},
+    };
+    for (auto const &[line, finished, running] : cases) {
+        device::ReplacedFile const status(firmwareStatus, line);
+        EXPECT_EQ(browser.Call("fw_upgrade_status").result, finished) << line;
+        device::HeldLock const upgrade(firmwareLock);
+        EXPECT_EQ(browser.Call("fw_upgrade_status").result, running) << line;
+    }
+    device::ReplacedFile const none(firmwareStatus);
+    EXPECT_EQ(browser.Call("fw_upgrade_status").result, failed);
+}
+
+TEST(StatusTest, PreparingAnUpgradeAnswersTheRawStatusOfTheCommand) {
+    Browser browser(device::address);
+    device::Shell("$APPLICATION_DIR/etc/rcS.d/deployer start");  // an upgrade may have stopped it
+    EXPECT_EQ(browser.Call("prepare_fw_upgrade").result, "0");
+    EXPECT_NE(device::Shell("supvis --list").find("deployer\tsuspended"), std::string::npos);
+    device::Shell("supvis --resume deployer");
+    device::ReplacedFile const failure("/etc/fail/supvis", "3");
+    EXPECT_EQ(browser.Call("prepare_fw_upgrade").result, "768");
 }
 
 }  // namespace pages

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <boost/noncopyable.hpp>
 #include <functional>
 #include <map>
 #include <optional>
@@ -41,16 +42,8 @@ class Log {
     std::size_t const _begin;
 };
 
-/// What puts something back in the end.
-class Kept {
-  protected:
-    Kept() = default;
-    Kept(Kept const &) = delete;
-    Kept &operator=(Kept const &) = delete;
-};
-
 /// Another file, or none, at \a path as long as the object lives.
-class ReplacedFile : Kept {
+class ReplacedFile : boost::noncopyable {
   public:
     explicit ReplacedFile(std::string path);
     ReplacedFile(std::string path, std::string const &text);
@@ -64,7 +57,7 @@ class ReplacedFile : Kept {
 /// A program that notes its command line in the device's list of commands, as the device's own scripts do.
 /// Where the one at \a path does not, or is not there, or is to run \a script after that, a stand-in takes
 /// its place as long as the object lives.
-class RecordingProgram : Kept {
+class RecordingProgram : boost::noncopyable {
   public:
     explicit RecordingProgram(std::string path, std::optional<std::string> const &script = {});
     ~RecordingProgram();
@@ -94,7 +87,7 @@ using Settings = std::map<std::string, std::string>;
 Settings Exported(Settings const &settings);
 
 /// The parameter store, which is put back in the end.
-class KeptStore : Kept {
+class KeptStore : boost::noncopyable {
   public:
     KeptStore() : _before(All()) {}
     ~KeptStore() { Set({}); }
@@ -111,14 +104,14 @@ class KeptStore : Kept {
 };
 
 /// Makes the parameter store refuse to write one key as long as the object lives.
-class RefusedKey : Kept {
+class RefusedKey : boost::noncopyable {
   public:
     explicit RefusedKey(std::string const &key);
     ~RefusedKey();
 };
 
 /// A write lock on a file, as the firmware tool holds its lock.
-class HeldLock : Kept {
+class HeldLock : boost::noncopyable {
   public:
     explicit HeldLock(std::string const &path);
     ~HeldLock() { Release(); }
@@ -130,7 +123,7 @@ class HeldLock : Kept {
 };
 
 /// A webconfig process of the test's own, beside the device's, with the built-in HTTP server.
-class Process : Kept {
+class Process : boost::noncopyable {
   public:
     /// \a configuration is the text of its configuration file; \a environment are NAME=VALUE settings.
     explicit Process(std::string const &configuration, std::vector<std::string> const &environment = {});

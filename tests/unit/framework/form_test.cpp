@@ -122,62 +122,50 @@ TEST(FormWriting, Controls) {
 
 TEST(FormWriting, Layouts) {
     cppcms::form form;
-    widgets::checkbox box;
-    widgets::text bare;
-    form.add(box);
-    form.add(bare);
-    box.message("M");
-    box.value(true);
-    bare.valid(false);
-    std::string const error = R"(<span class="cppcms_form_error">*</span> )";
-    std::string const input = R"(<span class="cppcms_form_input"><input type=)";
-    std::string const on = input + R"("checkbox" name="_1"  checked value="y"  ></span>)";
-    std::string const off = error + input + R"("text" name="_2"  ></span>)";
-    EXPECT_EQ(Whole(form), "<p>M&nbsp;" + on + "</p>\n<p>" + off + "</p>\n");
-    EXPECT_EQ(Whole(form, form_context::as_table),
-              "<tr><th>M</th><td>&nbsp;" + on + "</td></tr>\n<tr><th>&nbsp;</th><td>" + off + "</td></tr>\n");
-    EXPECT_EQ(Whole(form, form_context::as_ul), "<li>M&nbsp;" + on + "</li>\n<li>" + off + "</li>\n");
-    EXPECT_EQ(Whole(form, form_context::as_dl),
-              "<dt>M</dt><dd>" + on + "</dd>\n<dt></dt><dd>" + off + "</dd>\n");
-    EXPECT_EQ(Whole(form, form_context::as_space), "M&nbsp;" + on + '\n' + off + '\n');
-    EXPECT_NE(Whole(form, form_context::as_p, form_context::as_xhtml)
-                  .find(R"( checked="checked" value="y"  /></span>)"),
-              std::string::npos);
-}
-
-TEST(FormWriting, WholeForms) {
-    cppcms::form form;
     widgets::text text;
+    widgets::checkbox box;
     widgets::file file;
     widgets::hidden hidden;
-    form.add(text);
-    form.add(file);
-    form.add(hidden);
+    for (auto *widget : std::initializer_list<widgets::base_widget *>{&text, &box, &file, &hidden})
+        form.add(*widget);
     text.id("i");
     text.message("M<s>g");
     text.help("H<");
     text.value("v");
     text.attributes_string("class='x'");
-    file.message("Msg");
+    box.value(true);
     file.valid(false);
+    file.message("File");
     hidden.value("x");
     hidden.message("not shown");
-    auto const whole = [&form] {
-        std::ostringstream out;
-        form_context context(out, form_context::as_html, form_context::as_p);
-        form.render(context);
-        return out.str();
+    std::string const input = R"(<span class="cppcms_form_input"><input type=)";
+    std::string const label = R"(<label for="i">M&lt;s&gt;g</label>)";
+    std::string const field = input + R"("text" id="i" name="_1"  value="v"class='x' ></span>)" +
+                              R"(<span class="cppcms_form_help">H&lt;</span>)";
+    std::string const check = input + R"("checkbox" name="_2"  checked value="y"  ></span>)";
+    std::string const error = R"(<span class="cppcms_form_error">*</span> )";
+    std::string const upload = error + input + R"("file" name="_3"  ></span>)";
+    std::string const rest = R"(<input type="hidden" name="_4"  value="x" >)";
+    std::string const gap = "&nbsp;";
+    std::pair<form_context::html_list_type, std::string> const layouts[] = {
+        {form_context::as_p, "<p>" + label + gap + field + "</p>\n<p>" + check + "</p>\n<p>File" + gap +
+                                 upload + "</p>\n" + rest},
+        {form_context::as_table, "<tr><th>" + label + "</th><td>" + gap + field +
+                                     "</td></tr>\n<tr><th>&nbsp;</th><td>" + gap + check +
+                                     "</td></tr>\n<tr><th>File</th><td>" + upload + "</td></tr>\n" + rest},
+        {form_context::as_ul, "<li>" + label + gap + field + "</li>\n<li>" + check + "</li>\n<li>File" + gap +
+                                  upload + "</li>\n" + rest},
+        {form_context::as_dl, "<dt>" + label + "</dt><dd>" + field + "</dd>\n<dt></dt><dd>" + check +
+                                  "</dd>\n<dt>File</dt><dd>" + upload + "</dd>\n" + rest},
+        {form_context::as_space, label + gap + field + '\n' + check + "\nFile" + gap + upload + '\n' + rest},
     };
-    EXPECT_EQ(whole(), R"(<p><label for="i">M&lt;s&gt;g</label>&nbsp;<span class="cppcms_form_input">)"
-                       R"(<input type="text" id="i" name="_1"  value="v"class='x' ></span>)"
-                       R"(<span class="cppcms_form_help">H&lt;</span></p>)"
-                       "\n"
-                       R"(<p>Msg&nbsp;<span class="cppcms_form_error">*</span> )"
-                       R"(<span class="cppcms_form_input"><input type="file" name="_2"  ></span></p>)"
-                       "\n"
-                       R"(<input type="hidden" name="_3"  value="x" >)");
+    for (auto const &[list, shown] : layouts)
+        EXPECT_EQ(Whole(form, list), shown);
+    EXPECT_NE(Whole(form, form_context::as_p, form_context::as_xhtml)
+                  .find(R"( checked="checked" value="y"  /></span>)"),
+              std::string::npos);
     file.error_message("E<r");
-    EXPECT_NE(whole().find("<span class=\"cppcms_form_error\">E&lt;r</span> <"), std::string::npos);
+    EXPECT_NE(Whole(form).find("<span class=\"cppcms_form_error\">E&lt;r</span> <"), std::string::npos);
 }
 
 /// Loads widgets and forms from requests.

@@ -108,18 +108,6 @@ TEST(Service, RunsWithoutFrontsAndDoesWhatIsPosted) {
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
 }
 
-TEST(Service, FinishesRequestsThatAreAtHand) {
-    int const port = FreePort();
-    RunningService service(HttpSettings(port));
-    std::vector<std::future<std::string>> slow;
-    for (char const *target : {"/pages/slow", "/status/slow", "/status/slow"})
-        slow.push_back(std::async(std::launch::async, [=] { return Get(port, target); }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    service.Service().shutdown();
-    for (auto &answer : slow)
-        EXPECT_NE(answer.get().find("slow"), std::string::npos);
-}
-
 TEST(Service, FindsMountsInTheirOrder) {
     value settings;
     settings.set("logging.stderr", false);

@@ -80,17 +80,6 @@ class Sources(unittest.TestCase):
                 self.assertRegex(errors[0], r"^Error: .+ in file t\.tmpl, line \d+$")
                 self.assertIn(message, errors[0])
 
-    def test_heads(self):
-        compiler = tmpl_cc.Compiler()
-        compiler.add_source("a.tmpl", in_template('<%= level %><% url "k" using id %>').replace(
-            "<% end view %>", "<% template u() %><%= level %><% c++ // remark %><% end template %><% end view %>"))
-        compiler.add_source("b.tmpl", "<% skin %><% view C uses ::r::C extends ui::Base %><% end %><% end %>")
-        code = compiler.finish()
-        self.assertEqual(compiler.errors, [])
-        for piece in ("escape(level)", "escape(content.level)", "urlencode(id)", "// remark\n",
-                      "struct C : public ui::Base {", 'skin_generator.name("k");', 'add_view<k::C,::r::C>("C",true)'):
-            self.assertIn(piece, code)
-
     def test_lines_lead_back_to_the_template(self):
         code = tmpl_cc.Compiler("k")
         code.add_source('d\\"t.tmpl', in_template("\n\ntext\n<%= x %>\n"))

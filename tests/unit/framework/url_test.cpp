@@ -75,18 +75,6 @@ TEST_F(UrlTest, FirstRuleThatMatchesTheWholeUrlWins) {
     EXPECT_EQ(app.calls, "init clear ");
 }
 
-TEST_F(UrlTest, AnAttachedApplicationGetsTheGroupOfItsExpression) {
-    cppcms::application root(service);
-    auto *child = new Recorder(service);
-    root.attach(child, "child", "/child{1}", "/child((?:/[^/]*){0,2}$)", 1);
-    std::pair<char const *, char const *> const cases[] = {
-        {"/child", "[] "}, {"/child/a/b", "[/a/b] "}, {"/child/a/b/c", ""}, {"/childX", ""}};
-    for (auto const &[url, part] : cases) {
-        EXPECT_EQ(root.dispatcher().dispatch(url), *part != '\0') << url;
-        EXPECT_EQ(std::exchange(child->calls, ""), part) << url;
-    }
-}
-
 TEST_F(UrlTest, KeysAreLookedUpFromTheTopFromHereAndFromTheParent) {
     cppcms::application root(service);
     root.mapper().root("/config");

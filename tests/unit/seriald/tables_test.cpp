@@ -23,15 +23,7 @@ TEST(SerialPRM, Ports) {
 std::string Reply(std::uint32_t count) {
     constexpr std::uint32_t third = 8 + 248 * 2;
     constexpr std::uint32_t fifth = 8 + 248 * 4;
-    return Wire(2492,
-                {{0, 2},
-                 {4, 99},
-                 {2488, count},
-                 {third, 4},
-                 {third + 4, 102},
-                 {third + 8, 0xfffffff2},
-                 {fifth, 4},
-                 {fifth + 4, 104}},
+    return Wire(2492, {{0, {2, 99}}, {2488, {count}}, {third, {4, 102, 0xfffffff2}}, {fifth, {4, 104}}},
                 {{third + 20, std::string(100, '#')}, {third + 120, std::string(128, 'm')}})
         .bytes();
 }

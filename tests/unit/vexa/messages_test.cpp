@@ -36,44 +36,29 @@ std::string FieldsOf(cVexaMsg const &message) {
     return "none";
 }
 
-std::string const serverStats = Wire(28, {{0, 15},
-                                          {4, 1, 1},
-                                          {5, 0x0a630001},
-                                          {9, 127, 1},
-                                          {10, 1000},
-                                          {14, 1001},
-                                          {18, 1002},
-                                          {22, 1003},
-                                          {26, 48879, 2}})
+std::string const serverStats = Wire(28, {{0, {15}},
+                                          {4, {1}, 1},
+                                          {5, {0x0a630001}},
+                                          {9, {127}, 1},
+                                          {10, {1000, 1001, 1002, 1003}},
+                                          {26, {48879}, 2}})
                                     .bytes();
 std::string const openVpnStats =
-    Wire(73, {{0, 22}, {4, 1, 1}, {5, 0x01020304}}, {{9, "Initialization"}}).bytes();
-std::string const gprsStats = Wire(404,
-                                   {{0, 8},
-                                    {148, 2},
-                                    {152, 0xffffffb5},
-                                    {156, 7},
-                                    {224, 1},
-                                    {228, 6},
-                                    {232, 800},
-                                    {236, 11},
-                                    {368, 18001},
-                                    {372, 0x80000000},
-                                    {376, 0xfffffffe},
-                                    {380, 1001},
-                                    {384, 1002},
-                                    {388, 1003},
-                                    {392, 1004},
-                                    {396, 1005},
-                                    {400, 0xffffffff}},
-                                   {{4, std::string(31, 'M')},
-                                    {36, "1.2.3"},
-                                    {52, "35661"},
-                                    {84, "+4915^VA-1"},
-                                    {116, "8949"},
-                                    {160, "Field"},
-                                    {240, std::string(127, 'a')}})
-                                  .bytes();
+    Wire(73, {{0, {22}}, {4, {1}, 1}, {5, {0x01020304}}}, {{9, "Initialization"}}).bytes();
+std::string const gprsStats =
+    Wire(404,
+         {{0, {8}},
+          {148, {2, 0xffffffb5, 7}},
+          {224, {1, 6, 800, 11}},
+          {368, {18001, 0x80000000, 0xfffffffe, 1001, 1002, 1003, 1004, 1005, 0xffffffff}}},
+         {{4, std::string(31, 'M')},
+          {36, "1.2.3"},
+          {52, "35661"},
+          {84, "+4915^VA-1"},
+          {116, "8949"},
+          {160, "Field"},
+          {240, std::string(127, 'a')}})
+        .bytes();
 
 TEST(Messages, LayoutIsTheSameBothWays) {
     struct {
@@ -102,7 +87,7 @@ TEST(Messages, LayoutIsTheSameBothWays) {
         EXPECT_FALSE(vexa::Unpack(longer.data(), longer.size())) << type;
     }
     for (std::uint32_t const type : {0u, 7u, 10u, 22u, 0x08000000u, 0xffffffffu})
-        EXPECT_FALSE(vexa::Unpack(Wire(28, {{0, type}}).bytes().data(), 28)) << type;
+        EXPECT_FALSE(vexa::Unpack(Wire(28, {{0, {type}}}).bytes().data(), 28)) << type;
 }
 
 TEST(Messages, SmallBuffersGetTheTypeOrNothing) {
@@ -112,8 +97,8 @@ TEST(Messages, SmallBuffersGetTheTypeOrNothing) {
         int result;
         unsigned written;
     } const cases[] = {
-        {Wire(4, {{0, 14}}).bytes(), 3, -1, 0},
-        {Wire(4, {{0, 14}}).bytes(), 4, 4, 4},
+        {Wire(4, {{0, {14}}}).bytes(), 3, -1, 0},
+        {Wire(4, {{0, {14}}}).bytes(), 4, 4, 4},
         {serverStats, 3, -1, 0},
         {serverStats, 27, 4, 4},
         {serverStats, 28, 28, 28},

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <chrono>
@@ -42,21 +41,6 @@ TEST_F(DaemonQuery, ARequestNobodyTakesIsLoggedAndStillWaits) {
         EXPECT_LT(time, 1500ms);
         EXPECT_EQ(log.Take(), Lines{"error: vexaClient.Send(" + request + ") failed (DaemonQuery)"});
     }
-}
-
-TEST_F(DaemonQuery, WithoutADescriptorItEndsAtOnce) {
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    rlimit const none{.rlim_cur = 0, .rlim_max = before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &none);
-    auto const [reply, time] = Timed(AskStatusd);
-    ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_FALSE(reply.canReceive);
-    EXPECT_FALSE(reply.answer);
-    EXPECT_LT(time, 500ms);
-    EXPECT_EQ(log.Take(),
-              (Lines{"error: vexaClient.Send(\"statusd\", cVexaMsgRequestServerStats) failed (DaemonQuery)",
-                     "error: vexaClient.GetFd() failed (DaemonQuery)"}));
 }
 
 /// How many of as many queries at once are answered.
