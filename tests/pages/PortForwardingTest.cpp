@@ -72,7 +72,7 @@ TEST_F(PortForwardingTest, AddedRulesAreSortedStoredAndApplied) {
         std::string folder;
     } const cases[] = {
         {{"0", "udp", "8002", "192.168.0.5", "53"}, "udp/08002"},
-        {{"1", "tcp", "65535", "192.168.0.6", "70000"}, "tcp/65535"},
+        {{"1", "tcp", "65535", "255.255.255.255", "70000"}, "tcp/65535"},
         {{"2", "tcp", "5", "01.2.3.4", "0"}, "tcp/00005"},
     };
     Settings all;
@@ -86,7 +86,7 @@ TEST_F(PortForwardingTest, AddedRulesAreSortedStoredAndApplied) {
     Html const html = Show(all, {{"//*[@id='row_2']//input[@name='protocol']", "udp"},
                                  {"//*[@id='row_3']//input[@name='rowId']", "3"}});
     EXPECT_EQ(Shown(html, "User Rules"),
-              (Strings{"TCP 5 01.2.3.4 0 ", "TCP 65535 192.168.0.6 70000 ", "UDP 8002 192.168.0.5 53 "}));
+              (Strings{"TCP 5 01.2.3.4 0 ", "TCP 65535 255.255.255.255 70000 ", "UDP 8002 192.168.0.5 53 "}));
 }
 
 TEST_F(PortForwardingTest, DuplicatesAndBadValuesAreNotAdded) {
@@ -104,6 +104,10 @@ TEST_F(PortForwardingTest, DuplicatesAndBadValuesAreNotAdded) {
                    {"sourcePort", "-1", port},
                    {"destinationIP", "$(reboot)", {"Invalid IP address"}},
                    {"destinationIP", "192.168.0.256", {"Invalid IP address"}},
+                   {"destinationIP", "192.168.0.5.1", {"Invalid IP address"}},
+                   {"destinationIP", "001.2.3.4", {"Invalid IP address"}},
+                   {"destinationIP", " 1.2.3.4", {"Invalid IP address"}},
+                   {"destinationIP", "1.2.3.4\n", {"Invalid IP address"}},
                    {"destinationPort", "<i>80</i>", port},
                    {"destinationPort", "-4294967295", port}});
     Expect(add, {.failure = invalid,

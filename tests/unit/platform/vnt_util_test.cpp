@@ -12,7 +12,6 @@
 #include <thread>
 
 #include "tests/unit/platform/SignalDisposition.h"
-#include "tests/unit/platform/TemporaryFolder.h"
 
 namespace {
 
@@ -136,24 +135,6 @@ TEST(Commands, AllCanBeEnded) {
     EXPECT_EQ(shell::Run("true"), -1);
     shell::EndNone();
     EXPECT_EQ(shell::Run("true"), 0);
-}
-
-TEST(Barcode, IsKeptInAFile) {
-    TemporaryFolder const folder;
-    std::string const file = folder / "asn";
-    ::setenv("BARCODE_ASN_FILE", file.c_str(), 1);
-    int status = 5;
-    EXPECT_EQ(vnt_util::system::GetBarcodeASN(&status), "");
-    EXPECT_EQ(status, -1);
-    EXPECT_TRUE(vnt_util::system::SetBarcodeASN("1234567890"));
-    EXPECT_EQ(vnt_util::system::GetBarcodeASN(&status), "1234567890");
-    EXPECT_EQ(status, 0);
-    EXPECT_FALSE(vnt_util::system::SetBarcodeASN("two\nlines"));
-    folder.File("asn", " \t 42 \r\nsecond line\n");
-    EXPECT_EQ(vnt_util::system::GetBarcodeASN(nullptr), "42");
-    ::setenv("BARCODE_ASN_FILE", "/proc/none/asn", 1);
-    EXPECT_FALSE(vnt_util::system::SetBarcodeASN("1234567890"));
-    ::unsetenv("BARCODE_ASN_FILE");
 }
 
 }  // namespace

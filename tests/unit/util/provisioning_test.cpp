@@ -1,9 +1,10 @@
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/noncopyable.hpp>
 #include <chrono>
 #include <fstream>
 #include <string>
@@ -22,41 +23,31 @@ constexpr ProvisioningLimits impatient{.connect = 1, .transfer = 1};
 constexpr char noCommunication[] = "Failed to communicate with server.";
 
 /// A server on the loopback interface that says nothing but the answers it is given, each to one connection.
-class Server {
+class Server : boost::noncopyable {
+    using Protocol = boost::asio::ip::tcp;
+
   public:
-    Server() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    Server() : listener_(context_, Protocol::endpoint(boost::asio::ip::address_v4::loopback(), 0)) {
         ::setenv("no_proxy", "*", 1);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = ::htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof(address);
-        EXPECT_EQ(::bind(listener_, reinterpret_cast<sockaddr *>(&address), size), 0);
-        EXPECT_EQ(::listen(listener_, 8), 0);
-        ::getsockname(listener_, reinterpret_cast<sockaddr *>(&address), &size);
-        name = "127.0.0.1:" + std::to_string(::ntohs(address.sin_port));
+        name = "127.0.0.1:" + std::to_string(listener_.local_endpoint().port());
     }
     ~Server() {
-        ::shutdown(listener_, SHUT_RDWR);
+        ::shutdown(listener_.native_handle(), SHUT_RDWR);
         if (thread_.joinable())
             thread_.join();
-        ::close(listener_);
     }
-    Server(Server const &) = delete;
-    Server &operator=(Server const &) = delete;
 
     void Answer(std::vector<std::string> const &answers) {
         thread_ = std::thread([this, answers] {
+            boost::system::error_code ended;
             for (auto const &answer : answers) {
-                int const client = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-                char request[4096];
-                if (client < 0 || ::recv(client, request, sizeof request, 0) <= 0)
+                Protocol::iostream client;
+                if (listener_.accept(client.socket(), ended))
                     return;
                 ++requests;
-                ::send(client, answer.data(), answer.size(), MSG_NOSIGNAL);
-                ::shutdown(client, SHUT_WR);
-                while (::recv(client, request, sizeof request, 0) > 0) {
+                for (std::string line; std::getline(client, line) && line != "\r";) {
                 }
-                ::close(client);
+                client << answer << std::flush;
             }
         });
     }
@@ -65,7 +56,8 @@ class Server {
     std::atomic<int> requests = 0;
 
   private:
-    int listener_;
+    boost::asio::io_context context_;
+    Protocol::acceptor listener_;
     std::thread thread_;
 };
 

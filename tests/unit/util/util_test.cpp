@@ -1,11 +1,13 @@
 #include "WebApps/webconfig/util/Util.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 
@@ -213,6 +215,36 @@ TEST_F(Flags, AFinishedUpgradeNeedsAReboot) {
     }
 }
 
+constexpr char lockFile[] = "/tmp/fwtool_6v1Znb.lock";
+
+TEST_F(Flags, UpgradeIsInProgressWhileItsLockIsHeld) {
+    EXPECT_FALSE(IsFirmareUpgradeInProgress());
+    EXPECT_FALSE(FileExists(lockFile));
+    std::ofstream(lockFile) << "";
+    EXPECT_FALSE(IsFirmareUpgradeInProgress());
+    std::array<int, 2> locked{};
+    ASSERT_EQ(::pipe(locked.data()), 0);
+    pid_t const holder = ::fork();
+    if (holder == 0) {
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        bool const held = ::fcntl(::open(lockFile, O_RDWR), F_SETLK, &lock) == 0;
+        ::_exit(held && ::write(locked[1], "x", 1) == 1 ? ::pause() : EXIT_FAILURE);
+    }
+    char byte = 0;
+    ::close(locked[1]);
+    EXPECT_EQ(::read(locked[0], &byte, 1), 1);
+    ::close(locked[0]);
+    EXPECT_TRUE(IsFirmareUpgradeInProgress() && IsFirmwareUpgradeRunning());
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+    EXPECT_FALSE(IsFirmareUpgradeInProgress());
+    ::unlink(lockFile);
+    fs::create_directory(lockFile);  // cannot be opened for writing, by nobody
+    EXPECT_TRUE(IsFirmareUpgradeInProgress());
+    fs::remove(lockFile);
+}
+
 /// Without a firmware tool in this place the child ends after the scripts.
 TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
     std::string const report = folder_ / "report";
@@ -225,14 +257,17 @@ TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
     fs::permissions(scripts / "rcS", fs::perms::owner_all);
     int const inheritable = ::dup(STDERR_FILENO);
     SignalDisposition const restored(SIGCHLD, SIG_DFL);
+    pid_t pid = -1;
     {
         BlockedSignals const blocked;
-        EXPECT_GT(ForkFirmwareUpgrade("/tmp/image", folder_ / "mnt"), 0);
+        pid = ForkFirmwareUpgrade("/tmp/image", folder_ / "mnt");
     }
+    EXPECT_GT(pid, 0);
     for (int i = 0; i < 100 && !ContentOf(report).ends_with("end\n"); ++i)
         ::usleep(20000);
     EXPECT_EQ(ContentOf(report),
               "stop\n/\n0000\n/dev/null\n/dev/null\n0\n1\n2\nSigBlk:\t0000000000000000\nend\n");
+    EXPECT_EQ(::waitpid(pid, nullptr, 0), -1) << "nobody waits for it";
     ::close(inheritable);
 }
 

@@ -6,7 +6,6 @@
 #include "WebApps/webconfig/data/Message.h"
 #include "WebApps/webconfig/data/Wlan.h"
 #include "WebApps/webconfig/forms/Validation.h"
-#include "WebApps/webconfig/widgets/IpAddress.h"
 #include "tests/unit/framework/running_service.h"
 
 namespace webconfig {
@@ -137,19 +136,6 @@ TEST(ValidationTest, AddClassExtendsAClassAttributeAndDropsOthers) {
         widget.attributes_string(c.before);
         util::validation::AddClass(widget, c.cssClass);
         EXPECT_EQ(widget.attributes_string(), c.after);
-    }
-}
-
-TEST(IpAddressTest, TakesDottedNotationOnly) {
-    std::pair<char const *, bool> const cases[] = {
-        {"10.0.0.1", true},   {"255.255.255.255", true}, {"0.0.0.0", true},    {"01.2.3.4", true},
-        {"256.1.1.1", false}, {"1.2.3", false},          {"001.2.3.4", false}, {"1.2.3.4.5", false},
-        {" 1.2.3.4", false},  {"1.2.3.4\n", false},      {"", false},
-    };
-    for (auto const &[text, valid] : cases) {
-        widgets::IpAddress address;
-        address.value(text);
-        EXPECT_EQ(address.validate(), valid) << text;
     }
 }
 

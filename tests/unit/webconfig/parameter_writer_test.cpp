@@ -3,42 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "WebApps/webconfig/util/Prm.h"
-#include "WebApps/webconfig/util/Switch.h"
 
 namespace webconfig {
 
 using apps::ParameterWriter;
-using data::Message;
 using util::Prm;
-
-namespace {
-
-constexpr char badKey[] = "bad\n";  // the store refuses it
-
-}  // namespace
-
-TEST(ParameterWriterTest, NothingIsWrittenBehindTheFirstFailure) {
-    ParameterWriter writer;
-    writer.Set("w/text", "a").Set("w/number", 8).SetSwitch("w/switch", true);
-    EXPECT_TRUE(writer.Ok());
-    EXPECT_EQ(writer.Result(Message::OK("done")).GetText(), "done");
-    EXPECT_EQ(Prm::GetInt("w/number"), 8);
-    EXPECT_TRUE(util::IsOn("w/switch"));
-
-    writer.Set(badKey, "x")
-        .Set("w/text", "b")
-        .Set("w/number", 9)
-        .SetSwitch("w/switch", false)
-        .SetIfChanged("w/text", "b")
-        .SetSwitchIfChanged("w/switch", false);
-    EXPECT_FALSE(writer.Ok());
-    EXPECT_EQ(writer.Result(Message::OK("done")).GetText(), Message::SaveError().GetText());
-    EXPECT_EQ(Prm::GetString("w/text"), "a");
-    EXPECT_EQ(Prm::GetInt("w/number"), 8);
-    EXPECT_TRUE(util::IsOn("w/switch"));
-    EXPECT_TRUE(writer.Wrote("w/text"));
-    EXPECT_FALSE(writer.Wrote(badKey));
-}
 
 TEST(ParameterWriterTest, WhatTheStoreHoldsIsNotWrittenAgain) {
     Prm::Set("c/text", std::string("a"));
