@@ -29,17 +29,6 @@ TEST(RegexTest, MatchWantsTheWholeTextAndSearchAnyPart) {
     EXPECT_THROW(booster::regex("(?:x"), booster::regex_error);
 }
 
-TEST(RegexTest, GroupsThatTookNoPartAreUnmatchedAndEmpty) {
-    std::string const text = "--key=value";
-    booster::smatch match;
-    ASSERT_TRUE(booster::regex_match(text, match, booster::regex("--(\\w+)(x)?(?:=(.*))?")));
-    EXPECT_EQ(match.size(), 4U);
-    EXPECT_EQ(match[1].str(), "key");
-    EXPECT_FALSE(match[2].matched);
-    EXPECT_EQ(match[2].str(), "");
-    EXPECT_EQ(match[3].str(), "value");
-}
-
 TEST(LogTest, MacrosAreFilteredByLevelAndModuleAndMessagesAreNot) {
     auto &logger = booster::log::logger::instance();
     std::ostringstream lines;

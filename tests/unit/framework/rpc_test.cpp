@@ -29,8 +29,6 @@ class Methods : public rpc::json_rpc_server {
             "fail", [] { throw std::runtime_error("broken"); }, any_role);
         Bind(
             "note", [this] { ++notes; }, notification_role);
-        Bind("release",
-             [this] { service().post([call = release_call()] { call->return_result("later"); }); });
     }
 
     int notes = 0;
@@ -151,19 +149,6 @@ TEST_F(Rpc, CallsAreLoggedWithoutControlCharacters) {
     LogLines log;
     Call(R"({"method":"a\nb","params":[],"id":1})");
     EXPECT_TRUE(log.Contains("JSON-RPC Method call:a\\nb ("));
-}
-
-TEST(RpcService, AReleasedCallIsAnsweredAfterItsMethodReturned) {
-    int const port = FreePort();
-    cppcms::service service(HttpSettings(port));
-    booster::intrusive_ptr<cppcms::application> const root(new Methods(service));
-    service.applications_pool().mount(root, cppcms::mount_point("/rpc", 0));
-    ServiceThread const running(service);
-    auto const answer =
-        Ask(port,
-            "POST /rpc HTTP/1.0\r\nContent-Type: application/json\r\nContent-Length: 39\r\n\r\n"
-            R"({"method":"release","params":[],"id":7})");
-    EXPECT_TRUE(answer.ends_with("\r\n\r\n{\"id\":7,\"error\":null,\"result\":\"later\"}")) << answer;
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "WebApps/webconfig/util/DaemonQuery.h"
-#include "WebApps/webconfig/util/VexaHandler.h"
 #include "tests/unit/util/LogCapture.h"
 
 namespace {
@@ -76,32 +75,6 @@ TEST_F(DaemonQuery, QueriesDoNotDisturbEachOther) {
     auto const [answers, time] = Timed([] { return AnswersOf(40); });  // alive, but nobody reads
     EXPECT_EQ(answers, 0);
     EXPECT_LT(time, 2s);
-}
-
-class VexaHandlerTest : public testing::Test {
-  protected:
-    void Handle(cVexaMsg &message) { EXPECT_TRUE(handler.HandleMessage(&message, "anybody", client)); }
-
-    VexaHandler handler;
-    cVexa client{"test", &handler};
-};
-
-TEST_F(VexaHandlerTest, KeepsTheLatestOfEachKind) {
-    cVexaMsgGPRSStats gprs;
-    cVexaMsgServerStats server;
-    cVexaMsgOpenVPNStats openVpn;
-    for (std::uint8_t const round : {1, 2}) {
-        gprs.bitErrorRate = round;
-        server.connected = round;
-        openVpn.secondsInState = round;
-        Handle(gprs);
-        Handle(server);
-        Handle(openVpn);
-    }
-    EXPECT_EQ(handler.Take<cVexaMsgGPRSStats>()->bitErrorRate, 2u);
-    EXPECT_EQ(handler.Take<cVexaMsgServerStats>()->connected, 2);
-    EXPECT_EQ(handler.Take<cVexaMsgOpenVPNStats>()->secondsInState, 2u);
-    EXPECT_FALSE(handler.Take<cVexaMsgGPRSStats>());
 }
 
 }  // namespace
