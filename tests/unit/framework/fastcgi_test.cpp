@@ -26,9 +26,9 @@ class FastcgiFront : public testing::Test {
                                  {"CONTENT_LENGTH", std::to_string(body.size())}},
                                 body, keep);
     }
-    std::string Ask(std::string const &path, std::string const &body = "") const {
+    std::string Ask(std::string const &path) const {
         Client client(path_);
-        client.Send(Request(path, body));
+        client.Send(Request(path));
         std::string bytes = client.ReadAll();
         auto const answer = fastcgi::TakeAnswer(bytes);
         EXPECT_TRUE(answer.ended) << path;

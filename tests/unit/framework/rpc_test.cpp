@@ -1,4 +1,3 @@
-#include <booster/intrusive_ptr.h>
 #include <cppcms/rpc_json.h>
 #include <gtest/gtest.h>
 
@@ -6,7 +5,7 @@
 #include <sstream>
 
 #include "tests/unit/framework/fake_request.h"
-#include "tests/unit/framework/running_service.h"
+#include "tests/unit/util/LogCapture.h"
 
 namespace json = cppcms::json;
 namespace rpc = cppcms::rpc;
@@ -146,7 +145,7 @@ TEST_F(Rpc, RequestsThatAreNoCalls) {
 }
 
 TEST_F(Rpc, CallsAreLoggedWithoutControlCharacters) {
-    LogLines log;
+    LogCapture log(booster::log::debug, "cppcms");
     Call(R"({"method":"a\nb","params":[],"id":1})");
     EXPECT_TRUE(log.Contains("JSON-RPC Method call:a\\nb ("));
 }

@@ -51,8 +51,6 @@ class Pages : public cppcms::application {
             response().out() << "begun", throw std::runtime_error("it failed late");
         else if (url == "/image")
             response().content_type("image/png"), response().out() << std::string(5000, 'i');
-        else if (url == "/slow")
-            std::this_thread::sleep_for(std::chrono::milliseconds(300)), response().out() << "slow";
         else if (url == "/echo")
             Echo();
         else if (url.starts_with("/variables"))
