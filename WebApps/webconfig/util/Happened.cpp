@@ -1,0 +1,26 @@
+#include "WebApps/webconfig/util/Happened.h"
+
+#include <atomic>
+
+namespace webconfig::util {
+
+namespace {
+
+std::atomic<Recorder> current = nullptr;
+
+}  // namespace
+
+void RecordWith(Recorder recorder) {
+    current = recorder;
+}
+
+bool IsRecorded() {
+    return current != nullptr;
+}
+
+void Happened(char const *event, char const *result, Details details) {
+    if (Recorder const recorder = current)
+        recorder(event, result, details);
+}
+
+}  // namespace webconfig::util
