@@ -1,0 +1,205 @@
+#include "WebApps/webconfig/util/FirmwareVerdict.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <optional>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+#include "WebApps/webconfig/util/FirmwareImage.h"
+#include "WebApps/webconfig/util/FirmwareSignature.h"
+#include "WebApps/webconfig/util/Utf8.h"
+
+namespace webconfig::util {
+
+namespace {
+
+using State = FirmwareSignature::State;
+
+constexpr std::string_view runningMark = "(running)";  // behind the version of a volume
+constexpr char digits[] = "0123456789";
+
+/// A file's bytes, without a copy of them in this process.
+class MappedFile {
+  public:
+    explicit MappedFile(std::string const &path) {
+        int const file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+        struct stat info {};
+        if (file >= 0 && ::fstat(file, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0) {
+            size_ = static_cast<std::size_t>(info.st_size);
+            address_ = ::mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, file, 0);
+        }
+        if (file >= 0)
+            ::close(file);
+    }
+    ~MappedFile() {
+        if (address_ != MAP_FAILED)
+            ::munmap(address_, size_);
+    }
+    MappedFile(MappedFile const &) = delete;
+    MappedFile &operator=(MappedFile const &) = delete;
+
+    std::string_view Bytes() const {
+        return address_ == MAP_FAILED ? std::string_view()
+                                      : std::string_view(static_cast<char const *>(address_), size_);
+    }
+
+  private:
+    void *address_ = MAP_FAILED;
+    std::size_t size_ = 0;
+};
+
+/// The word that begins with the first digit of \a text; nothing where there is none.
+std::optional<std::string> VersionIn(std::string const &text) {
+    auto const begin = text.find_first_of(digits);
+    if (begin == std::string::npos)
+        return {};
+    return text.substr(begin, text.find_first_of(" \t\r\n,;)", begin) - begin);
+}
+
+/// The leading numbers with a point between them, and what follows.
+struct Version {
+    explicit Version(std::string_view text) {
+        unsigned number = 0;
+        for (;;) {
+            auto const [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
+            if (problem == std::errc::invalid_argument)
+                break;
+            numbers.push_back(problem == std::errc() ? number : std::numeric_limits<unsigned>::max());
+            text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+            if (!text.starts_with('.'))
+                break;
+            text.remove_prefix(1);
+        }
+        rest = text;
+        while (!numbers.empty() && numbers.back() == 0)  // 1.2 is 1.2.0
+            numbers.pop_back();
+    }
+
+    std::vector<unsigned> numbers;
+    std::string_view rest;
+};
+
+std::string Compared(std::string const &version, std::string const &running, Age age) {
+    switch (age) {
+        case Age::Newer:
+            return version + ", newer than the running " + running;
+        case Age::Same:
+            return version + ", the same as the running one";
+        case Age::Older:
+            return version + ", older than the running " + running;
+        default:
+            return version + (running.empty() ? ", the running version is not known"
+                                              : ", not comparable with the running " + running);
+    }
+}
+
+std::string List(std::vector<std::string> const &texts) {
+    std::string list;
+    for (auto const &text : texts)
+        list.append(list.empty() ? "" : ", ").append(CleanText(text));
+    return list;
+}
+
+void JudgeTree(std::string const &path, FirmwareDemands const &demands, FirmwareVerdict &verdict) {
+    MappedFile const file(path);
+    auto const tree = ReadImageTree(file.Bytes().substr(0, verdict.imageSize));
+    if (!tree) {
+        verdict.refusal = "The image cannot be read: it is damaged, or only a part of one.";
+        verdict.version = verdict.platform = "unknown";
+        return;
+    }
+    Age const age = CompareVersions(tree->version, demands.running);
+    verdict.isOlder = age == Age::Older;
+    verdict.version =
+        tree->version.empty() ? "not told" : Compared(CleanText(tree->version), demands.running, age);
+    bool const fits =
+        std::find(tree->platforms.begin(), tree->platforms.end(), demands.platform) != tree->platforms.end();
+    verdict.platform = tree->platforms.empty() ? "not told" : List(tree->platforms);
+    if (!fits && !tree->platforms.empty())
+        verdict.refusal = "The image is for another platform: " + verdict.platform + ". This device is a " +
+                          demands.platform + '.';
+}
+
+std::string SignatureText(FirmwareSignature const &signature) {
+    switch (signature.state) {
+        case State::None:
+            return "none";
+        case State::UnknownKey:
+            return "by a key that this device does not have, " + signature.key;
+        case State::Broken:
+            return "does not match; the key is " + signature.key;
+        case State::Valid:
+            return "by " + signature.key;
+        default:
+            return "unknown";
+    }
+}
+
+/// Also where no signature is asked for: one that does not match says that these are not the maker's bytes.
+std::string SignatureRefusal(FirmwareSignature const &signature, bool demanded) {
+    switch (signature.state) {
+        case State::Broken:
+            return "The signature does not match the image: it was changed since, or damaged on its way.";
+        case State::Unreadable:
+            return "The image could not be read again.";
+        case State::None:
+            return demanded
+                       ? "The image is not signed. This device takes only images that are signed with one of "
+                         "its keys."
+                       : "";
+        case State::UnknownKey:
+            return demanded ? "The image is signed with a key that this device does not have (" +
+                                  signature.key + ")."
+                            : "";
+        default:
+            return "";
+    }
+}
+
+}  // namespace
+
+Age CompareVersions(std::string const &offered, std::string const &running) {
+    auto const first = VersionIn(offered);
+    auto const second = VersionIn(running);
+    if (!first || !second)
+        return Age::Unknown;
+    Version const a(*first);
+    Version const b(*second);
+    if (a.numbers != b.numbers)
+        return a.numbers < b.numbers ? Age::Older : Age::Newer;
+    return a.rest == b.rest ? Age::Same : Age::Unknown;
+}
+
+std::string RunningVersion(std::string const &volumeVersions) {
+    std::istringstream lines(volumeVersions);
+    for (std::string line; std::getline(lines, line);) {
+        auto const colon = line.find(": ");
+        auto const mark = line.find(runningMark);
+        if (colon == std::string::npos || mark == std::string::npos || mark < colon)
+            continue;
+        return VersionIn(line.substr(colon, mark - colon)).value_or("");
+    }
+    return {};
+}
+
+FirmwareVerdict JudgeFirmware(std::string const &path, FirmwareDemands const &demands) {
+    FirmwareSignature const signature = CheckFirmwareSignature(path, demands.keyFolder);
+    FirmwareVerdict verdict;
+    verdict.imageSize = signature.imageSize;
+    verdict.signature = CleanText(SignatureText(signature));
+    if (demands.soundTree)
+        JudgeTree(path, demands, verdict);
+    if (verdict.refusal.empty())
+        verdict.refusal = SignatureRefusal(signature, demands.signature);
+    return verdict;
+}
+
+}  // namespace webconfig::util
