@@ -40,6 +40,7 @@ class Settings : public Base {
   private:
     void _PrepareFirmware(data::Firmware &content);
     bool _StartFirmwareUpgrade(data::Firmware &content);
+    bool _AcceptImage(data::Firmware &content, std::string const &image, std::string const &sha256);
 
     // The actions of the Advanced page. They return true where they have answered with a download.
     bool _SaveAdministration(data::Advanced &content);
@@ -50,6 +51,8 @@ class Settings : public Base {
     bool _BackupConfiguration(data::Advanced &content);
     bool _DownloadSyslog(data::Advanced &content);
     bool _DownloadDeployerLog(data::Advanced &content);
+    /// Fills the audit's tab, where the policy asks for one, with what the query asks for.
+    void _ShowAudit(data::Advanced &content);
     data::Message _WebPassword(forms::AdvancedPassword &form);
     data::Message _RootPassword(forms::AdvancedPassword &form);
 

@@ -18,6 +18,7 @@
 #include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/Service.h"
 #include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/security/Audit.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -49,6 +50,7 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
 }
 
 void WebConfig::main(std::string url) {
+    security::AuditedRequest const audited(*this);
     std::optional<SaveTurn> turn;
     if (request().request_method() == "POST") {
         // One worker is left to pages that only show, but two who save at once are always served.

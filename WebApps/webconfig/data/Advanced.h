@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "WebApps/webconfig/data/AdvancedAudit.h"
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/forms/AdvancedAdministration.h"
 #include "WebApps/webconfig/forms/AdvancedDownloads.h"
@@ -20,6 +22,7 @@ struct Advanced : public BaseTabbed {
     forms::AdvancedConfiguration configuration;
     forms::AdvancedSyslog syslog;
     forms::AdvancedDeployerLog deployer_log;
+    std::optional<AdvancedAudit> audit;  // where the policy asks for one
 };
 
 }  // namespace webconfig::data

@@ -26,6 +26,7 @@
 #include "WebApps/webconfig/main/CommandLine.h"
 #include "WebApps/webconfig/main/StopSignals.h"
 #include "WebApps/webconfig/main/SystemLog.h"
+#include "WebApps/webconfig/security/Audit.h"
 #include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -125,6 +126,7 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
     WEBCONFIG_LOG(debug, logTag) << "webconfig start";
     util::HardenShell(service->settings().get("webconfig.hardening.shell", false));
     security::SetPolicy(security::ReadPolicy(service->settings()));
+    security::SetAudit(security::ThePolicy().audit);
     MountPages(*service);
     auto const status = MountStatus(*service);
     stop.Run(*service);

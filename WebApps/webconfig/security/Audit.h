@@ -41,7 +41,7 @@ struct Asker {
 std::string AuditWord(std::string_view value);
 
 /// The whole line.
-std::string AuditLine(char const *event, char const *result, Asker const &asker, std::time_t time,
+std::string AuditLine(char const *event, util::Outcome outcome, Asker const &asker, std::time_t time,
                       util::Details details);
 
 /// Makes the audit, from now on, the record of what happens; or nothing.
@@ -57,11 +57,17 @@ class AuditedRequest {
     AuditedRequest(AuditedRequest const &) = delete;
     AuditedRequest &operator=(AuditedRequest const &) = delete;
 
-  private:
-    void _TellDownload();
-    void _TellUnusedUploads();
+    Asker const &TheAsker() const { return asker_; }
+    void NoteUpload() { uploadsTold_ = true; }
 
-    cppcms::application &_application;
+  private:
+    void TellDownload(util::Outcome outcome);
+    void TellUnusedUploads();
+
+    cppcms::application &application_;
+    Asker asker_;
+    bool uploadsTold_ = false;
+    int const exceptions_;
 };
 
 }  // namespace webconfig::security

@@ -19,6 +19,8 @@
 
 #include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/Digest.h"
+#include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 
 namespace webconfig::util {
@@ -54,6 +56,18 @@ class Pattern {
 struct CloseDirectory {
     void operator()(DIR *directory) const { ::closedir(directory); }
 };
+
+bool MoveUpload(cppcms::http::file &upload, std::string const &path) {
+    try {
+        upload.save_to(path);
+        std::filesystem::permissions(path, ownerOnly);  // it may have replaced what was made there
+        return true;
+    } catch (std::exception const &problem) {
+        WEBCONFIG_LOG(error, logTag) << "Failed to save " << path << ": " << problem.what();
+    }
+    ::unlink(path.c_str());  // the part that there was room for
+    return false;
+}
 
 /// The type is the one that the directory tells; file systems that tell none have no files and folders
 /// for this purpose.
@@ -109,16 +123,16 @@ bool WritePrivately(std::string const &path, std::string const &content) {
     return false;
 }
 
-bool SaveUpload(cppcms::http::file &upload, std::string const &path) {
-    try {
-        upload.save_to(path);
-        std::filesystem::permissions(path, ownerOnly);  // it may have replaced what was made there
-        return true;
-    } catch (std::exception const &problem) {
-        WEBCONFIG_LOG(error, logTag) << "Failed to save " << path << ": " << problem.what();
-    }
-    ::unlink(path.c_str());  // the part that there was room for
-    return false;
+bool SaveUpload(cppcms::http::file &upload, std::string const &path, std::string *sha256) {
+    std::string const size = std::to_string(upload.size());
+    std::string digest;
+    bool const saved = MoveUpload(upload, path);
+    if (saved && (sha256 || IsRecorded()))
+        digest = Sha256OfFile(path);
+    Happened("upload", OutcomeOf(saved), {{"sha256", digest}, {"size", size}, {"name", upload.filename()}});
+    if (sha256)
+        *sha256 = digest;
+    return saved;
 }
 
 PrivateFolder::PrivateFolder() : path_("/tmp/webconfig.XXXXXX") {

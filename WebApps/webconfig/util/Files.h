@@ -31,8 +31,9 @@ bool CreatePrivately(std::string const &path);
 bool WritePrivately(std::string const &path, std::string const &content);
 
 /// Moves an uploaded file to \a path, which is to be in a PrivateFolder or made by CreatePrivately(); only
-/// its owner may open it there. On a failure, which is logged, no file is left.
-bool SaveUpload(cppcms::http::file &upload, std::string const &path);
+/// its owner may open it there. On a failure, which is logged, no file is left. \a sha256 gets
+/// Sha256OfFile().
+bool SaveUpload(cppcms::http::file &upload, std::string const &path, std::string *sha256 = nullptr);
 
 /// A folder below /tmp that only its owner may enter. It goes with the object, and with it what is still in
 /// it.

@@ -9,12 +9,13 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
+#include "WebApps/webconfig/util/Digest.h"
 #include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Log.h"
 
@@ -33,50 +34,11 @@ constexpr std::size_t blockSize = magic.size() + keyIdSize + signatureSize;
 /// What is signed begins with this, so that no signature for something else is one for an image.
 constexpr std::string_view domain = "firmware image, format 1\n";
 
-constexpr std::size_t chunk = 65536;
-constexpr std::uintmax_t everything = std::numeric_limits<std::uintmax_t>::max();
-
 constexpr char keyNames[] = "\\.pem$";
 constexpr std::size_t maxKeys = 32;
 constexpr std::uintmax_t maxKeySize = 4096;  // bytes
 
-using Digest = std::unique_ptr<EVP_MD_CTX, decltype([](EVP_MD_CTX *context) { EVP_MD_CTX_free(context); })>;
 using Key = std::unique_ptr<EVP_PKEY, decltype([](EVP_PKEY *key) { EVP_PKEY_free(key); })>;
-
-std::string Hex(std::string_view bytes) {
-    constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    for (unsigned char const byte : bytes) {
-        text += digits[byte >> 4U];
-        text += digits[byte & 0xFU];
-    }
-    return text;
-}
-
-std::string Finish(EVP_MD_CTX *context) {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
-    unsigned size = 0;
-    if (EVP_DigestFinal_ex(context, bytes.data(), &size) != 1)
-        return {};
-    return {bytes.begin(), bytes.begin() + size};
-}
-
-/// Of the next \a size bytes of \a file, or of all that are left; empty where there are fewer.
-std::string DigestOf(std::istream &file, EVP_MD const *kind, std::uintmax_t size = everything) {
-    Digest const context(EVP_MD_CTX_new());
-    if (!file || !context || EVP_DigestInit_ex(context.get(), kind, nullptr) != 1)
-        return {};
-    auto const buffer = std::make_unique<std::array<char, chunk>>();
-    while (size > 0 && file) {
-        file.read(buffer->data(), static_cast<std::streamsize>(std::min<std::uintmax_t>(size, chunk)));
-        auto const got = static_cast<std::size_t>(file.gcount());
-        if (EVP_DigestUpdate(context.get(), buffer->data(), got) != 1)
-            return {};
-        size -= size == everything ? 0 : got;
-    }
-    bool const whole = size == 0 || (size == everything && file.eof());
-    return whole ? Finish(context.get()) : "";
-}
 
 Key ReadKey(std::string const &path) {
     std::error_code problem;
@@ -84,7 +46,10 @@ Key ReadKey(std::string const &path) {
         return {};
     std::unique_ptr<BIO, decltype([](BIO *file) { BIO_free(file); })> const file(
         BIO_new_file(path.c_str(), "r"));
-    Key key(file ? PEM_read_bio_PUBKEY(file.get(), nullptr, nullptr, nullptr) : nullptr);
+    auto *const noPassword = +[](char * /*buffer*/, int /*size*/, int /*writing*/, void * /*unused*/) {
+        return -1;  // the default would ask at the terminal
+    };
+    Key key(file ? PEM_read_bio_PUBKEY(file.get(), nullptr, noPassword, nullptr) : nullptr);
     ERR_clear_error();
     if (!key || EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_ED25519)
         return {};
@@ -97,11 +62,10 @@ std::string IdOf(EVP_PKEY *key) {
     int const size = i2d_PUBKEY(key, &der);
     std::unique_ptr<unsigned char, decltype([](unsigned char *bytes) { OPENSSL_free(bytes); })> const kept(
         der);
-    Digest const context(EVP_MD_CTX_new());
-    if (size <= 0 || !context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1 ||
-        EVP_DigestUpdate(context.get(), der, static_cast<std::size_t>(size)) != 1)
+    if (size <= 0)
         return {};
-    return Finish(context.get()).substr(0, keyIdSize);
+    std::istringstream text(std::string(reinterpret_cast<char const *>(der), static_cast<std::size_t>(size)));
+    return DigestOf(text, DigestKind::Sha256).substr(0, keyIdSize);
 }
 
 struct KnownKey {
@@ -129,7 +93,8 @@ bool Verify(EVP_PKEY *key, std::string_view signature, std::string const &messag
     auto const bytes = [](std::string_view text) {
         return reinterpret_cast<unsigned char const *>(text.data());
     };
-    Digest const context(EVP_MD_CTX_new());
+    std::unique_ptr<EVP_MD_CTX, decltype([](EVP_MD_CTX *digest) { EVP_MD_CTX_free(digest); })> const context(
+        EVP_MD_CTX_new());
     bool const valid = context && EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, key) == 1 &&
                        EVP_DigestVerify(context.get(), bytes(signature), signature.size(), bytes(message),
                                         message.size()) == 1;
@@ -163,18 +128,13 @@ FirmwareSignature CheckFirmwareSignature(std::string const &path, std::string co
     result.state = State::UnknownKey;
     if (!known)
         return result;
-    std::string const digest = DigestOf(file.seekg(0), EVP_sha512(), result.imageSize);
+    std::string const digest = DigestOf(file.seekg(0), DigestKind::Sha512, result.imageSize);
     if (digest.empty())
         return {};
     bool const valid =
         Verify(known->key.get(), block.substr(magic.size() + keyIdSize), std::string(domain) + digest);
     result.state = valid ? State::Valid : State::Broken;
     return result;
-}
-
-std::string Sha256OfFile(std::string const &path) {
-    std::ifstream file(path, std::ios::binary);
-    return Hex(DigestOf(file, EVP_sha256()));
 }
 
 }  // namespace webconfig::util

@@ -23,7 +23,4 @@ struct FirmwareSignature {
 /// \a keyFolder. Keys that are not of the kind are logged.
 FirmwareSignature CheckFirmwareSignature(std::string const &path, std::string const &keyFolder);
 
-/// The SHA-256 of a file in lower-case hexadecimal digits; empty where it cannot be read.
-std::string Sha256OfFile(std::string const &path);
-
 }  // namespace webconfig::util

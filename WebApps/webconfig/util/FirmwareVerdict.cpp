@@ -11,6 +11,7 @@
 #include <optional>
 #include <sstream>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "WebApps/webconfig/util/FirmwareImage.h"
@@ -108,11 +109,16 @@ std::string List(std::vector<std::string> const &texts) {
     return list;
 }
 
+void Refuse(FirmwareVerdict &verdict, char const *reason, std::string text) {
+    verdict.reason = reason;
+    verdict.refusal = std::move(text);
+}
+
 void JudgeTree(std::string const &path, FirmwareDemands const &demands, FirmwareVerdict &verdict) {
     MappedFile const file(path);
     auto const tree = ReadImageTree(file.Bytes().substr(0, verdict.imageSize));
     if (!tree) {
-        verdict.refusal = "The image cannot be read: it is damaged, or only a part of one.";
+        Refuse(verdict, "unreadable", "The image cannot be read: it is damaged, or only a part of one.");
         verdict.version = verdict.platform = "unknown";
         return;
     }
@@ -124,8 +130,9 @@ void JudgeTree(std::string const &path, FirmwareDemands const &demands, Firmware
         std::find(tree->platforms.begin(), tree->platforms.end(), demands.platform) != tree->platforms.end();
     verdict.platform = tree->platforms.empty() ? "not told" : List(tree->platforms);
     if (!fits && !tree->platforms.empty())
-        verdict.refusal = "The image is for another platform: " + verdict.platform + ". This device is a " +
-                          demands.platform + '.';
+        Refuse(verdict, "platform",
+               "The image is for another platform: " + verdict.platform + ". This device is a " +
+                   demands.platform + '.');
 }
 
 std::string SignatureText(FirmwareSignature const &signature) {
@@ -143,25 +150,20 @@ std::string SignatureText(FirmwareSignature const &signature) {
     }
 }
 
-/// Also where no signature is asked for: one that does not match says that these are not the maker's bytes.
-std::string SignatureRefusal(FirmwareSignature const &signature, bool demanded) {
-    switch (signature.state) {
-        case State::Broken:
-            return "The signature does not match the image: it was changed since, or damaged on its way.";
-        case State::Unreadable:
-            return "The image could not be read again.";
-        case State::None:
-            return demanded
-                       ? "The image is not signed. This device takes only images that are signed with one of "
-                         "its keys."
-                       : "";
-        case State::UnknownKey:
-            return demanded ? "The image is signed with a key that this device does not have (" +
-                                  signature.key + ")."
-                            : "";
-        default:
-            return "";
-    }
+void JudgeSignature(FirmwareSignature const &signature, bool demanded, FirmwareVerdict &verdict) {
+    if (signature.state == State::Unreadable)
+        Refuse(verdict, "unreadable", "The image could not be read again.");
+    // Also where no signature is asked for: these are not the bytes that somebody has signed.
+    else if (signature.state == State::Broken)
+        Refuse(verdict, "signature",
+               "The signature does not match the image: it was changed since, or damaged on its way.");
+    else if (demanded && signature.state == State::None)
+        Refuse(
+            verdict, "unsigned",
+            "The image is not signed. This device takes only images that are signed with one of its keys.");
+    else if (demanded && signature.state == State::UnknownKey)
+        Refuse(verdict, "unknown-key",
+               "The image is signed with a key that this device does not have (" + signature.key + ").");
 }
 
 }  // namespace
@@ -198,7 +200,7 @@ FirmwareVerdict JudgeFirmware(std::string const &path, FirmwareDemands const &de
     if (demands.soundTree)
         JudgeTree(path, demands, verdict);
     if (verdict.refusal.empty())
-        verdict.refusal = SignatureRefusal(signature, demands.signature);
+        JudgeSignature(signature, demands.signature, verdict);
     return verdict;
 }
 

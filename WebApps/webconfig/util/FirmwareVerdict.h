@@ -16,9 +16,10 @@ struct FirmwareDemands {
 
 /// What an image is, in texts for the operator.
 struct FirmwareVerdict {
-    std::string refusal;   ///< why it must not be installed; empty where it may
-    std::string version;   ///< with how it compares with the running one
-    bool isOlder = false;  ///< than the running one
+    char const *reason = "";  ///< why it must not be installed, in a word; empty where it may
+    std::string refusal;      ///< the same for the operator
+    std::string version;      ///< with how it compares with the running one
+    bool isOlder = false;     ///< than the running one
     std::string platform;
     std::string signature;         ///< who has signed it
     std::uintmax_t imageSize = 0;  ///< bytes of the image, without a signature's block

@@ -18,9 +18,9 @@ bool IsRecorded() {
     return current != nullptr;
 }
 
-void Happened(char const *event, char const *result, Details details) {
+void Happened(char const *event, Outcome outcome, Details details) {
     if (Recorder const recorder = current)
-        recorder(event, result, details);
+        recorder(event, outcome, details);
 }
 
 }  // namespace webconfig::util

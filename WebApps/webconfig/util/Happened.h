@@ -14,20 +14,22 @@ struct Detail {
 };
 using Details = std::initializer_list<Detail>;
 
-using Recorder = void (*)(char const *event, char const *result, Details details);
+enum class Outcome {
+    Ok,
+    Failed,   ///< the device could not
+    Refused,  ///< it was not allowed to
+};
+inline Outcome OutcomeOf(bool done) {
+    return done ? Outcome::Ok : Outcome::Failed;
+}
+
+using Recorder = void (*)(char const *event, Outcome outcome, Details details);
 
 /// Who is told from now on, on the thread of whoever tells; nobody where null, as at first.
 void RecordWith(Recorder recorder);
-/// Whether anybody is told: what is only found out for the record need not be else.
+/// Whether anybody is told: what is found out only for the record need not be else.
 bool IsRecorded();
 
-inline constexpr char ok[] = "ok";
-inline constexpr char failed[] = "failed";
-inline constexpr char refused[] = "refused";
-inline char const *Outcome(bool done) {
-    return done ? ok : failed;
-}
-
-void Happened(char const *event, char const *result, Details details = {});
+void Happened(char const *event, Outcome outcome, Details details = {});
 
 }  // namespace webconfig::util

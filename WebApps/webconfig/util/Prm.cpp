@@ -4,6 +4,7 @@
 #include <array>
 #include <mutex>
 
+#include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 
 namespace webconfig::util {
@@ -37,13 +38,17 @@ Value Read(std::string const &key) {
     return value;
 }
 
-/// Runs \a write, a call of the library's \a operation, and reports its failure.
+/// Runs \a write, a call of the library's \a operation, and tells of it: of a failure in the log.
 template <typename Write>
 bool Apply(char const *operation, std::string const &key, Write write) {
-    std::lock_guard const lock(guard);
-    bool const done = write(Prm::lib()) == 0;
+    bool done = false;
+    {
+        std::lock_guard const lock(guard);
+        done = write(Prm::lib()) == 0;
+    }
     if (!done)
         WEBCONFIG_LOG(error, logTag) << "FAIL prmlib::" << operation << " \"" << key << '"';
+    Happened("setting", OutcomeOf(done), {{"key", key}, {"operation", operation}});
     return done;
 }
 

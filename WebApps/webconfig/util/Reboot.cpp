@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "WebApps/webconfig/util/Daemon.h"
+#include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 
 namespace webconfig::util {
@@ -34,7 +35,9 @@ int RunReboot() {
 }  // namespace
 
 void ForkReboot() {
-    if (ForkDetached(RunReboot) < 0)
+    bool const forked = ForkDetached(RunReboot) >= 0;
+    Happened("reboot", OutcomeOf(forked));
+    if (!forked)
         WEBCONFIG_LOG(error, logTag) << "ForkReboot failed";
     else
         WEBCONFIG_LOG(info, logTag) << "Forked a reboot";

@@ -86,6 +86,7 @@ void Settings::Advanced() {
         }
     }
     LoadFromStore(content);
+    _ShowAudit(content);
     render("Advanced", content);
 }
 

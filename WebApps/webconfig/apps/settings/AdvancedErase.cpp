@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -37,6 +38,13 @@ constexpr Partition partitions[] = {
      "Error: Failure erasing data partition."},
 };
 
+/// Runs the command that erases \a what, and tells of it. True on success.
+bool Erase(char const *what, util::ConstantText command) {
+    bool const erased = util::RunCommand(command, eraseLimit) == 0;
+    util::Happened("erase", util::OutcomeOf(erased), {{"what", what}});
+    return erased;
+}
+
 }  // namespace
 
 bool Settings::_EraseConfiguration(data::Advanced &content) {
@@ -45,12 +53,12 @@ bool Settings::_EraseConfiguration(data::Advanced &content) {
     if (valid && type == "erase_all") {
         util::RunCommand(moveDumps);
         util::RunCommand(leaveDatabase);
-        if (util::RunCommand(eraseDumps, eraseLimit) != 0)
+        if (!Erase(type.c_str(), eraseDumps))
             WEBCONFIG_LOG(error, logTag) << "Erasing config flash partition failed";
         RequireReboot(content);
         content.message = data::Message::SaveOK();
     } else if (valid && type == "erase_sensors") {
-        content.message = util::RunCommand(eraseApplication, eraseLimit) == 0
+        content.message = Erase(type.c_str(), eraseApplication)
                               ? data::Message::SaveOK()
                               : data::Message::Error("Error: Failure erasing persistent storage");
     } else {
@@ -66,7 +74,7 @@ bool Settings::_ErasePartition(data::Advanced &content) {
     for (auto const &partition : partitions) {
         if (content.administration.partition.selected_id() != partition.option)
             continue;
-        bool const erased = util::RunCommand(partition.command, eraseLimit) == 0;
+        bool const erased = Erase(partition.option, partition.command);
         if (erased)
             RequireReboot(content);
         content.message =

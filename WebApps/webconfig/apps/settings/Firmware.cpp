@@ -7,12 +7,18 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <random>
+#include <system_error>
 
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/apps/Shutdown.h"
+#include "WebApps/webconfig/security/Audit.h"
+#include "WebApps/webconfig/security/Policy.h"
+#include "WebApps/webconfig/util/FirmwareVerdict.h"
+#include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -43,6 +49,39 @@ std::optional<std::string> NewImage() {
     }
     WEBCONFIG_LOG(error, logTag) << "Firmware image not saved: " << std::strerror(errno);
     return {};
+}
+
+/// Whether an image is looked into at all.
+bool Judges() {
+    return security::ThePolicy().firmware_verdict || security::ThePolicy().signed_firmware;
+}
+
+std::vector<data::Firmware::Finding> Findings(std::string const &name, std::uintmax_t size,
+                                              std::string const &sha256,
+                                              util::FirmwareVerdict const &verdict) {
+    return {
+        {"File", util::CleanText(name)},
+        {"Size", std::to_string(size) + " bytes"},
+        {"SHA-256", sha256},
+        {"Version", verdict.version, verdict.isOlder},
+        {"Platform", verdict.platform},
+        {"Signature", verdict.signature},
+    };
+}
+
+void Tell(std::string const &name, std::string const &sha256, util::FirmwareVerdict const &verdict) {
+    bool const accepted = verdict.refusal.empty();
+    WEBCONFIG_LOG(warning, logTag) << "Firmware image " << security::AuditWord(name)
+                                   << (accepted ? " accepted" : " refused: " + verdict.refusal)
+                                   << " Version: " << verdict.version << "; platform: " << verdict.platform
+                                   << "; signature: " << verdict.signature << "; SHA-256: " << sha256;
+    util::Happened("firmware", accepted ? util::Outcome::Ok : util::Outcome::Refused,
+                   {{"reason", verdict.reason},
+                    {"sha256", sha256},
+                    {"version", verdict.version},
+                    {"platform", verdict.platform},
+                    {"signature", verdict.signature},
+                    {"name", name}});
 }
 
 }  // namespace
@@ -92,6 +131,32 @@ void Settings::_PrepareFirmware(data::Firmware &content) {
     content.internal_server = UsingInternalServer();
 }
 
+/// Looks into the saved image, where that is asked for, and tells on the page, in the log and in the audit
+/// what it is. True where it may be installed: what is left of it then is what the firmware tool knows,
+/// without a signature's block. Else the page has the reason as its message.
+bool Settings::_AcceptImage(data::Firmware &content, std::string const &image, std::string const &sha256) {
+    security::Policy const &policy = security::ThePolicy();
+    if (!Judges())
+        return true;
+    util::FirmwareVerdict const verdict =
+        util::JudgeFirmware(image, {.soundTree = policy.firmware_verdict,
+                                    .signature = policy.signed_firmware,
+                                    .platform = hardwarePlatform,
+                                    .running = util::RunningVersion(content.versions)});
+    auto const upload = content.form.file.value();
+    if (policy.firmware_verdict)
+        content.verdict = Findings(upload->filename(), util::FileSize(image), sha256, verdict);
+    Tell(upload->filename(), sha256, verdict);
+    std::error_code problem;
+    if (verdict.refusal.empty())
+        std::filesystem::resize_file(image, verdict.imageSize, problem);
+    if (!verdict.refusal.empty())
+        content.message = data::Message::Error(verdict.refusal, true);
+    else if (problem)
+        content.message = data::Message::SaveError();
+    return verdict.refusal.empty() && !problem;
+}
+
 /// Takes the uploaded image, answers with the progress page and stops the service, between two runs of
 /// which the upgrade starts. False, with a message on the page, where there is nothing to start.
 bool Settings::_StartFirmwareUpgrade(data::Firmware &content) {
@@ -114,8 +179,13 @@ bool Settings::_StartFirmwareUpgrade(data::Firmware &content) {
         return true;
     }
     auto const image = NewImage();
-    if (!image || !util::SaveUpload(*upload, *image)) {
+    std::string sha256;
+    if (!image || !util::SaveUpload(*upload, *image, Judges() ? &sha256 : nullptr)) {
         content.message = data::Message::SaveError();
+        return false;
+    }
+    if (!_AcceptImage(content, *image, sha256)) {
+        std::remove(image->c_str());
         return false;
     }
     util::RunCommand("/bin/rm -f /tmp/fwtool_status.txt /var/volatile/tmp/fwtool_status.txt");

@@ -1,0 +1,34 @@
+#include "WebApps/webconfig/data/AdvancedAudit.h"
+
+#include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/security/Policy.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr unsigned auditTab = 5;
+constexpr std::size_t maxEntries = 200;
+
+}  // namespace
+
+void Settings::_ShowAudit(data::Advanced &content) {
+    if (!security::ThePolicy().audit)
+        return;
+    data::AdvancedAudit &audit = content.audit.emplace();
+    if (HttpGet() && !HttpGet(audit.form.show.name()).empty()) {
+        content.selected_tab = auditTab;
+        if (!ValidateForm(audit.form)) {
+            content.message = data::Message::Error("The audit cannot be searched for this.");
+            audit.form.clear();
+        }
+    }
+    auto entries = security::ReadAudit(security::auditFile, audit.form.event.selected_id(),
+                                       audit.form.text.value(), maxEntries);
+    audit.readable = entries.has_value();
+    if (entries)
+        audit.entries = std::move(*entries);
+}
+
+}  // namespace webconfig::apps

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "WebApps/webconfig/forms/Base.h"
+
+namespace webconfig::forms {
+
+/// What of the audit is to be shown. Sent as a query: it changes nothing.
+class AdvancedAudit : public Base {
+  public:
+    AdvancedAudit();
+
+    cppcms::widgets::select event;  // its first option, with an empty id, is all of them
+    cppcms::widgets::text text;
+    cppcms::widgets::submit show;
+};
+
+}  // namespace webconfig::forms
