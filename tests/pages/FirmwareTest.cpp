@@ -123,8 +123,8 @@ namespace {
 /// A process that may be stopped for an upgrade, with a tool that tells how it was started.
 class UpgradeTest : public FirmwareTest {
   protected:
-    UpgradeTest() {
-        process.emplace(device::Configuration(9103), Strings{"MOUNT_DIR="});
+    explicit UpgradeTest(std::string const &keys = "") {
+        process.emplace(device::Configuration(9103, keys), Strings{"MOUNT_DIR="});
         browser = device::Up("http://127.0.0.1:9103");
     }
     ~UpgradeTest() override {
@@ -189,6 +189,74 @@ TEST_F(UpgradeTest, AnImageThatCannotBeSavedLeavesTheServiceAsItWas) {
     EXPECT_FALSE(fs::exists("/tmp/webconfig_fwsugd_flag"));
     EXPECT_EQ(browser.Get("/config/").status, 200);
     EXPECT_EQ(process->Wait(0), -1) << "still running";
+}
+
+namespace {
+
+/// A device that takes only images that its key "maker" has signed.
+class JudgedImageTest : public UpgradeTest {
+  protected:
+    JudgedImageTest() : UpgradeTest(R"("security":{"firmware_verdict":true,"signed_firmware":true},)") {
+        device::Shell(
+            "mkdir " + folder + " && cd " + folder +
+            " && openssl genpkey -algorithm ed25519 -out key && openssl pkey -in key -pubout -out public");
+    }
+    ~JudgedImageTest() override { fs::remove_all(folder); }
+
+    std::string Make(std::string const &options) const {
+        device::Shell(PROJECT_SOURCE_DIR "/device/make-image --size 200000 7.1 " + folder + "/image " +
+                      options);
+        return device::ReadFile(folder + "/image");
+    }
+
+    std::string const folder = "/tmp/judged";
+    std::string const sign = "--sign " + folder + "/key";
+};
+
+constexpr char findings[] = "//div[@id='firmware_verdict']//td";
+
+}  // namespace
+
+TEST_F(JudgedImageTest, WhatIsNotForTheDeviceGoesAndTheRestIsToldAndInstalled) {
+    device::RecordingProgram const versions(versionTool, "echo 'rootfs0: 7.0.9 (running)'");
+    device::ReplacedFile const key("/etc/webconfig/firmware.d/maker.pem",
+                                   device::ReadFile(folder + "/public"));
+    std::string tampered = Make(sign);
+    tampered[100000] = 'x';
+    struct {
+        std::string content;
+        char const *failure;
+        char const *logged;
+    } const refused[] = {
+        {Make(""),
+         "The image is not signed. This device takes only images that are signed with one of its keys.",
+         "signature: none"},
+        {Make(sign + " --platform brq3"), "The image is for another platform: brq3. This device is a brq4.",
+         "platform: brq3"},
+        {tampered, "The signature does not match the image: it was changed since, or damaged on its way.",
+         "Firmware image a%20b.itb refused."},
+    };
+    for (auto const &[content, failure, logged] : refused) {
+        device::TakeCommands();
+        Html const html(Send(content, "a b.itb").body);
+        EXPECT_EQ(html.One(staticFailure), failure);
+        EXPECT_EQ(html.All(findings).at(0), "a b.itb");
+        EXPECT_TRUE(process->WaitForLog(logged)) << logged;
+        EXPECT_EQ(Images(), Strings());
+        EXPECT_FALSE(fs::exists("/tmp/webconfig_fwsugd_flag"));
+        EXPECT_EQ(device::TakeCommands().back(), "/usr/bin/supvis --resume deployer");
+    }
+
+    Answer const answer = Send(Make(sign), "<b>.itb");
+    EXPECT_TRUE(IsProgress(answer));
+    std::string const digest = device::Shell("sha256sum <" + folder + "/image | cut -c1-64 | tr -d '\\n'");
+    EXPECT_EQ(Html(answer.body).All(findings),
+              (Strings{"<b>.itb", "200080 bytes", digest, "7.1, newer than the running 7.0.9", "brq4",
+                       "by maker"}));
+    EXPECT_EQ(device::Start(), "own session, 0 signals, 0 sockets, boot 1\n");
+    ASSERT_EQ(Images().size(), 1U);
+    EXPECT_EQ(device::ReadFile(Images()[0]), Make(""))
+        << "the tool gets the image as it was before it was signed";
 }
 
 }  // namespace pages

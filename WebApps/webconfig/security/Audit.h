@@ -12,8 +12,8 @@
 ///
 ///     audit event=E result=R user=U address=A page=P time=T [name=value]...
 ///
-///     audit event=setting result=ok user=admin address=192.168.0.20 page=/settings/general
-///         time=2026-11-22T08:15:00Z key=net/hostname                               (in one line)
+///     audit event=setting result=ok user=admin address=192.168.0.20 page=/config/
+///         time=2026-11-22T08:15:00Z key=net/hostname operation=setPar              (in one line)
 ///     audit event=login result=refused user=admin address=192.168.0.66 page=/config/
 ///     time=2026-11-22T08:15:00Z
 ///

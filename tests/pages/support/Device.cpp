@@ -277,11 +277,13 @@ bool Reload(Process const &process, Browser &browser) {
     return WaitUntil(10, [&] { return reloads() > before; }) && browser.WaitUntilUp();
 }
 
-std::string Configuration(int port) {
+std::string Configuration(int port, std::string const &keys) {
     return R"({"service":{"api":"http","ip":"127.0.0.1","port":)" + std::to_string(port) +
            R"(,"worker_threads":3},"localization":{"locales":["C.UTF-8"]},)"
            R"("logging":{"level":"debug","stderr":true},"views":{"default_skin":"webconfig"},)"
-           R"("webconfig":{"root":{"sync":"config","async":"status","rpc":"rpc"},)"
+           R"("webconfig":{)" +
+           keys +
+           R"("root":{"sync":"config","async":"status","rpc":"rpc"},)"
            R"("media_root":"media","media_directory":"/var/www/webconfig/media"}})";
 }
 

@@ -152,7 +152,8 @@ std::size_t Count(std::string const &text, std::string const &part);
 /// Makes the process reload its service; false where the new one does not serve in time.
 bool Reload(Process const &process, Browser &browser);
 
-/// A configuration with the built-in server on \a port and the log at level debug on standard error.
-std::string Configuration(int port);
+/// A configuration with the built-in server on \a port and the log at level debug on standard error; \a keys
+/// are more members of "webconfig", each with its comma.
+std::string Configuration(int port, std::string const &keys = "");
 
 }  // namespace pages::device

@@ -24,8 +24,8 @@ void Settings::_ShowAudit(data::Advanced &content) {
             audit.form.clear();
         }
     }
-    auto entries = security::ReadAudit(security::auditFile, audit.form.event.selected_id(),
-                                       audit.form.text.value(), maxEntries);
+    std::string const text = audit.form.text.set() ? audit.form.text.value() : "";
+    auto entries = security::ReadAudit(security::auditFile, audit.form.event.selected_id(), text, maxEntries);
     audit.readable = entries.has_value();
     if (entries)
         audit.entries = std::move(*entries);

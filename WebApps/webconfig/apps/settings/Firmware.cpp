@@ -71,10 +71,12 @@ std::vector<data::Firmware::Finding> Findings(std::string const &name, std::uint
 
 void Tell(std::string const &name, std::string const &sha256, util::FirmwareVerdict const &verdict) {
     bool const accepted = verdict.refusal.empty();
-    WEBCONFIG_LOG(warning, logTag) << "Firmware image " << security::AuditWord(name)
-                                   << (accepted ? " accepted" : " refused: " + verdict.refusal)
-                                   << " Version: " << verdict.version << "; platform: " << verdict.platform
-                                   << "; signature: " << verdict.signature << "; SHA-256: " << sha256;
+    util::LogLine(accepted && !verdict.isOlder ? booster::log::info : booster::log::warning, logTag, __LINE__)
+            .out()
+        << "Firmware image " << security::AuditWord(name)
+        << (accepted ? " accepted." : " refused. " + verdict.refusal) << " Version: " << verdict.version
+        << "; platform: " << verdict.platform << "; signature: " << verdict.signature
+        << "; SHA-256: " << sha256;
     util::Happened("firmware", accepted ? util::Outcome::Ok : util::Outcome::Refused,
                    {{"reason", verdict.reason},
                     {"sha256", sha256},
