@@ -35,7 +35,7 @@ class AdvancedTest : public PageTest {
 TEST_F(AdvancedTest, ShowsTheStoredSwitches) {
     Html const html = Show({{"system/remote/web_enabled", "yes"}, {"debug/seriald", "1, i"}});
     EXPECT_EQ(html.All(checkedSwitches), (Strings{"remoteWebEnabled", "gsmDebug"}));
-    EXPECT_EQ(html.All("//option/@value"),
+    EXPECT_EQ(html.All("//div[@id='advanced_administration']//option/@value"),
               (Strings{"erase_sensors", "erase_all", "erase_log", "erase_data"}));
 }
 
