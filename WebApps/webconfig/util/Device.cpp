@@ -9,6 +9,8 @@
 #include <memory>
 #include <string_view>
 
+#include "WebApps/webconfig/util/Happened.h"
+
 namespace webconfig::util {
 
 namespace {
@@ -40,7 +42,9 @@ std::string SystemAssemblySN() {
 }
 
 bool SetSystemAssemblySN(std::string const &number) {
-    return vnt_util::system::SetBarcodeASN(number);
+    bool const set = vnt_util::system::SetBarcodeASN(number);
+    Happened("setting", OutcomeOf(set), {{"key", "assembly serial number"}, {"operation", "SetBarcodeASN"}});
+    return set;
 }
 
 std::string SystemDeviceID() {

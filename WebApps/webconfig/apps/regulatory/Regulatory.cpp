@@ -8,6 +8,7 @@
 
 #include "WebApps/webconfig/apps/BuildStamp.h"
 #include "WebApps/webconfig/apps/MediaRoot.h"
+#include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -67,7 +68,9 @@ void Regulatory::_SetDomain(data::RegulatoryWifi &content, cPrmLib &store) {
     content.message =
         data::Message::OK("Regulatory domain was changed. Reboot for the changes to take effect");
     // The module has changed, whatever becomes of the note of it.
-    if (store.setPar(domainKey, domain) != 0)
+    bool const stored = store.setPar(domainKey, domain) == 0;
+    util::Happened("setting", util::OutcomeOf(stored), {{"key", domainKey}, {"operation", "setPar"}});
+    if (!stored)
         WEBCONFIG_LOG(error, logTag) << "FAIL prmlib::setPar \"" << domainKey << '"';
     content.domain = domain;
     content.changed = true;

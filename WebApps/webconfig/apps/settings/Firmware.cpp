@@ -138,14 +138,16 @@ void Settings::_PrepareFirmware(data::Firmware &content) {
 /// without a signature's block. Else the page has the reason as its message.
 bool Settings::_AcceptImage(data::Firmware &content, std::string const &image, std::string const &sha256) {
     security::Policy const &policy = security::ThePolicy();
-    if (!Judges())
+    auto const upload = content.form.file.value();
+    if (!Judges()) {
+        util::Happened("firmware", util::Outcome::Ok, {{"name", upload->filename()}});
         return true;
+    }
     util::FirmwareVerdict const verdict =
         util::JudgeFirmware(image, {.soundTree = policy.firmware_verdict,
                                     .signature = policy.signed_firmware,
                                     .platform = hardwarePlatform,
                                     .running = util::RunningVersion(content.versions)});
-    auto const upload = content.form.file.value();
     if (policy.firmware_verdict)
         content.verdict = Findings(upload->filename(), util::FileSize(image), sha256, verdict);
     Tell(upload->filename(), sha256, verdict);
