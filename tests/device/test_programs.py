@@ -83,10 +83,22 @@ class Restart(DeviceTest):
                 found = self.shell("ip -4 -br address show br1").split()[2:]
                 self.assertEqual([address] if address else [], found)
                 self.assertEqual(resolver, self.shell("cat /etc/resolv.conf"))
-        self.shell("logger kept-line; grep -q kept-line /home/root/log/messages")
+        self.shell("logger kept-line; logger -p authpriv.notice kept-line")
+        for log in ("/home/root/log/messages", "/home/root/log/audit", "/var/log/audit"):
+            self.assertTrue(eventually(lambda log=log: self.device.status(f"grep -q kept-line {log}") == 0), log)
 
 
 class Programs(DeviceTest):
+    def test_audit_has_files_of_its_own_that_only_root_reads_and_that_do_not_grow(self):
+        self.shell("""for number in $(seq 9000); do echo "line $number $(printf %050d 0)"; done |
+            logger -p authpriv.notice -t audit-test""")
+        self.assertTrue(eventually(lambda: self.device.status("grep -q 'line 9000' /var/log/audit") == 0))
+        for file in ("audit", "audit.0"):
+            mode, size = self.shell(f"stat -c '%a %s' /var/log/{file}").split()
+            self.assertEqual("600", mode)
+            self.assertLessEqual(int(size), 256 << 10)
+        self.assertNotEqual(0, self.device.status("grep audit-test /var/log/messages"))
+
     def test_link_daemon_tells_the_status_daemon_of_its_connection(self):
         report = "cat /etc/daemons/statusd"
         self.shell("supvis --add ternd --cmd '/usr/bin/ternd --init --no-datalog'")

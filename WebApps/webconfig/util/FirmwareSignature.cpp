@@ -79,7 +79,8 @@ std::optional<KnownKey> FindKey(std::string const &folder, std::string_view id) 
     std::sort(names.begin(), names.end());
     names.resize(std::min(names.size(), maxKeys));
     for (auto const &name : names) {
-        std::string const path = folder + '/' + name;
+        std::string path = folder;
+        path.append("/").append(name);
         Key key = ReadKey(path);
         if (!key)
             WEBCONFIG_LOG(warning, logTag) << path << " is no public Ed25519 key, and is not used";
