@@ -77,19 +77,23 @@ TEST(Audit, TheNewestOfBothFilesComeFirst) {
                          {{"n", std::to_string(number)}}) +
                '\n';
     };
+    // Of one of these, the end is what is left at the begin of what is read.
+    std::string const noise = "Nov 22 08:15:00 vm authpriv.info sshd[7]: user " + std::string(600, 'x') +
+                              " web: audit event=reboot\n";
     EXPECT_FALSE(ReadAudit(path, "", "", 10));
     EXPECT_FALSE(ReadAudit("/tmp", "", "", 10));
     {
         std::ofstream older(path + std::string(".0"));
         std::ofstream newer(path);
         for (int number = 0; number < 10000; ++number)
-            (number < 9990 ? older : newer) << line(number) << "noise\n";
+            (number < 9990 ? older : newer) << line(number) << noise;
     }
     auto const all = ReadAudit(path, "", "", 200000);
     ASSERT_TRUE(all);
     EXPECT_EQ(all->front().details, "n=9999");
     EXPECT_LT(all->size(), 5000U) << "only the end of a file is read";
     EXPECT_EQ(all->back().details, "n=" + std::to_string(10000 - all->size())) << "no line is missing or cut";
+    EXPECT_TRUE(ReadAudit(path, "reboot", "", 10)->empty());
     auto const some = ReadAudit(path, "login", "uSER", 3);
     ASSERT_EQ(some->size(), 3U);
     EXPECT_EQ(some->at(2).details, "n=9995");
