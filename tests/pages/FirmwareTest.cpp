@@ -221,27 +221,16 @@ TEST_F(JudgedImageTest, WhatIsNotForTheDeviceGoesAndTheRestIsToldAndInstalled) {
     device::RecordingProgram const versions(versionTool, "echo 'rootfs0: 7.0.9 (running)'");
     device::ReplacedFile const key("/etc/webconfig/firmware.d/maker.pem",
                                    device::ReadFile(folder + "/public"));
-    std::string tampered = Make(sign);
-    tampered[100000] = 'x';
-    struct {
-        std::string content;
-        char const *failure;
-        char const *logged;
-    } const refused[] = {
-        {Make(""),
-         "The image is not signed. This device takes only images that are signed with one of its keys.",
-         "signature: none"},
-        {Make(sign + " --platform brq3"), "The image is for another platform: brq3. This device is a brq4.",
-         "platform: brq3"},
-        {tampered, "The signature does not match the image: it was changed since, or damaged on its way.",
-         "Firmware image a%20b.itb refused."},
+    std::pair<std::string, char const *> const refused[] = {
+        {"", "The image is not signed. This device takes only images that are signed with one of its keys."},
+        {sign + " --platform brq3", "The image is for another platform: brq3. This device is a brq4."},
     };
-    for (auto const &[content, failure, logged] : refused) {
+    for (auto const &[options, failure] : refused) {
         device::TakeCommands();
-        Html const html(Send(content, "a b.itb").body);
+        Html const html(Send(Make(options), "a b.itb").body);
         EXPECT_EQ(html.One(staticFailure), failure);
         EXPECT_EQ(html.All(findings).at(0), "a b.itb");
-        EXPECT_TRUE(process->WaitForLog(logged)) << logged;
+        EXPECT_TRUE(process->WaitForLog("Firmware image a%20b.itb refused. " + std::string(failure)));
         EXPECT_EQ(Images(), Strings());
         EXPECT_FALSE(fs::exists("/tmp/webconfig_fwsugd_flag"));
         EXPECT_EQ(device::TakeCommands().back(), "/usr/bin/supvis --resume deployer");
