@@ -102,10 +102,18 @@ std::string Compared(std::string const &version, std::string const &running, Age
     }
 }
 
+/// What an image says, for a page and for a line of the log.
+std::string OneLine(std::string const &text) {
+    std::string line = CleanText(text);
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < ' '; }, ' ');
+    return line;
+}
+
 std::string List(std::vector<std::string> const &texts) {
     std::string list;
     for (auto const &text : texts)
-        list.append(list.empty() ? "" : ", ").append(CleanText(text));
+        list.append(list.empty() ? "" : ", ").append(OneLine(text));
     return list;
 }
 
@@ -125,7 +133,7 @@ void JudgeTree(std::string const &path, FirmwareDemands const &demands, Firmware
     Age const age = CompareVersions(tree->version, demands.running);
     verdict.isOlder = age == Age::Older;
     verdict.version =
-        tree->version.empty() ? "not told" : Compared(CleanText(tree->version), demands.running, age);
+        tree->version.empty() ? "not told" : Compared(OneLine(tree->version), demands.running, age);
     bool const fits =
         std::find(tree->platforms.begin(), tree->platforms.end(), demands.platform) != tree->platforms.end();
     verdict.platform = tree->platforms.empty() ? "not told" : List(tree->platforms);
@@ -196,7 +204,7 @@ FirmwareVerdict JudgeFirmware(std::string const &path, FirmwareDemands const &de
     FirmwareSignature const signature = CheckFirmwareSignature(path, demands.keyFolder);
     FirmwareVerdict verdict;
     verdict.imageSize = signature.imageSize;
-    verdict.signature = CleanText(SignatureText(signature));
+    verdict.signature = OneLine(SignatureText(signature));
     if (demands.soundTree)
         JudgeTree(path, demands, verdict);
     if (verdict.refusal.empty())

@@ -32,7 +32,8 @@ Age CompareVersions(std::string const &offered, std::string const &running);
 /// The version that runs, from the lines of "ubi_get_volume_versions.sh"; empty where none says so.
 std::string RunningVersion(std::string const &volumeVersions);
 
-/// Looks into the image at \a path. What the image itself says is told in CleanText().
+/// Looks into the image at \a path. What the image itself says is told as one
+/// line of CleanText().
 FirmwareVerdict JudgeFirmware(std::string const &path, FirmwareDemands const &demands);
 
 }  // namespace webconfig::util

@@ -45,6 +45,7 @@ class FirmwareVerdictTest : public testing::Test {
 
 constexpr char newer[] = "1.10.0, newer than the running 1.9.0";
 constexpr char same[] = "1.9.0, the same as the running one";
+constexpr char twoLines[] = "1.9 .0, the same as the running one";
 constexpr char older[] = "Release 1.2-rc1, older than the running 1.9.0";
 constexpr char unclear[] = "test, not comparable with the running 1.9.0";
 constexpr char mismatch[] = "does not match; the key is maker";
@@ -72,6 +73,7 @@ TEST_F(FirmwareVerdictTest, TellsWhatAnImageIsAndRefusesWhatIsNotForThisDevice) 
         {"1.10.0 --sign maker.key", nothing, "", "", newer, "brq4", "by maker"},
         {"1.9.0 --platform ''", nothing, "", "unsigned", same, "not told", "none"},
         {"'Release 1.2-rc1'", nothing, "", "unsigned", older, "brq4", "none"},
+        {"\"$(printf '1.9\\n.0')\"", nothing, "", "unsigned", twoLines, "brq4", "none"},
         {"test", nothing, "", "unsigned", unclear, "brq4", "none"},
         {"1.9.0 --sign stranger.key", nothing, "", "unknown-key", same, "brq4", "by a key"},
         {"1.9.0 --sign stranger.key", signAgain, "", "", same, "brq4", "by maker"},

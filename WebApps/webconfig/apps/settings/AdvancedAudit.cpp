@@ -9,7 +9,8 @@ namespace webconfig::apps {
 namespace {
 
 constexpr unsigned auditTab = 5;
-constexpr std::size_t maxEntries = 200;
+constexpr std::size_t recent = 20;  // entries that come with the page
+constexpr std::size_t most = 200;   // and where somebody has asked for some
 
 }  // namespace
 
@@ -17,7 +18,8 @@ void Settings::_ShowAudit(data::Advanced &content) {
     if (!security::ThePolicy().audit)
         return;
     data::AdvancedAudit &audit = content.audit.emplace();
-    if (HttpGet() && !HttpGet(audit.form.show.name()).empty()) {
+    bool const asked = HttpGet() && !HttpGet(audit.form.show.name()).empty();
+    if (asked) {
         content.selected_tab = auditTab;
         if (!ValidateForm(audit.form)) {
             content.message = data::Message::Error("The audit cannot be searched for this.");
@@ -25,7 +27,8 @@ void Settings::_ShowAudit(data::Advanced &content) {
         }
     }
     std::string const text = audit.form.text.set() ? audit.form.text.value() : "";
-    auto entries = security::ReadAudit(security::auditFile, audit.form.event.selected_id(), text, maxEntries);
+    auto entries =
+        security::ReadAudit(security::auditFile, audit.form.event.selected_id(), text, asked ? most : recent);
     audit.readable = entries.has_value();
     if (entries)
         audit.entries = std::move(*entries);
