@@ -20,8 +20,8 @@
 /// Words are separated by one blank, a name ends at the first "=". A value is one word: of its bytes the
 /// letters and digits of ASCII and . _ - / : , + @ stand for themselves, each other one is "%" and two
 /// upper-case hexadecimal digits. So no value, whatever its bytes are, can end its word, its line or begin
-/// another one. A value that is not known is "-", and one that is "-" is "%2D". A word has at most
-/// 96 bytes; "%.." in its end says that the value goes on. The time is UTC.
+/// another one. A value that is not known is "-", and one that is "-" is "%2D". A long value is cut, and
+/// "%.." in the end of its word says so. The time is UTC.
 ///
 /// Events: login, setting, password, upload, download, firmware, erase, reboot. Results: ok, failed (the
 /// device could not), refused (it was not allowed to), locked (a log-in from an address that may not try

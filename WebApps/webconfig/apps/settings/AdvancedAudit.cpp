@@ -1,5 +1,7 @@
 #include "WebApps/webconfig/data/AdvancedAudit.h"
 
+#include <utility>
+
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
 #include "WebApps/webconfig/security/Policy.h"
@@ -8,7 +10,12 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr unsigned auditTab = 5;
+/// The last tab, behind the one for a certificate, where that is there.
+unsigned AuditTab() {
+    constexpr unsigned othersBefore = 5;
+    return othersBefore + (security::ThePolicy().certificate_upload ? 1 : 0);
+}
+
 constexpr std::size_t recent = 20;  // entries that come with the page
 constexpr std::size_t most = 200;   // and where somebody has asked for some
 
@@ -20,7 +27,7 @@ void Settings::_ShowAudit(data::Advanced &content) {
     data::AdvancedAudit &audit = content.audit.emplace();
     bool const asked = HttpGet() && !HttpGet(audit.form.show.name()).empty();
     if (asked) {
-        content.selected_tab = auditTab;
+        content.selected_tab = AuditTab();
         if (!ValidateForm(audit.form)) {
             content.message = data::Message::Error("The audit cannot be searched for this.");
             audit.form.clear();
