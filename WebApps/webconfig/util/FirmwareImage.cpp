@@ -9,7 +9,8 @@ namespace webconfig::util {
 namespace {
 
 // Far beyond any real image. The library looks each name up anew, so both bound the time.
-constexpr int maxTags = 20000;
+constexpr int maxTags = 4000;
+constexpr int maxNodeName = 256;      // bytes
 constexpr unsigned maxNames = 65536;  // bytes
 
 constexpr unsigned oldestVersion = 17;  // says how large the structure is
@@ -23,11 +24,28 @@ bool HasSoundHeader(std::string_view image) {
            fdt_size_dt_strings(tree) <= maxNames;
 }
 
+/// Whether the name of the node at \a offset has an end. The library would look for it in the whole image.
+bool HasShortName(void const *tree, int offset) {
+    for (int i = 0; i < maxNodeName; ++i) {
+        auto const *const c = static_cast<char const *>(fdt_offset_ptr(tree, offset + FDT_TAGSIZE + i, 1));
+        if (!c || *c == '\0')
+            return c != nullptr;
+    }
+    return false;
+}
+
+bool IsNode(void const *tree, int offset) {
+    void const *const tag = fdt_offset_ptr(tree, offset, FDT_TAGSIZE);
+    return tag && fdt32_ld(static_cast<fdt32_t const *>(tag)) == FDT_BEGIN_NODE;
+}
+
 /// Whether the structure is one root with whole nodes, and ends where it says.
 bool HasSoundStructure(void const *tree) {
     int depth = 0;
     int offset = 0;
     for (int tags = 0; tags < maxTags; ++tags) {
+        if (IsNode(tree, offset) && !HasShortName(tree, offset))
+            return false;
         int next = 0;
         switch (fdt_next_tag(tree, offset, &next)) {
             case FDT_BEGIN_NODE:
