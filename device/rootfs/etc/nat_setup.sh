@@ -47,6 +47,16 @@ forward_rules() {
         { print "Skipped a bad port forward: " $0 >"/dev/stderr" }'
 }
 
+# Connections to the web server that an address may have at once, and all addresses of the uplinks together: who opens
+# many and says nothing has no more than these, and the LAN always finds room. (A browser opens six.)
+per_address=32
+uplinks=256
+
+# A rule that turns new connections to the web server away; arguments: where from, how many and whose are too many.
+limit_rule() {
+    echo "-A INPUT $1 -p tcp -m multiport --dports 80,443 -m tcp --syn -m connlimit $2 -j REJECT --reject-with tcp-reset"
+}
+
 rules() {
     echo '*nat'
     echo ':PREROUTING ACCEPT [0:0]'
@@ -61,6 +71,8 @@ rules() {
     echo ':INPUT DROP [0:0]'
     echo ':FORWARD DROP [0:0]'
     echo '-A INPUT -i lo -j ACCEPT'
+    limit_rule '' "--connlimit-above $per_address"
+    limit_rule '! -i br1' "--connlimit-above $uplinks --connlimit-mask 0"
     echo '-A INPUT -i br1 -j ACCEPT'
     echo '-A INPUT -m conntrack --ctstate RELATED,ESTABLISHED -j ACCEPT'
     ! enabled system/remote/ssh_enabled || echo '-A INPUT -p tcp -m tcp --dport 22 -j ACCEPT'
