@@ -51,6 +51,8 @@ class Settings : public Base {
     bool _BackupConfiguration(data::Advanced &content);
     bool _DownloadSyslog(data::Advanced &content);
     bool _DownloadDeployerLog(data::Advanced &content);
+    bool _InstallCertificate(data::Advanced &content);
+    void _DescribeCertificate(data::Advanced &content);
     /// Fills the audit's tab, where the policy asks for one, with what the query asks for.
     void _ShowAudit(data::Advanced &content);
     data::Message _WebPassword(forms::AdvancedPassword &form);

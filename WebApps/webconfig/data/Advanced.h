@@ -4,6 +4,7 @@
 #include <string>
 
 #include "WebApps/webconfig/data/AdvancedAudit.h"
+#include "WebApps/webconfig/data/AdvancedCertificate.h"
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/forms/AdvancedAdministration.h"
 #include "WebApps/webconfig/forms/AdvancedDownloads.h"
@@ -22,7 +23,8 @@ struct Advanced : public BaseTabbed {
     forms::AdvancedConfiguration configuration;
     forms::AdvancedSyslog syslog;
     forms::AdvancedDeployerLog deployer_log;
-    std::optional<AdvancedAudit> audit;  // where the policy asks for one
+    std::optional<AdvancedCertificate> certificate;  // where the policy lets it be uploaded
+    std::optional<AdvancedAudit> audit;              // where the policy asks for one
 };
 
 }  // namespace webconfig::data

@@ -1,17 +1,27 @@
 #include "WebApps/webconfig/util/Certificates.h"
 
+#include <fcntl.h>
 #include <openssl/bio.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/x509.h>
+#include <openssl/x509v3.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string_view>
 #include <system_error>
+#include <utility>
+#include <vector>
 
+#include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Strings.h"
 
 namespace webconfig::util {
 
@@ -24,6 +34,10 @@ constexpr std::size_t maxConfiguration = 1'048'576;
 
 using Bio = std::unique_ptr<BIO, decltype(&BIO_free)>;
 using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;
+using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+
+// As many as a hash of 224 bits or an RSA key of 2048 has: browsers accept no less.
+constexpr int minSecurityBits = 112;
 
 /// "GetCertificateDetils" is what those who read the log look for.
 bool Fail(char const *problem) {
@@ -44,17 +58,94 @@ bool ReadFile(std::string const &path, std::string &text) {
     return true;
 }
 
-/// For encrypted certificates: the default would ask at the terminal.
+/// For encrypted certificates and keys: the default would ask at the terminal.
 int NoPassword(char * /*buffer*/, int /*size*/, int /*writing*/, void * /*unused*/) {
     return -1;
 }
 
-Certificate ReadPem(std::string_view text) {
-    Bio const memory(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())), &BIO_free);
-    Certificate certificate(memory ? PEM_read_bio_X509(memory.get(), nullptr, NoPassword, nullptr) : nullptr,
-                            &X509_free);
+Bio Memory(std::string_view text) {
+    return {BIO_new_mem_buf(text.data(), static_cast<int>(text.size())), &BIO_free};
+}
+
+/// The certificates of a text, up to the first one that cannot be read.
+std::vector<Certificate> ReadChain(std::string_view text) {
+    Bio const memory = Memory(text);
+    std::vector<Certificate> chain;
+    while (X509 *const next =
+               memory ? PEM_read_bio_X509(memory.get(), nullptr, NoPassword, nullptr) : nullptr)
+        chain.emplace_back(next, &X509_free);
     ERR_clear_error();
-    return certificate;
+    return chain;
+}
+
+Certificate ReadPem(std::string_view text) {
+    auto chain = ReadChain(text);
+    return chain.empty() ? Certificate(nullptr, &X509_free) : std::move(chain.front());
+}
+
+Key ReadKey(std::string_view text) {
+    Bio const memory = Memory(text);
+    Key key(memory ? PEM_read_bio_PrivateKey(memory.get(), nullptr, NoPassword, nullptr) : nullptr,
+            &EVP_PKEY_free);
+    ERR_clear_error();
+    return key;
+}
+
+/// What a function of the library prints; without the blanks at both ends.
+template <typename Print>
+std::string Printed(Print print) {
+    Bio const memory(BIO_new(BIO_s_mem()), &BIO_free);
+    char *text = nullptr;
+    if (!memory || print(memory.get()) != 1)
+        return {};
+    long const size = BIO_get_mem_data(memory.get(), &text);
+    return Trim(std::string(text, static_cast<std::size_t>(size)));
+}
+
+std::string Names(X509 const *certificate) {
+    int const position = X509_get_ext_by_NID(certificate, NID_subject_alt_name, -1);
+    if (position < 0)
+        return {};
+    return Printed(
+        [&](BIO *out) { return X509V3_EXT_print(out, X509_get_ext(certificate, position), 0, 0); });
+}
+
+bool IsStrong(X509 *certificate) {
+    int bits = 0;
+    return EVP_PKEY_get_security_bits(X509_get0_pubkey(certificate)) >= minSecurityBits &&
+           X509_get_signature_info(certificate, nullptr, nullptr, &bits, nullptr) == 1 &&
+           bits >= minSecurityBits;
+}
+
+/// Whether browsers know keys of this type.
+bool IsUsual(EVP_PKEY const *key) {
+    return EVP_PKEY_is_a(key, "RSA") == 1 || EVP_PKEY_is_a(key, "EC") == 1;
+}
+
+/// How many certificates a text is to have, readable or not.
+std::size_t Certificates(std::string_view pem) {
+    constexpr std::string_view begin = "-----BEGIN CERTIFICATE-----";
+    std::size_t count = 0;
+    for (auto at = pem.find(begin); at != std::string_view::npos; at = pem.find(begin, at + 1))
+        ++count;
+    return count;
+}
+
+/// Problem of a certificate by itself.
+std::string CertificateProblem(X509 *certificate) {
+    if (X509_cmp_current_time(X509_get0_notBefore(certificate)) >= 0)
+        return "is not valid yet; is the time of the device right?";
+    if (X509_cmp_current_time(X509_get0_notAfter(certificate)) <= 0)
+        return "has expired";
+    return IsStrong(certificate) ? "" : "has a key or a signature that is too weak";
+}
+
+bool Sync(std::string const &path) {
+    int const file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    bool const done = file >= 0 && ::fsync(file) == 0;
+    if (file >= 0)
+        ::close(file);
+    return done;
 }
 
 std::string OneLine(X509_NAME const *name) {
@@ -87,6 +178,65 @@ bool ReadCertificateDetails(std::string const &configuration, std::string &issue
     issuer = OneLine(X509_get_issuer_name(certificate.get()));
     subject = OneLine(X509_get_subject_name(certificate.get()));
     return true;
+}
+
+std::optional<ServerCertificate> DescribeServerCertificate(std::string const &pem) {
+    auto const certificate = ReadPem(pem);
+    if (!certificate)
+        return std::nullopt;
+    ASN1_TIME const *const end = X509_get0_notAfter(certificate.get());
+    ServerCertificate described;
+    described.subject = OneLine(X509_get_subject_name(certificate.get()));
+    described.names = Names(certificate.get());
+    described.issuer = OneLine(X509_get_issuer_name(certificate.get()));
+    described.expires = Printed([&](BIO *out) { return ASN1_TIME_print(out, end); });
+    int seconds = 0;
+    ASN1_TIME_diff(&described.days_left, &seconds, nullptr, end);
+    if (seconds < 0)
+        --described.days_left;
+    return described;
+}
+
+std::string ServerCertificateProblem(std::string const &pem) {
+    auto const key = ReadKey(pem);
+    auto const chain = ReadChain(pem);
+    if (!key)
+        return pem.find("ENCRYPTED") == std::string::npos ? "There is no private key in the file"
+                                                          : "The private key has a password";
+    if (chain.empty())
+        return "There is no certificate in the file";
+    if (!IsUsual(key.get()))
+        return "The private key is neither RSA nor EC";
+    if (X509_check_private_key(chain.front().get(), key.get()) != 1)
+        return "The first certificate does not belong to the private key";
+    if (X509_check_purpose(chain.front().get(), X509_PURPOSE_SSL_SERVER, 0) != 1)
+        return "The certificate is not for a server";
+    if (chain.size() != Certificates(pem))
+        return "A certificate in the file cannot be read";
+    for (std::size_t i = 0; i < chain.size(); ++i) {
+        std::string const problem = CertificateProblem(chain[i].get());
+        if (!problem.empty())
+            return "The certificate " + OneLine(X509_get_subject_name(chain[i].get())) + ' ' + problem;
+        if (i > 0 && X509_check_issued(chain[i].get(), chain[i - 1].get()) != X509_V_OK)
+            return "The certificates are no chain: each has to be issued by the next one";
+    }
+    return {};
+}
+
+std::string ReadCertificateFile(std::string const &path) {
+    std::string text;
+    return ReadFile(path, text) ? text : "";
+}
+
+bool StoreCertificateFile(std::string const &path, std::string const &pem) {
+    std::string const fresh = path + ".new";
+    ::unlink(fresh.c_str());  // of a time when the power went
+    bool const stored = WritePrivately(fresh, pem) && Sync(fresh) &&
+                        std::rename(fresh.c_str(), path.c_str()) == 0 &&
+                        Sync(std::filesystem::path(path).parent_path());
+    if (!stored)
+        WEBCONFIG_LOG(error, logTag) << "Failed to store " << path << ": " << std::strerror(errno);
+    return stored;
 }
 
 }  // namespace webconfig::util

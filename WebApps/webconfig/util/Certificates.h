@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace webconfig::util {
@@ -11,5 +12,29 @@ bool GetCertificateDetails(std::string const &path, std::string &issuer, std::st
 
 /// The same for the text of such a file.
 bool ReadCertificateDetails(std::string const &configuration, std::string &issuer, std::string &subject);
+
+/// What is told of the certificate of a web server.
+struct ServerCertificate {
+    std::string subject;  ///< on one line
+    std::string names;    ///< that it is for: "DNS:device, IP Address:192.168.0.1"
+    std::string issuer;
+    std::string expires;  ///< "Nov 22 08:15:00 2036 GMT"
+    int days_left = 0;    ///< whole days until then; negative afterwards
+};
+
+/// The first certificate of a PEM text; nothing where there is none.
+std::optional<ServerCertificate> DescribeServerCertificate(std::string const &pem);
+
+/// Why a web server is not to serve with the private key and the certificates of a PEM text, for the
+/// operator; empty where it can: there is a key, without a password, strong enough, and the first certificate
+/// is its own, for a server, valid now, and issued by the next one, if any, and so on.
+std::string ServerCertificateProblem(std::string const &pem);
+
+/// The text of the file that the web server has both in; empty where it cannot be read.
+std::string ReadCertificateFile(std::string const &path);
+
+/// Puts \a pem in its place, for its owner's eyes only, so that at any moment, also one when the power goes,
+/// either the old or the new text is there as a whole. False, with a log line, where that fails.
+bool StoreCertificateFile(std::string const &path, std::string const &pem);
 
 }  // namespace webconfig::util

@@ -6,6 +6,7 @@
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Partition.h"
 #include "WebApps/webconfig/util/Prm.h"
@@ -66,12 +67,15 @@ void Settings::Advanced() {
         {"Backup Configuration", 2, &Settings::_BackupConfiguration},
         {"Download", 3, &Settings::_DownloadSyslog},
         {"Download log", 4, &Settings::_DownloadDeployerLog},
+        {"Install Certificate", 5, &Settings::_InstallCertificate},
     };
 
     data::Advanced content;
     Prepare(content);
     content.title = "Advanced Configuration Options";
     DescribePartitions(content);
+    if (security::ThePolicy().certificate_upload)
+        content.certificate.emplace();
 
     if (HttpPost()) {
         auto const *const action = std::find_if(
@@ -86,6 +90,7 @@ void Settings::Advanced() {
         }
     }
     LoadFromStore(content);
+    _DescribeCertificate(content);
     _ShowAudit(content);
     render("Advanced", content);
 }

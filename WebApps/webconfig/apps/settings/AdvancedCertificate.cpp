@@ -1,0 +1,69 @@
+#include "WebApps/webconfig/data/AdvancedCertificate.h"
+
+#include <cppcms/http_file.h>
+
+#include <iterator>
+
+#include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
+
+constexpr char certificateFile[] = "/etc/lighttpd/server.pem";
+
+/// Makes the web server begin anew with the certificate; fails, and changes nothing, where it could not serve
+/// with it.
+constexpr char takeCertificate[] = "/usr/sbin/lighttpd_take_certificate.sh > /dev/null";
+
+data::Message Failure(std::string const &reason) {
+    WEBCONFIG_LOG(error, logTag) << "The certificate was not installed: " << reason;
+    return data::Message::Error("Error: The certificate was not installed: " + reason);
+}
+
+/// Stores \a pem and lets the web server take it. Where it does not, what was there is put back.
+data::Message Install(std::string const &pem) {
+    std::string const problem = util::ServerCertificateProblem(pem);
+    if (!problem.empty())
+        return Failure(problem);
+    std::string const before = util::ReadCertificateFile(certificateFile);
+    if (!util::StoreCertificateFile(certificateFile, pem))
+        return Failure("It could not be stored");
+    if (util::RunCommand(takeCertificate) != 0) {
+        if (!before.empty())
+            util::StoreCertificateFile(certificateFile, before);
+        return Failure("The web server does not take it");
+    }
+    WEBCONFIG_LOG(notice, logTag) << "The web server has a new certificate";
+    return data::Message::OK("Success: The web server has the new certificate.");
+}
+
+}  // namespace
+
+bool Settings::_InstallCertificate(data::Advanced &content) {
+    if (!content.certificate) {
+        WEBCONFIG_LOG(error, logTag) << "Unknown submit received";
+        return false;
+    }
+    forms::AdvancedCertificate &form = content.certificate->form;
+    if (!ValidateForm(form)) {
+        content.message = data::Message::ValidationError();
+        return false;
+    }
+    std::string const pem(std::istreambuf_iterator<char>(form.file.value()->data()), {});
+    content.message = Install(pem);
+    return false;
+}
+
+void Settings::_DescribeCertificate(data::Advanced &content) {
+    if (content.certificate)
+        content.certificate->current =
+            util::DescribeServerCertificate(util::ReadCertificateFile(certificateFile));
+}
+
+}  // namespace webconfig::apps
