@@ -136,8 +136,10 @@ TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
     for (std::string const password :
          {"two words", "a\"b$(touch /tmp/run)`c`", R"(it's; back\slash\n\\end)", "-n -e \xC3\xA4"}) {
         device::ReplacedFile const account("/tmp/account", "admin:Orvane Configuration Tool:" + password);
+        std::string const md5 = device::Shell("md5sum </tmp/account | head -c 32");
+        std::string const sha256 = device::Shell("sha256sum </tmp/account | head -c 64");
         Expect(Password("Web", password),
-               {.written = {{"webman/digest/admin", device::Shell("md5sum </tmp/account | head -c 32")}},
+               {.written = {{"webman/digest/admin", md5}, {"webman/digest256/admin", md5 + ':' + sha256}},
                 .commands = {"/usr/sbin/lighttpd_set_passwd.sh", natSetup},
                 .shown = {{"cfg_adv_passwd_Web", ""}}});
     }
@@ -184,9 +186,9 @@ TEST_F(AdvancedTest, WithoutAHashOrAStoreNothingChangesAndTheEntriesStay) {
     }
     device::RecordingProgram const setPassword("/usr/sbin/lighttpd_set_passwd.sh", "exit 0");
     device::RecordingProgram const cryptpw("/usr/bin/cryptpw", "echo '$1$salt$EqhFEy2TYNcSUNyC9XjMy1'");
-    Expect(
-        Password("Web", "secret"),
-        {.refused = "webman/digest/admin", .failure = notSaved, .shown = {{"cfg_adv_passwd_Web", "secret"}}});
+    Expect(Password("Web", "secret"), {.refused = "webman/digest256/admin",
+                                       .failure = notSaved,
+                                       .shown = {{"cfg_adv_passwd_Web", "secret"}}});
     Expect(Password("Root", "secret"), {.refused = "system/digest/root",
                                         .failure = notSaved,
                                         .commands = {"/usr/bin/cryptpw -- secret"},

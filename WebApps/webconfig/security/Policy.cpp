@@ -20,6 +20,7 @@ constexpr Key keys[] = {
     {"same_origin", &Policy::same_origin},
     {"headers", &Policy::headers},
     {"default_password_alert", &Policy::default_password_alert},
+    {"digest_sha256", &Policy::digest_sha256},
     {"certificate_upload", &Policy::certificate_upload},
     {"refuse_vpn_scripts", &Policy::refuse_vpn_scripts},
     {"hide_secrets", &Policy::hide_secrets},

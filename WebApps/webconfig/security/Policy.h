@@ -14,6 +14,7 @@ struct Policy {
     bool same_origin = false;             ///< what changes something is refused to pages of another origin
     bool headers = false;                 ///< every answer carries headers that bind the browser
     bool default_password_alert = false;  ///< pages say so while the log-in is the one of the delivery
+    bool digest_sha256 = false;           ///< a web password is stored for log-ins by SHA-256, too
     bool certificate_upload = false;      ///< the Advanced page takes a certificate for HTTPS
     bool refuse_vpn_scripts = false;      ///< OpenVPN configurations that run programs are refused
     bool hide_secrets = false;  ///< a stored secret is never sent to a page: an empty field keeps it

@@ -2,13 +2,16 @@
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/apps/settings/Advanced.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Util.h"
+#include "WebApps/webconfig/util/WebPassword.h"
 
 namespace webconfig::apps {
 
 namespace {
 
 constexpr char webDigestKey[] = "webman/digest/admin";
+constexpr char webSha256Key[] = "webman/digest256/admin";
 constexpr char rootHashKey[] = "system/digest/root";
 constexpr char webAccount[] = "admin:Orvane Configuration Tool:";  // user and realm of the web server
 constexpr unsigned maxOutput = 4096;
@@ -45,6 +48,14 @@ data::Message StoreHash(forms::AdvancedPassword &form, char const *key, std::str
     return writer.Result();
 }
 
+/// Stores the second hash of a web password behind the first one, \a hash: who changes only that one, as all
+/// did when there was no other, makes the second void. So it is written first: what fails then leaves no
+/// second one that counts.
+bool StoreSha256(std::string const &hash, std::string const &password) {
+    std::string const sha256 = util::WebPasswordSha256(password);
+    return !sha256.empty() && ParameterWriter().Set(webSha256Key, hash + ':' + sha256).Ok();
+}
+
 }  // namespace
 
 bool Settings::_SaveWebPassword(data::Advanced &content) {
@@ -59,6 +70,8 @@ data::Message Settings::_WebPassword(forms::AdvancedPassword &form) {
     std::string const hash = HashOf(DigestCommand(form.password.value()));
     if (hash.empty())
         return data::Message::Error("Error: The web password could not be changed");
+    if (security::ThePolicy().digest_sha256 && !StoreSha256(hash, form.password.value()))
+        return data::Message::SaveError();
     return StoreHash(form, webDigestKey, hash, util::Command("/usr/sbin/lighttpd_set_passwd.sh > /dev/null"));
 }
 

@@ -6,6 +6,7 @@
 set -e
 
 file=/etc/lighttpd/lighttpd.user
+account="admin:Orvane Configuration Tool"
 hash=$(setting webman/digest/admin | tr 'A-F' 'a-f')
 case $hash in
 '' | *[!0-9a-f]*)
@@ -13,6 +14,15 @@ case $hash in
     exit 1
     ;;
 esac
+# The second hash is of the same password while it has the first one before it.
+both=$(setting webman/digest256/admin | tr 'A-F' 'a-f')
 umask 077
-echo "admin:Orvane Configuration Tool:$hash" >"$file.new"
+{
+    echo "$account:$hash"
+    case $both in
+    "$hash:"*[!0-9a-f]*) ;;
+    "$hash:"?*) echo "$account:${both#*:}" ;;
+    esac
+} >"$file.new"
+sync
 mv "$file.new" "$file"
