@@ -41,8 +41,8 @@ class RunningDevice(unittest.TestCase):
         lan = self.device.output("prm", "get", "net/lan_ipaddr")
         self.assertIn(f" {lan}/24 ", self.device.output("ip", "-br", "address", "show", "br1") + " ")
         # The cables lead somewhere: the LAN host reaches the device's web server.
-        self.device.output("nsenter", "--net=/run/netns/lan", "curl", "-sf", "--digest", "-u", "admin:admin",
-                           f"http://{lan}/media/css/screen.css")
+        self.device.output("nsenter", "--net=/run/netns/lan", "curl", "-sfk", "--digest", "-u", "admin:admin",
+                           f"https://{lan}/media/css/screen.css")
 
     def test_device_and_host_share_nothing_that_changes(self):
         self.assertEqual(self.device.output("prm", "get", "net/hostname"), self.device.output("hostname"))

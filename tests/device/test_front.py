@@ -5,10 +5,9 @@ import json
 import re
 import unittest
 
-from support import PROJECT, Device, get
+from support import PROJECT, Device, eventually
 
 LAN = "nsenter --net=/run/netns/lan "
-ATTACK = f"{LAN}{PROJECT}/tests/attack/front "
 CURL = LAN + "curl -sk -D - -o /dev/null --max-time 20 "
 SITE = "https://192.168.0.1"
 
@@ -29,6 +28,13 @@ class Front(unittest.TestCase):
 
     def statuses(self, options):
         return [status for status, _ in self.heads(options)]
+
+    def log_in(self, password="admin", address="192.168.0.20"):
+        """The status of the last answer to somebody with a password."""
+        return self.statuses(f"--digest -u admin:{password} SITE/config/ --interface {address}")[-1]
+
+    def attack(self, options):
+        return json.loads(self.device.shell(f"{LAN}{PROJECT}/tests/attack/front {options}"))
 
     def test_every_answer_binds_the_browser(self):
         admin = "--digest -u admin:admin "
@@ -55,7 +61,7 @@ class Front(unittest.TestCase):
             if wanted == "503":
                 self.device.shell("mv /run/webconfig/webconfig.sock /run/webconfig/gone")
             if wanted == "429":
-                self.device.shell(f"{ATTACK} guess {SITE} --seconds 3 --connections 10")
+                self.attack(f"guess {SITE} --seconds 3 --connections 10")
             for site in (SITE, "http://192.168.0.1"):
                 heads = self.heads(options, site)
                 with self.subTest(options, site=site):
@@ -65,6 +71,60 @@ class Front(unittest.TestCase):
                         self.assertEqual({name: 1 for name in HEADERS}, found, head)
                         self.assertEqual(site == SITE, "strict-transport-security: " in head.lower())
                         self.assertNotRegex(head, "(?im)^(server|x-powered-by): ")
+
+    def test_five_guesses_lock_their_address_and_no_other(self):
+        self.assertEqual(5, self.attack(f"guess {SITE} --seconds 3 --connections 30")["guesses"])
+        (status, head), = self.heads("SITE/")
+        self.assertEqual("429", status)
+        self.assertIn(int(re.search(r"(?im)^retry-after: (\d+)", head)[1]), range(50, 61))
+        self.assertEqual("429", self.log_in(), "also with the password")
+        other = "192.168.0.21"
+        self.assertEqual("200", self.log_in(address=other))
+        self.assertEqual("5\n1", self.device.shell("""
+            grep -c "audit event=login result=refused user=admin address=192.168.0.20 page=/" /var/log/messages
+            grep -c "audit event=login result=locked user=admin address=192.168.0.20 .* seconds=60" /var/log/messages"""))
+
+        self.device.shell("sed -i '/FIRST_LOCK, /s/60/3/' /etc/lighttpd/lighttpd-login.lua")
+        for wanted, password in 4 * [("401", "x")] + [("200", "admin")] + 5 * [("401", "x")] + [("429", "admin")]:
+            self.assertEqual(wanted, self.log_in(password, other), "a right one counts from the start again")
+        for pause, wanted, password in ((3, "401", "x"), (3, "429", "admin"), (3, "200", "admin")):
+            self.device.shell(f"sleep {pause}")
+            self.assertEqual(wanted, self.log_in(password, other), "the next lock is longer")
+
+    def test_a_log_in_opens_once(self):
+        header = self.device.shell(f"{LAN}curl -skv --digest -u admin:admin {SITE}/config/ 2>&1 | grep -o 'Authorization.*'")
+        for _ in range(7):
+            (status, head), = self.heads(f"SITE/config/ -H '{header.strip()}'")
+            self.assertEqual("401", status)
+            self.assertIn(", stale=true", head, "the browser asks again by itself")
+        self.assertEqual("200", self.log_in(), "none of them was a guess")
+
+    def test_a_password_has_one_hash_or_two(self):
+        text = "admin:Orvane Configuration Tool:secret"
+        for sha256, wanted in (("$(md5):$(sha256)", ["SHA-256", "MD5"]), ("other:$(sha256)", ["MD5"])):
+            self.device.shell(f"""
+                md5() {{ printf '{text}' | md5sum | cut -c1-32; }}
+                sha256() {{ printf '{text}' | sha256sum | cut -c1-64; }}
+                prm set webman/digest/admin $(md5); prm set webman/digest256/admin {sha256}; lighttpd_set_passwd.sh""")
+            self.assertEqual(wanted, re.findall(r"algorithm=([^,]*)", self.heads("SITE/config/")[0][1]))
+            self.assertEqual("200", self.log_in("secret"))
+
+    def test_silent_sockets_leave_room_for_others(self):
+        result = self.attack(f"silent {SITE} --connections 256 --seconds 3 --probe-from 192.168.0.21")
+        self.assertLessEqual(result["held"], 32)
+        self.assertEqual(0, result["unanswered"], result)
+        self.assertLess(result["p95_ms"], 1000)
+
+    def test_an_uploaded_certificate_is_served_at_once(self):
+        subject = f"{LAN}curl -skv {SITE} 2>&1 | grep -o 'subject: CN=.*'"
+        self.assertEqual("subject: CN=virtual-device", self.device.shell(subject))
+        self.assertIn("IP Address:192.168.0.1", self.device.shell(
+            "openssl x509 -in /etc/lighttpd/server.pem -noout -ext subjectAltName"))
+        self.device.shell("cd /tmp; openssl req -x509 -newkey rsa:2048 -nodes -subj /CN=field -keyout k -out c; cat k c >pem")
+        self.assertEqual("200", self.statuses(
+            "--digest -u admin:admin SITE/config/settings/advanced -F 'submit=Install Certificate' "
+            "-F 'certificateFile=@/tmp/pem;type=application/octet-stream'")[-1])
+        self.assertTrue(eventually(lambda: self.device.shell(subject) == "subject: CN=field"))
 
 
 if __name__ == "__main__":
