@@ -1,11 +1,14 @@
 -- What the browser is held to, on every answer: also on those that the server gives before it has looked at the path.
--- A header that the backend has set stays as it is.
+-- A header that the backend has set stays as it is; its answers have the same ones.
 local headers = {
-    ["Content-Security-Policy"] = "default-src 'none'; frame-ancestors 'none'; base-uri 'none'; form-action 'none'",
+    ["Content-Security-Policy"] =
+        "default-src 'none'; img-src 'self'; form-action 'none'; base-uri 'none'; frame-ancestors 'none'",
     ["X-Content-Type-Options"] = "nosniff",
     ["X-Frame-Options"] = "DENY",
-    ["Referrer-Policy"] = "no-referrer",
-    ["Permissions-Policy"] = "camera=(), microphone=(), geolocation=(), payment=(), usb=()",
+    ["Referrer-Policy"] = "same-origin",
+    ["Permissions-Policy"] =
+        "accelerometer=(), camera=(), display-capture=(), geolocation=(), gyroscope=(), magnetometer=(), " ..
+        "microphone=(), midi=(), payment=(), usb=()",
     ["Cross-Origin-Opener-Policy"] = "same-origin",
     ["Cross-Origin-Resource-Policy"] = "same-origin",
 }
