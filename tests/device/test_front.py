@@ -85,11 +85,15 @@ class Front(unittest.TestCase):
         other = "192.168.0.21"
         self.assertEqual("200", self.log_in(address=other))
         self.assertEqual("5\n1", self.device.shell("""
-            grep -c "audit event=login result=refused user=admin address=192.168.0.20 page=/" /var/log/messages
-            grep -c "audit event=login result=locked user=admin address=192.168.0.20 .* seconds=60" /var/log/messages"""))
+            cat /var/log/messages /var/log/audit 2>/dev/null | grep ': audit event=login' >/tmp/lines
+            grep -c "authpriv.notice lighttpd: audit .* result=refused user=admin address=192.168.0.20 page=/" /tmp/lines
+            grep -c "result=locked user=admin address=192.168.0.20 .* seconds=60" /tmp/lines"""))
 
         self.device.shell("sed -i '/FIRST_LOCK, /s/60/3/' /etc/lighttpd/lighttpd-login.lua")
-        for wanted, password in 4 * [("401", "x")] + [("200", "admin")] + 5 * [("401", "x")] + [("429", "admin")]:
+        self.heads("""SITE/config/ --interface 192.168.0.21 --digest -u "';touch /tmp/run;':x" """)
+        self.device.shell("""
+            cat /var/log/messages /var/log/audit 2>/dev/null | grep "user=%27%3Btouch%20/tmp/run%3B%27 " && test ! -e /tmp/run""")
+        for wanted, password in 3 * [("401", "x")] + [("200", "admin")] + 5 * [("401", "x")] + [("429", "admin")]:
             self.assertEqual(wanted, self.log_in(password, other), "a right one counts from the start again")
         for pause, wanted, password in ((3, "401", "x"), (3, "429", "admin"), (3, "200", "admin")):
             self.device.shell(f"sleep {pause}")
