@@ -24,5 +24,5 @@ umask 077
     "$hash:"?*) echo "$account:${both#*:}" ;;
     esac
 } >"$file.new"
-sync
+sync "$file.new"
 mv "$file.new" "$file"
