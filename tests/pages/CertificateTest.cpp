@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tests/pages/support/Page.h"
 
 namespace pages {
@@ -6,7 +8,6 @@ namespace {
 
 constexpr char installed[] = "/etc/lighttpd/server.pem";
 constexpr char takeProgram[] = "/usr/sbin/lighttpd_take_certificate.sh";
-constexpr char shownRows[] = "//div[@id='advanced_certificate']/table//td";
 
 class CertificateTest : public PageTest {
   protected:
@@ -21,49 +22,44 @@ class CertificateTest : public PageTest {
     }
 };
 
-/// A key and a certificate of its own as one PEM text.
-std::string Make(std::string const &options) {
-    return device::Shell("cd /tmp && openssl req -x509 -nodes -keyout test.key -out test.crt " + options +
-                         " 2>/dev/null; cat test.key test.crt; rm -f test.key test.crt");
+/// What a script writes into the files "key" and "crt" of a folder, as one PEM text.
+std::string Make(std::string const &script) {
+    return device::Shell("mkdir /tmp/make && cd /tmp/make && { " + script +
+                         "; } 2>/dev/null; cat key crt; rm -r /tmp/make");
 }
 
-std::string const elliptic = "-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -subj /CN=field ";
+std::string SelfSigned(std::string const &options) {
+    return Make("openssl req -x509 -nodes -keyout key -out crt -subj /CN=field -days 60 " + options);
+}
+
+std::string const elliptic = " -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 ";
 
 }  // namespace
 
 TEST_F(CertificateTest, WhatCannotServeIsRefusedWithItsReason) {
     device::RecordingProgram const take(takeProgram, "exit 0");
-    std::string const good = Make(elliptic + "-days 60");
-    std::string const other = Make(elliptic + "-days 60");
-    auto const part = [](std::string const &pem, bool key) {
-        auto const end = pem.find("-----BEGIN CERT");
-        return key ? pem.substr(0, end) : pem.substr(end);
-    };
-    std::string damaged = part(other, false);
-    damaged.insert(damaged.size() / 2, "!");
+    std::string const good = SelfSigned(elliptic);
+    auto const split = good.find("-----BEGIN CERT");
+    std::string const key = good.substr(0, split);
+    std::string const own = good.substr(split);
+    std::string const other = Make("touch key; openssl req -x509 -nodes -subj /CN=other -out crt" + elliptic);
+    std::string const weak = "The certificate /CN=field has a key or a signature that is too weak";
     std::pair<std::string, std::string> const cases[] = {
         {"no PEM", "There is no private key in the file"},
-        {part(good, false), "There is no private key in the file"},
-        {part(good, true), "There is no certificate in the file"},
-        {device::Shell("openssl genpkey -algorithm EC -pkeyopt ec_paramgen_curve:prime256v1 -aes-128-cbc "
-                       "-pass pass:secret") +
-             part(good, false),
+        {own, "There is no private key in the file"},
+        {key, "There is no certificate in the file"},
+        {device::Shell("openssl genpkey -algorithm ed25519 -aes128 -pass pass:secret") + own,
          "The private key has a password"},
-        {part(good, true) + part(other, false), "The first certificate does not belong to the private key"},
-        {good + part(other, false), "The certificates are no chain: each has to be issued by the next one"},
-        {good + damaged, "A certificate in the file cannot be read"},
-        {Make("-newkey rsa:1024 -subj /CN=weak -days 60"),
-         "The certificate /CN=weak has a key or a signature that is too weak"},
-        {Make("-newkey rsa:2048 -sha1 -subj /CN=weak -days 60"),
-         "The certificate /CN=weak has a key or a signature that is too weak"},
-        {Make("-newkey ed25519 -subj /CN=new -days 60"), "The private key is neither RSA nor EC"},
-        {device::Shell("cd /tmp && openssl req -new " + elliptic +
-                       "-nodes -keyout test.key 2>/dev/null | openssl x509 -req -signkey test.key -days -1 "
-                       "2>/dev/null; cat "
-                       "test.key; rm test.key"),
+        {key + other, "The first certificate does not belong to the private key"},
+        {good + other, "The certificates are no chain: each has to be issued by the next one"},
+        {good + other.substr(0, other.size() / 2), "A certificate in the file cannot be read"},
+        {SelfSigned("-newkey rsa:1024"), weak},
+        {SelfSigned("-newkey rsa:2048 -sha1"), weak},
+        {SelfSigned("-newkey ed25519"), "The private key is neither RSA nor EC"},
+        {SelfSigned("-addext extendedKeyUsage=clientAuth" + elliptic), "The certificate is not for a server"},
+        {Make("openssl req -new -nodes -subj /CN=field -keyout key" + elliptic +
+              "| openssl x509 -req -signkey key -days -1 -out crt"),
          "The certificate /CN=field has expired"},
-        {Make(elliptic + "-days 60 -addext extendedKeyUsage=clientAuth"),
-         "The certificate is not for a server"},
     };
     std::string const before = device::ReadFile(installed);
     for (auto const &[pem, reason] : cases) {
@@ -79,23 +75,28 @@ TEST_F(CertificateTest, WhatCannotServeIsRefusedWithItsReason) {
 TEST_F(CertificateTest, AGoodOneIsStoredShownAndPutBackWhereTheServerDoesNotTakeIt) {
     device::ReplacedFile const kept(installed, "");
     std::string const good =
-        Make(elliptic + "-days 20 -addext 'subjectAltName=DNS:field.example,IP:192.168.0.1'");
+        Make("openssl req -x509 -nodes -keyout ca.key -out ca -subj /CN=ca" + elliptic +
+             "; openssl req -x509 -nodes -CA ca -CAkey ca.key -days 20 -keyout key -out crt"
+             " -subj /CN=field -addext subjectAltName=DNS:f.example,IP:192.168.0.1" +
+             elliptic + "; cat ca >>crt");
     {
         device::RecordingProgram const take(takeProgram, "exit 0");
-        Html const html =
-            ExpectAnswer("good", [&] { return Send(good); }, {.commands = {takeProgram}, .tab = "5"});
-        Strings const shown = html.All(shownRows);
-        ASSERT_EQ(shown.size(), 4U);
-        EXPECT_EQ((Strings{shown.begin(), shown.begin() + 3}),
-                  (Strings{"/CN=field", "DNS:field.example, IP Address:192.168.0.1", "/CN=field"}));
-        EXPECT_NE(shown[3].find("It expires in "), std::string::npos) << shown[3];
+        Strings const tabs = Show().All("//ul[@class='tabnav']//a");
+        Html const html = ExpectAnswer(
+            "good", [&] { return Send(good); },
+            {.commands = {takeProgram},
+             .tab = std::to_string(std::find(tabs.begin(), tabs.end(), "Certificate") - tabs.begin())});
+        Strings shown = html.All("//div[@id='advanced_certificate']/table//td");
+        EXPECT_NE(shown.back().find("It expires in "), std::string::npos) << shown.back();
+        shown.pop_back();
+        EXPECT_EQ(shown, (Strings{"/CN=field", "DNS:f.example, IP Address:192.168.0.1", "/CN=ca"}));
         EXPECT_EQ(device::ReadFile(installed), good);
         EXPECT_EQ(device::Shell(std::string("stat -c %a ") + installed), "600\n");
     }
     device::RecordingProgram const take(takeProgram, "exit 1");
-    std::string const failure = "Error: The certificate was not installed: The web server does not take it";
-    ExpectAnswer("refused by the server", [&] { return Send(Make(elliptic + "-days 60")); },
-                 {.failure = failure, .commands = {takeProgram}});
+    ExpectAnswer("refused by the server", [&] { return Send(SelfSigned(elliptic)); },
+                 {.failure = "Error: The certificate was not installed: The web server does not take it",
+                  .commands = {takeProgram}});
     EXPECT_EQ(device::ReadFile(installed), good);
 }
 
