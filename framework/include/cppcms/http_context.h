@@ -84,8 +84,8 @@ class context : public booster::noncopyable, public booster::enable_shared_from_
     impl::environment const &environment();
     /// Takes in the query and the body; see request.
     impl::refusal load();
-    /// Ends the request with an error page, and the connection with it.
-    void refuse(int status);
+    /// Ends the request with an error page, which may tell more, and the connection with it.
+    void refuse(int status, std::string const &message = {});
 
   private:
     struct holder {

@@ -24,8 +24,8 @@ namespace beast_http = boost::beast::http;
 namespace {
 
 constexpr char server_software[] = "CppCMS-Embedded/2.0.1";
-constexpr char bad_request_line[] = "HTTP/1.0 400 Bad Request\r\n\r\n";
-constexpr char length_required_line[] = "HTTP/1.0 411 Length Required\r\n\r\n";
+constexpr char bad_request_line[] = "HTTP/1.0 400 Bad Request\r\n";
+constexpr char length_required_line[] = "HTTP/1.0 411 Length Required\r\n";
 constexpr std::size_t receive_size = 8192;
 
 std::string_view view(boost::beast::string_view text) {
@@ -125,7 +125,7 @@ connection::head http_connection::parse_head(environment &variables) {
 
 connection::head http_connection::reject(char const *status_line, std::string_view problem) {
     BOOSTER_WARNING("cppcms") << "HTTP request refused: " << problem;
-    send(status_line, {});
+    send(status_line + front_->headers, "\r\n");
     abandon_body();
     return head::closed;
 }
@@ -247,8 +247,10 @@ bool http_connection::begin_response(std::string_view block, std::string_view bo
         framing_ = framing::close;
     keep_alive_ = keep_alive_ && framing_ != framing::close;
 
-    std::string head = "HTTP/1.1 " + status + "\r\nServer: " + server_software +
-                       "\r\nConnection: " + (keep_alive_ ? "keep-alive" : "close") + "\r\n";
+    std::string head = "HTTP/1.1 " + status + "\r\n";
+    if (front_->names_itself)
+        head += std::string("Server: ") + server_software + "\r\n";
+    head += keep_alive_ ? "Connection: keep-alive\r\n" : "Connection: close\r\n";
     if (!has_length && framing_ == framing::length)
         head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
     if (framing_ == framing::chunked)

@@ -3,6 +3,7 @@
 #include <booster/system_error.h>
 #include <cppcms/cppcms_error.h>
 #include <fcntl.h>
+#include <http/configured_headers.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -44,6 +45,12 @@ std::shared_ptr<http_front const> make_http_front(json::value const &settings, s
     front->script_names = settings.get("http.script_names", front->script_names);
     if (std::string const script = settings.get("http.script", ""); !script.empty())
         front->script_names.push_back(script);
+    for (auto const &[name, value] : configured_headers(settings)) {
+        if (!value.empty())
+            front->headers += name + ": " + value + "\r\n";
+        if (equal_ignoring_case(name, "Server"))
+            front->names_itself = false;
+    }
     return front;
 }
 

@@ -14,10 +14,11 @@ struct body_limits {
     std::string uploads_path;
 };
 
-/// Why a request is not served: the HTTP status to answer with, and a text for the log.
+/// Why a request is not served: the HTTP status to answer with, a text for the log, and one for the client.
 struct refusal {
     int status = 0;
     std::string reason;
+    std::string message = {};
 
     explicit operator bool() const { return status != 0; }
 };

@@ -102,13 +102,13 @@ impl::refusal context::load() {
     return problem;
 }
 
-void context::refuse(int status) {
+void context::refuse(int status, std::string const &message) {
     d->response->set_header("Connection", "close");
     if (d->body_is_read || d->request->content_length() == 0)
         d->connection->close_after_request();
     else
         d->connection->abandon_body();
-    d->response->make_error_response(status);
+    d->response->make_error_response(status, message);
     complete_response();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -35,5 +36,8 @@ struct header_less {
     using is_transparent = void;
     bool operator()(std::string_view a, std::string_view b) const;
 };
+
+/// Values by the names of their headers.
+using header_map = std::map<std::string, std::string, header_less>;
 
 }  // namespace cppcms::impl

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <optional>
 #include <ostream>
 #include <sstream>
@@ -39,12 +38,12 @@ constexpr bool is_asynchronous(response::io_mode_type mode) {
 
 struct response::data {
     data(context &c, impl::connection &connection, impl::response_settings const &from)
-        : ctx(c), to(connection), settings(from) {}
+        : ctx(c), to(connection), settings(from), headers(from.headers) {}
 
     context &ctx;
     impl::connection &to;
     impl::response_settings const &settings;
-    std::map<std::string, std::string, impl::header_less> headers;
+    impl::header_map headers;
     std::vector<std::string> added_lines;
     io_mode_type mode = normal;
     std::size_t buffer_size = 0;  // 0: the default
@@ -103,7 +102,6 @@ void response::data::open() {
 response::response(context &ctx, impl::connection &to, impl::response_settings const &settings)
     : d(std::make_unique<data>(ctx, to, settings)) {
     set_html_header();
-    set_header("X-Powered-By", settings.powered_by);
 }
 
 response::~response() = default;

@@ -47,6 +47,7 @@ constexpr phrase phrases[] = {
     {415, "Unsupported Media Type"},
     {416, "Requested range not satisfiable"},
     {417, "Expectation Failed"},
+    {421, "Misdirected Request"},
     {500, "Internal Server Error"},
     {501, "Not Implemented"},
     {502, "Bad Gateway"},

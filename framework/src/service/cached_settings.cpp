@@ -1,5 +1,7 @@
 #include "cached_settings.h"
 
+#include <http/configured_headers.h>
+
 #include <algorithm>
 #include <thread>
 
@@ -25,9 +27,12 @@ body_limits limits_of(json::value const &settings) {
 
 response_settings response_of(json::value const &settings) {
     response_settings response;
+    response.headers = configured_headers(settings);
     if (!settings.get("service.disable_xpowered_by", false))
-        response.powered_by =
-            settings.get("service.disable_xpowered_by_version", false) ? "CppCMS" : "CppCMS/2.0.1";
+        response.headers.try_emplace(
+            "X-Powered-By",
+            settings.get("service.disable_xpowered_by_version", false) ? "CppCMS" : "CppCMS/2.0.1");
+    std::erase_if(response.headers, [](auto const &header) { return header.second.empty(); });
     response.charset_in_content_type = !settings.get("localization.disable_charset_in_content_type", false);
     response.http_status_line = settings.get("service.generate_http_headers", false);
     response.display_error_message = settings.get("security.display_error_message", false);
@@ -43,6 +48,9 @@ response_settings response_of(json::value const &settings) {
 }  // namespace
 
 cached_settings::cached_settings(json::value const &settings)
-    : threads(threads_of(settings)), limits(limits_of(settings)), response(response_of(settings)) {}
+    : threads(threads_of(settings)),
+      rules(settings),
+      limits(limits_of(settings)),
+      response(response_of(settings)) {}
 
 }  // namespace cppcms::impl

@@ -2,6 +2,8 @@
 
 #include <cppcms/json.h>
 #include <http/body_reader.h>
+#include <http/header_text.h>
+#include <http/request_rules.h>
 
 #include <cstddef>
 #include <optional>
@@ -11,7 +13,7 @@ namespace cppcms::impl {
 
 /// How responses are made.
 struct response_settings {
-    std::string powered_by;  ///< of the header X-Powered-By; empty for none
+    header_map headers;  ///< what a response has before the application sets or erases any
     bool charset_in_content_type = true;
     bool http_status_line = false;  ///< begin with `HTTP/1.0 ...` instead of a Status header
     bool display_error_message = false;
@@ -25,6 +27,7 @@ struct cached_settings {
     explicit cached_settings(json::value const &settings);
 
     int threads;
+    request_rules rules;
     body_limits limits;
     response_settings response;
 };

@@ -77,11 +77,20 @@ void run_application(booster::shared_ptr<http::context> const &context, mount_ta
     }
 }
 
+void refuse(http::context &context, refusal const &problem) {
+    BOOSTER_WARNING("cppcms") << "Request refused with " << problem.status << ": " << problem.reason;
+    context.refuse(problem.status, problem.message);
+}
+
 }  // namespace
 
-void serve_request(booster::shared_ptr<http::context> const &context, mount_table const &mounts,
-                   event_loop &loop, bool display_errors) {
+void serve_request(booster::shared_ptr<http::context> const &context, request_rules const &rules,
+                   mount_table const &mounts, event_loop &loop, bool display_errors) {
     environment const &variables = context->environment();
+    if (refusal const problem = rules.check(variables)) {
+        refuse(*context, problem);
+        return;
+    }
     auto const found = mounts.find(text_of(variables, "HTTP_HOST"), text_of(variables, "SCRIPT_NAME"),
                                    text_of(variables, "PATH_INFO"));
     if (!found) {
@@ -89,8 +98,7 @@ void serve_request(booster::shared_ptr<http::context> const &context, mount_tabl
         return;
     }
     if (refusal const problem = context->load()) {
-        BOOSTER_WARNING("cppcms") << "Request refused with " << problem.status << ": " << problem.reason;
-        context->refuse(problem.status);
+        refuse(*context, problem);
         return;
     }
     if (found->source->is_asynchronous()) {

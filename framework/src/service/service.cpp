@@ -110,7 +110,8 @@ void service::run() {
         [this](std::unique_ptr<connection> from, environment &&variables) {
             auto const context =
                 std::make_shared<http::context>(owner_, std::move(from), std::move(variables));
-            serve_request(context, pool_.table(), loop_, cached_.response.display_error_message);
+            serve_request(context, cached_.rules, pool_.table(), loop_,
+                          cached_.response.display_error_message);
         });
     for (auto const &task : after_fork_)
         task();
