@@ -11,6 +11,16 @@
 
     // --- Tabs -----------------------------------------------------------------------------------
 
+    /** The index of the tab that a link to the page has asked for, else -1. It is asked for once: an answer to a form
+     *  opens a tab of its own. */
+    function namedTab(container) {
+        const tab = $(container).find("> ul a").toArray().findIndex((link) => link.hash && link.hash === location.hash);
+        if (tab >= 0) {
+            history.replaceState(null, "", location.pathname + location.search);
+        }
+        return tab;
+    }
+
     /** Page scripts name tab options and the event of switching as jQuery UI did before 1.9: the
      *  options "fx" (one animation for showing and hiding) and "selected" (index of the open tab), and
      *  the event "tabsshow". This teaches the present tabs those names beside their own. */
@@ -26,8 +36,9 @@
         $.widget("ui.tabs", $.ui.tabs, {
             _create: function () {
                 const options = this.options;
-                if (options.selected !== undefined) {
-                    options.active = options.selected;
+                const named = namedTab(this.element);
+                if (named >= 0 || options.selected !== undefined) {
+                    options.active = named >= 0 ? named : options.selected;
                 }
                 if (options.fx) {
                     options.show = options.hide = options.fx;
@@ -107,6 +118,15 @@
     }
 
     // ---------------------------------------------------------------------------------------------
+
+    // A link to another tab of the same page.
+    $(window).on("hashchange", function () {
+        const $tabs = $("#tabcontainer.ui-tabs");
+        const tab = namedTab($tabs);
+        if (tab >= 0) {
+            $tabs.tabs("option", "active", tab);
+        }
+    });
 
     // Hides what carries "hiddenOnLoad" from the first paint on; page scripts show it with jQuery's show().
     document.documentElement.classList.add("js");

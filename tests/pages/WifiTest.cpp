@@ -64,7 +64,7 @@ class WifiTest : public PageTest {
         for (auto const &[changes, errors, marked] : cases) {
             Html const html =
                 Expect(form, {.before = before, .fields = changes, .failure = invalid, .errors = errors});
-            EXPECT_EQ(html.All("//input[@style='border-color:red']/@id"), marked)
+            EXPECT_EQ(html.All("//input[@class='red_border']/@id"), marked)
                 << testing::PrintToString(changes);
         }
     }

@@ -2,6 +2,7 @@
 
 #include <cppcms/http_context.h>
 #include <cppcms/http_request.h>
+#include <cppcms/http_response.h>
 #include <cppcms/json.h>
 
 #include <utility>
@@ -11,6 +12,9 @@
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/settings/Pages.h"
+#include "WebApps/webconfig/security/DefaultPassword.h"
+#include "WebApps/webconfig/security/Headers.h"
+#include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -32,6 +36,8 @@ void Base::Prepare(data::Base &content) {
     content.plugin_media_root = pluginMediaRoot + '/' + _appVolumeName;
     content.revision = buildStamp;
     content.reboot_required = util::IsRebootRequired();
+    content.default_password = security::IsDefaultPasswordAlerted();
+    content.nonce = Nonce();
 
     if (plugins) {
         plugins->PopulateMenuEndHook(content.menus);
@@ -81,6 +87,14 @@ bool Base::ValidateForm(forms::Base &form) {
 
 void Base::EndSaveTurn() {
     SaveTurn::End();
+}
+
+std::string Base::Nonce() {
+    if (!security::ThePolicy().headers)
+        return {};
+    std::string nonce = security::MakeNonce();
+    response().set_header(security::policyHeader, security::PagePolicy(nonce));
+    return nonce;
 }
 
 void Base::RequireReboot(data::Base &content) {

@@ -19,7 +19,7 @@ class Base : public cppcms::application {
     /// \a appVolumeName is the last part of the application's plug-in media URL; empty for built-in ones.
     Base(cppcms::service &service, std::string appVolumeName);
 
-    /// Fills the shared part of a page's record: branding, menus, media URLs, build stamp, reboot alert.
+    /// Fills the shared part of a page's record: branding, menus, media URLs, build stamp, alerts, nonce.
     virtual void Prepare(data::Base &content);
     /// The same, and where the status tab's polls go.
     void Prepare(data::BaseTabbed &content);
@@ -47,6 +47,10 @@ class Base : public cppcms::application {
     /// From here on the request neither stores settings nor applies them: another one may, however slowly the
     /// client takes its answer.
     static void EndSaveTurn();
+
+    /// What inline scripts and style sheets of this answer have to carry. Empty where the policy asks for no
+    /// headers.
+    std::string Nonce();
 
     /// Raises the flag that a reboot is required, and its alert on this page.
     static void RequireReboot(data::Base &content);

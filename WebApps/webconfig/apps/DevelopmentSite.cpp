@@ -95,6 +95,8 @@ void DevelopmentSite::_Serve(std::string const &path) {
         return;
     }
     response().content_type(std::string(TypeOf(path)));
+    response().erase_header(
+        "Cache-Control");  // media have nothing to hide, and links to them carry the build
     response().out() << file.rdbuf();
 }
 

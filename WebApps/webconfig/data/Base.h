@@ -20,8 +20,11 @@ struct Base : public cppcms::base_content {
     std::string plugin_media_root;  // plug-in media URL of the application
     Message message;
     bool reboot_required = false;
-    std::vector<Menu> menus;                // top level, in display order
-    std::string revision;                   // build stamp behind "?rev=" of built-in media URLs
+    bool default_password =
+        false;                // the web password is still the one of the delivery, and pages are to say so
+    std::string nonce;        // what inline scripts and style sheets carry; empty: they need nothing
+    std::vector<Menu> menus;  // top level, in display order
+    std::string revision;     // build stamp behind "?rev=" of built-in media URLs
     std::vector<std::string> style_sheets;  // extra URLs, linked after the built-in ones
     std::vector<std::string> scripts;       // likewise
     std::string title;

@@ -31,6 +31,7 @@ struct RegulatoryWifi : public cppcms::base_content {
     };
 
     Message message;
+    std::string nonce;       // see Base
     std::string domain;      // the code of the one set
     bool changed = false;    // by this request
     bool rebooting = false;  // because of this request

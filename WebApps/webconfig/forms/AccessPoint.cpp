@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/forms/AccessPoint.h"
 
+#include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
@@ -9,7 +10,7 @@ AccessPoint::AccessPoint() {
     SetUp(enabled, "apEnabled", "ap_enabled", "Access Point Enabled");
     add(enabled);
 
-    country.code.attributes_string("onchange=\"apCountryCodeChange(this)\"");
+    SetInlineAttribute(country.code, onCountryChange);
     add(country);
 
     SetUp(security, "apSecurity", "ap_security", "Security Type");

@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/forms/AssemblySerialN.h"
 
+#include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
@@ -8,7 +9,7 @@ namespace webconfig::forms {
 AssemblySerialN::AssemblySerialN() {
     SetUp(current, "currentAssemblySN", "cfg_current_assembly_sn", "Current Assembly SN");
     current.readonly(true);
-    current.attributes_string("style='background-color:#F5F5F5;'");
+    SetInlineAttribute(current, lightGround);
     add(current);
 
     SetUp(next, "newAssemblySN", "cfg_new_assembly_sn", "New Assembly SN");
@@ -22,7 +23,7 @@ AssemblySerialN::AssemblySerialN() {
 void AssemblySerialN::OfferReboot() {
     next.disabled(true);
     button.value(rebootForSerialNumber);
-    button.attributes_string("style='font-weight: bold;'");
+    SetInlineAttribute(button, boldText);
 }
 
 }  // namespace webconfig::forms

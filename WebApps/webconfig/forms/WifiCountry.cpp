@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/forms/WifiCountry.h"
 
+#include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/Select.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/util/CountryChannels.h"
@@ -20,7 +21,7 @@ WifiCountry::WifiCountry(std::string const &prefix) {
 
     SetUp(regulatoryDomain, prefix + "RegulatoryDomain", prefix + "_regulatory_domain", "Regulatory Domain");
     regulatoryDomain.readonly(true);
-    regulatoryDomain.attributes_string("style='background-color:#DCDCDC;'");
+    SetInlineAttribute(regulatoryDomain, greyGround);
     add(regulatoryDomain);
 }
 

@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/forms/Wlan.h"
 
+#include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 
@@ -19,7 +20,7 @@ Wlan::Wlan() {
     security.add("WPA/WPA2 - Personal", "wpa");
     security.add("WPA/WPA2 - Enterprise", "wpa_eap");
     security.error_message("This field is required");
-    security.attributes_string("onchange=\"wlanSecurityChange()\"");
+    SetInlineAttribute(security, onSecurityChange);
     add(security);
 
     SetUp(identity, "wlanIdentity", "wlan_identity", "Username");

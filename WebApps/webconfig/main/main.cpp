@@ -27,6 +27,7 @@
 #include "WebApps/webconfig/main/StopSignals.h"
 #include "WebApps/webconfig/main/SystemLog.h"
 #include "WebApps/webconfig/security/Audit.h"
+#include "WebApps/webconfig/security/FrameworkSettings.h"
 #include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -95,7 +96,11 @@ std::unique_ptr<cppcms::service> MakeService(int argc, char *argv[], bool again)
         settings.set("logging.file.append", true);
         settings.set("logging.file.max_files", 0);
     }
-    auto service = std::make_unique<cppcms::service>(settings);
+    auto const policy = security::ReadPolicy(settings);
+    security::SetUpFramework(settings, policy);
+    auto service =
+        std::make_unique<cppcms::service>(settings);  // from here on lines of the log go where they should
+    security::SetPolicy(policy);
     if (namesSyslog)
         WEBCONFIG_LOG(warning, logTag)
             << "logging.syslog is ignored: all lines go to the system log as they are";
@@ -125,7 +130,6 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
         return nullptr;
     WEBCONFIG_LOG(debug, logTag) << "webconfig start";
     util::HardenShell(service->settings().get("webconfig.hardening.shell", false));
-    security::SetPolicy(security::ReadPolicy(service->settings()));
     security::SetAudit(security::ThePolicy().audit);
     MountPages(*service);
     auto const status = MountStatus(*service);

@@ -46,7 +46,7 @@ void Take(Policy &policy, std::string const &name, cppcms::json::value const &va
             return;
         }
     }
-    WEBCONFIG_LOG(warning, logTag) << "webconfig.security." << name << " is unknown, and does nothing";
+    policy.unknown.push_back(name);
 }
 
 }  // namespace
@@ -66,6 +66,8 @@ Policy const &ThePolicy() {
 }
 
 void SetPolicy(Policy policy) {
+    for (auto const &name : policy.unknown)
+        WEBCONFIG_LOG(warning, logTag) << "webconfig.security." << name << " is unknown, and does nothing";
     Current() = std::move(policy);
 }
 

@@ -25,13 +25,15 @@ struct Policy {
 
     /// Names that the device is asked by beside its own, "hosts", an array of texts; any where it is absent.
     std::optional<std::vector<std::string>> hosts;
+
+    std::vector<std::string> unknown;  ///< members that are none of these
 };
 
-/// The policy of a service's settings. A member that is unknown is logged. Throws
-/// cppcms::json::bad_value_cast where one has the wrong type: a slip of the pen must not open the device.
+/// The policy of a service's settings. Throws cppcms::json::bad_value_cast where a member has the wrong type:
+/// a slip of the pen must not open the device.
 Policy ReadPolicy(cppcms::json::value const &settings);
 
-/// The policy of the running service. main sets it before the first request.
+/// The policy of the running service. main sets it before the first request; what is unknown in it is logged.
 Policy const &ThePolicy();
 void SetPolicy(Policy policy);
 

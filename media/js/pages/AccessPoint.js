@@ -67,7 +67,7 @@
             });
         }
 
-        // The attribute of the country's select names it.
+        // An attribute of the country's select names it, where pages may have such ones.
         window.apCountryCodeChange = (select) => loadChannels($(select).val(), "147");
 
         $(function () {
@@ -75,6 +75,7 @@
                 $("#channel_name_append").text(" (readonly if WLAN enabled)");
             }
             $enabled.on("change", switchFields);
+            $("#ap_country_code:not([onchange])").on("change", (event) => window.apCountryCodeChange(event.target));
             switchFields();
             // Until the list is here, and where it does not come, the channel stays what it is.
             addChannel(chosenChannel);

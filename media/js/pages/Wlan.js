@@ -13,7 +13,7 @@
         ]);
     };
 
-    /** The attribute of the security's select names it. */
+    /** An attribute of the security's select names it, where pages may have such ones. */
     window.wlanSecurityChange = function () {
         const security = $("#wlan_security").val();
         $("#wlan_pass_phrase").prop("disabled", security === "none");
@@ -35,6 +35,7 @@
 
         $(function () {
             $enabled.on("change", switchFields);
+            $("#wlan_security:not([onchange])").on("change", window.wlanSecurityChange);
             switchFields();
         });
     };

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -26,7 +27,7 @@ std::optional<std::string> Key(Credentials const &stored, std::string const &ssi
 }
 
 void Refuse(cppcms::widgets::base_widget &widget) {
-    widget.attributes_string("style='border-color:red'");
+    forms::SetInlineAttribute(widget, forms::redBorder);
     widget.valid(false);
 }
 

@@ -31,6 +31,7 @@ Regulatory::Regulatory(cppcms::service &service, std::string appVolumeName)
 
 void Regulatory::WifiHandler() {
     data::RegulatoryWifi content;
+    content.nonce = Nonce();
     cPrmLib store(storeClient);
     if (store.getPar(domainKey, content.domain) != 0)
         content.message = data::Message::Error("could not read current regulatory domain");

@@ -2,6 +2,7 @@
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/apps/settings/Advanced.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/security/DefaultPassword.h"
 #include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Util.h"
 #include "WebApps/webconfig/util/WebPassword.h"
@@ -10,7 +11,6 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char webDigestKey[] = "webman/digest/admin";
 constexpr char webSha256Key[] = "webman/digest256/admin";
 constexpr char rootHashKey[] = "system/digest/root";
 constexpr char webAccount[] = "admin:Orvane Configuration Tool:";  // user and realm of the web server
@@ -61,6 +61,7 @@ bool StoreSha256(std::string const &hash, std::string const &password) {
 bool Settings::_SaveWebPassword(data::Advanced &content) {
     content.message = ValidateForm(content.web_password) ? _WebPassword(content.web_password)
                                                          : data::Message::ValidationError();
+    content.default_password = security::IsDefaultPasswordAlerted();
     return false;
 }
 
@@ -72,7 +73,8 @@ data::Message Settings::_WebPassword(forms::AdvancedPassword &form) {
         return data::Message::Error("Error: The web password could not be changed");
     if (security::ThePolicy().digest_sha256 && !StoreSha256(hash, form.password.value()))
         return data::Message::SaveError();
-    return StoreHash(form, webDigestKey, hash, util::Command("/usr/sbin/lighttpd_set_passwd.sh > /dev/null"));
+    return StoreHash(form, security::webDigestKey, hash,
+                     util::Command("/usr/sbin/lighttpd_set_passwd.sh > /dev/null"));
 }
 
 bool Settings::_SaveRootPassword(data::Advanced &content) {

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "WebApps/webconfig/forms/Cellular/SaveButton.h"
+#include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/Select.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
@@ -35,7 +36,7 @@ CellularGprs::CellularGprs() {
 
     SetUp(simType, noName, "cfg_cell_sim_type", "SIM Type");
     simType.readonly(true);
-    simType.attributes_string("style='background-color:#DCDCDC;'");
+    SetInlineAttribute(simType, greyGround);
     add(simType);
 
     SetUp(apn, noName, "cfg_cell_apn", "APN");

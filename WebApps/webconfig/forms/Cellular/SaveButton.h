@@ -1,5 +1,6 @@
 #pragma once
 
+#include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 
 namespace webconfig::forms {
@@ -7,7 +8,7 @@ namespace webconfig::forms {
 /// The save button of a cellular form, somewhat larger than its other inputs.
 inline void SetUpSaveButton(cppcms::widgets::submit &button, char const *name, char const *id) {
     SetUpSubmit(button, name, id, "Save");
-    button.attributes_string("style='font-size: 1.2em;'");
+    SetInlineAttribute(button, largeText);
 }
 
 }  // namespace webconfig::forms
