@@ -78,13 +78,10 @@ describe("cellular page", () => {
     test("a search that is complete is taken back by itself, once", async () => {
         inDevice("prm", "set", "gprs/network/refresh", "yes");
         await withStatus({ ...working, gprs_network_refresh: "progress" }, async (page, options) => {
-            // Into a frame, so that the page goes on to poll as it does while the device takes its time.
-            await page.evaluate(() => {
-                $("body").append("<iframe name='away' hidden>");
-                $("#cellular_gprs_config form").attr("target", "away");
-            });
+            // Into another tab, so that the page goes on to poll as it does while the device takes its time.
+            await page.evaluate(() => $("#cellular_gprs_config form").attr("target", "away"));
             let clicks = 0;
-            page.on("request", (request) => (clicks += request.method() === "POST" && request.url().endsWith(path)));
+            page.context().on("request", (request) => (clicks += request.method() === "POST" && request.url().endsWith(path)));
             options.use({ result: { ...working, gprs_network_refresh: "complete" } });
             const calls = options.calls.length;
             await eventually(() => assert.ok(options.calls.length > calls + 4));

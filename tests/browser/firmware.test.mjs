@@ -30,15 +30,12 @@ describe("Firmware page", () => {
         };
         await withPage(firmwarePage, { ...options, prepare }, async (page) => {
             let sentTo = null;
-            // The upload itself never ends here. It goes into a frame, because a page that is being left
+            // The upload itself never ends here. It goes into another tab, because a page that is being left
             // cannot be looked at.
-            await page.route(`**${firmwarePage}?*`, (route) => {
+            await page.context().route(`**${firmwarePage}?*`, (route) => {
                 sentTo = route.request().url();
             });
-            await page.evaluate(() => {
-                $("body").append("<iframe name='away' hidden>");
-                $("#component_config form").attr("target", "away");
-            });
+            await page.evaluate(() => $("#component_config form").attr("target", "away"));
             await page.setInputFiles("#cfg_frw_file", image);
             await page.click("#cfg_frw_save");
             const text = await page.textContent(".form_result_msg.static");
