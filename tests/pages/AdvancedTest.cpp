@@ -132,16 +132,20 @@ TEST_F(AdvancedTest, PasswordRules) {
 }
 
 TEST_F(AdvancedTest, PasswordsAreTakenAsTyped) {
+    constexpr char alert[] = "//div[@id='defaultPasswordAlert']/a[contains(@href,'#advanced_password_tab')]";
     device::RecordingProgram const setPassword("/usr/sbin/lighttpd_set_passwd.sh", "exit 0");
+    EXPECT_EQ(Html(browser.Get("/config/").body).Count(alert), 1U) << "of the delivered password";
     for (std::string const password :
          {"two words", "a\"b$(touch /tmp/run)`c`", R"(it's; back\slash\n\\end)", "-n -e \xC3\xA4"}) {
         device::ReplacedFile const account("/tmp/account", "admin:Orvane Configuration Tool:" + password);
         std::string const md5 = device::Shell("md5sum </tmp/account | head -c 32");
         std::string const sha256 = device::Shell("sha256sum </tmp/account | head -c 64");
-        Expect(Password("Web", password),
-               {.written = {{"webman/digest/admin", md5}, {"webman/digest256/admin", md5 + ':' + sha256}},
-                .commands = {"/usr/sbin/lighttpd_set_passwd.sh", natSetup},
-                .shown = {{"cfg_adv_passwd_Web", ""}}});
+        Html const html =
+            Expect(Password("Web", password),
+                   {.written = {{"webman/digest/admin", md5}, {"webman/digest256/admin", md5 + ':' + sha256}},
+                    .commands = {"/usr/sbin/lighttpd_set_passwd.sh", natSetup},
+                    .shown = {{"cfg_adv_passwd_Web", ""}}});
+        EXPECT_EQ(html.Count(alert), 0U);
     }
     EXPECT_FALSE(std::filesystem::exists("/tmp/run"));
 }

@@ -47,12 +47,9 @@ Answer Browser::Post(std::string const &path, Fields const &fields) {
 
 Answer Browser::Post(std::string const &path, std::string const &body, std::string const &contentType) {
     curl_easy_reset(_curl.get());
-    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> headers(
-        curl_slist_append(nullptr, ("Content-Type: " + contentType).c_str()), &curl_slist_free_all);
-    curl_easy_setopt(_curl.get(), CURLOPT_HTTPHEADER, headers.get());
     curl_easy_setopt(_curl.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
     curl_easy_setopt(_curl.get(), CURLOPT_COPYPOSTFIELDS, body.c_str());
-    return Perform(path);
+    return Perform(path, "Content-Type: " + contentType);
 }
 
 Answer Browser::PostFile(std::string const &path, Upload const &upload, Fields const &fields) {
@@ -93,8 +90,13 @@ bool Browser::WaitUntilUp(int seconds, std::string const &path) {
     return false;
 }
 
-Answer Browser::Perform(std::string const &path) {
+Answer Browser::Perform(std::string const &path, std::string const &type) {
     Answer answer;
+    curl_slist *lines = type.empty() ? nullptr : curl_slist_append(nullptr, type.c_str());
+    for (auto const &line : headers)
+        lines = curl_slist_append(lines, line.c_str());
+    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> const owner(lines, &curl_slist_free_all);
+    curl_easy_setopt(_curl.get(), CURLOPT_HTTPHEADER, lines);
     curl_easy_setopt(_curl.get(), CURLOPT_URL, (_address + path).c_str());
     curl_easy_setopt(_curl.get(), CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(_curl.get(), CURLOPT_HTTPAUTH, CURLAUTH_DIGEST);  // used with a log-in only

@@ -45,8 +45,11 @@ class Browser {
     /// Waits up to \a seconds until the server shows \a path; false where it does not.
     bool WaitUntilUp(int seconds = 10, std::string const &path = "/config/");
 
+    /// Lines that each request brings.
+    std::vector<std::string> headers;
+
   private:
-    Answer Perform(std::string const &path);
+    Answer Perform(std::string const &path, std::string const &type = {});
 
     std::string _address;
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> _curl;

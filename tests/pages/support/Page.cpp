@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <regex>
 #include <utility>
 
 namespace pages {
@@ -27,6 +28,20 @@ Fields With(Fields fields, Fields const &changes) {
             fields.push_back(change);
     }
     return fields;
+}
+
+Strings DeclaredPages() {
+    Strings pages = {"/", "/service/assemblysn", "/regulatory/wifi"};
+    std::pair<char const *, char const *> const tables[] = {{"/settings/", "settings/Pages.h"},
+                                                            {"/network/", "network/Network.cpp"}};
+    std::regex const row("\\{\"([a-z0-9_]+)\", &");
+    for (auto const &[folder, file] : tables) {
+        std::string const text = device::ReadFile(std::string(APPLICATIONS) + file);
+        for (std::sregex_iterator match(text.begin(), text.end(), row), end; match != end; ++match)
+            pages.push_back(folder + (*match)[1].str());
+    }
+    EXPECT_GE(pages.size(), 18U) << "the tables have another form";
+    return pages;
 }
 
 Fields PageTest::_Named(Fields fields) {

@@ -20,6 +20,9 @@ using device::Settings;
 /// \a fields with \a changes: what they name is left out first, and added where it has a value.
 Fields With(Fields fields, Fields const &changes);
 
+/// The paths below the root of the page space, as the applications declare them.
+Strings DeclaredPages();
+
 /// In the place of commands: those of the page.
 inline constexpr char usual[] = "(usual)";
 
