@@ -37,11 +37,11 @@ struct origin {
     authority from;
 };
 
-/// The address in brackets, without the zone; empty where it is none.
+/// The address in brackets, in its shortest form; empty where it is none.
 std::string ipv6_of(std::string_view bracketed) {
     in6_addr address{};
     std::array<char, INET6_ADDRSTRLEN> text{};
-    std::string const inner(bracketed.substr(1, bracketed.find_first_of("%]") - 1));
+    std::string const inner(bracketed.substr(1, bracketed.size() - 2));
     if (::inet_pton(AF_INET6, inner.c_str(), &address) != 1)
         return {};
     return ::inet_ntop(AF_INET6, &address, text.data(), text.size()) ? '[' + std::string(text.data()) + ']'
@@ -57,7 +57,7 @@ bool is_ipv4(std::string const &host) {
 std::optional<authority> parse_authority(std::string_view text, std::string_view usual_port) {
     bool const bracketed = text.starts_with('[');
     auto const end = bracketed ? text.find(']') : text.find(':');
-    if (bracketed && end == std::string_view::npos)
+    if ((bracketed && end == std::string_view::npos) || text.find('\0') != std::string_view::npos)
         return {};
     std::string_view const host = text.substr(0, bracketed ? end + 1 : end);
     std::string_view port = text.substr(std::min(text.size(), host.size()));
