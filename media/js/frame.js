@@ -16,7 +16,7 @@
     function namedTab(container) {
         const tab = $(container).find("> ul a").toArray().findIndex((link) => link.hash && link.hash === location.hash);
         if (tab >= 0) {
-            history.replaceState(null, "", location.pathname + location.search);
+            window.history.replaceState(null, "", location.pathname + location.search);
         }
         return tab;
     }

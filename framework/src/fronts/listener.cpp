@@ -47,7 +47,7 @@ std::shared_ptr<http_front const> make_http_front(json::value const &settings, s
         front->script_names.push_back(script);
     for (auto const &[name, value] : configured_headers(settings)) {
         if (!value.empty())
-            front->headers += name + ": " + value + "\r\n";
+            front->headers.append(name).append(": ").append(value).append("\r\n");
         if (equal_ignoring_case(name, "Server"))
             front->names_itself = false;
     }
