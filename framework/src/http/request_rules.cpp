@@ -66,10 +66,10 @@ std::optional<authority> parse_authority(std::string_view text, std::string_view
     else if (!port.empty())
         return {};
     authority result{bracketed ? ipv6_of(host) : to_lower(host), std::string(port == usual_port ? "" : port)};
-    if (result.host.empty() || result.port.find_first_not_of("0123456789") != std::string::npos)
-        return {};
     if (result.host.ends_with('.'))
         result.host.pop_back();
+    if (result.host.empty() || result.port.find_first_not_of("0123456789") != std::string::npos)
+        return {};
     return result;
 }
 
@@ -99,14 +99,11 @@ bool is_own_page(std::string_view url, environment const &request) {
 
 /// What tells that a page of another site sends the request; empty where nothing does.
 std::string_view foreign_sender(environment const &request) {
+    std::string_view const origin = request.get("HTTP_ORIGIN");
+    std::string_view const page = origin.empty() ? request.get("HTTP_REFERER") : origin;
+    if (!page.empty() && !is_own_page(page, request))
+        return page;
     std::string_view const site = request.get("HTTP_SEC_FETCH_SITE");
-    for (std::string_view const header : {request.get("HTTP_ORIGIN"), request.get("HTTP_REFERER")}) {
-        if (header.empty())
-            continue;
-        if (!is_own_page(header, request))
-            return header;
-        break;
-    }
     return site == "cross-site" || site == "same-site" ? site : "";
 }
 

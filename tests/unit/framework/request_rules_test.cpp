@@ -75,10 +75,10 @@ TEST_F(RequestRules, TheDeviceIsAskedByItsAddressItsNameOrAConfiguredOne) {
     settings_.set("http.hosts", std::vector<std::string>{"Pump.Example"});
     Expect(0, {"", "Host=192.168.0.1", "Host=192.168.0.1:8080", "Host=[::1]", "Host=[fe80::1]:80",
                "Host=LocalHost:8080", std::string("Host=") + name.data(), "Host=pump.EXAMPLE.:80"});
-    Expect(421,
-           {"Host=evil.example Method=GET", "Host=x.pump.example", "Host=192.168.0.1.evil.example",
-            "Host=192.168.0", "Host=0x7f000001", "Host=127.0.0.1,evil.example", "Host=127.0.0.1@evil.example",
-            "Host=::1", "Host=[::1]evil", "Host=[::1", "Host=[evil]", "Host=:80", "Host=localhost:http"});
+    Expect(421, {"Host=evil.example Method=GET", "Host=x.pump.example", "Host=192.168.0.1.evil.example",
+                 "Host=192.168.0", "Host=0x7f000001", "Host=127.0.0.1,evil.example",
+                 "Host=127.0.0.1@evil.example", "Host=::1", "Host=[::1]evil", "Host=[::1", "Host=[evil]",
+                 "Host=:80", "Host=.", "Host=localhost:http"});
 }
 
 TEST_F(RequestRules, TheLogLineCannotBeForgedOrGrow) {
