@@ -46,6 +46,7 @@ TEST(AuditTest, TellsWhoDidWhatAndThePageFindsIt) {
     std::string const digest = device::Shell("printf %02000d 0 | sha256sum | cut -c1-64 | tr -d '\\n'");
     EXPECT_EQ(device::Shell("sed -E 's/.* web: audit event=//; s/time=[0-9TZ:-]* ?//' /var/log/audit"),
               "setting result=ok" + ssh + "setting result=failed" + ssh + "password result=ok" + onAdvanced +
+                  "key=webman/digest256/admin operation=setPar\npassword result=ok" + onAdvanced +
                   "key=webman/digest/admin operation=setPar\nupload result=refused" + admin +
                   "settings/firmware size=3 name=x%20web:%20audit%20event%3Dreboot%20%3Cb%3E.tar\n"
                   "upload result=ok" +
@@ -56,10 +57,10 @@ TEST(AuditTest, TellsWhoDidWhatAndThePageFindsIt) {
                   "what=erase_log\nreboot result=ok" + admin + "settings/reboot \n");
 
     std::pair<std::string, std::size_t> const searches[] = {
-        {"", 10},
+        {"", 11},
         {"&auditEvent=upload&auditText=%3CB%3E.tar", 1},
         {"&auditText=none+such", 0},
-        {"&auditText=" + std::string(65, 'a'), 10},  // refused
+        {"&auditText=" + std::string(65, 'a'), 11},  // refused
     };
     for (auto const &[query, count] : searches) {
         Answer const found = browser.Get(advanced + "?auditShow=Show" + query);

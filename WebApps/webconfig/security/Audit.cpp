@@ -22,7 +22,7 @@ constexpr std::size_t maxWord = 96;   // bytes of a value's word
 constexpr std::size_t maxLine = 900;  // bytes; some system logs cut at 1024
 
 /// What is stored below these is the hash of a password.
-constexpr std::string_view passwordFolders[] = {"webman/digest/", "system/digest/"};
+constexpr std::string_view passwordFolders[] = {"webman/digest/", "webman/digest256/", "system/digest/"};
 
 /// The request that this thread serves; null where none is, or nothing is recorded.
 thread_local AuditedRequest *current = nullptr;
