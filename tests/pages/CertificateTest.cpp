@@ -57,8 +57,8 @@ TEST_F(CertificateTest, WhatCannotServeIsRefusedWithItsReason) {
         {SelfSigned("-newkey rsa:2048 -sha1"), weak},
         {SelfSigned("-newkey ed25519"), "The private key is neither RSA nor EC"},
         {SelfSigned("-addext extendedKeyUsage=clientAuth" + elliptic), "The certificate is not for a server"},
-        {Make("openssl req -new -nodes -subj /CN=field -keyout key" + elliptic +
-              "| openssl x509 -req -signkey key -days -1 -out crt"),
+        {Make("openssl req -new -nodes -subj /CN=field -keyout key -out csr" + elliptic +
+              "; openssl x509 -req -in csr -signkey key -days -1 -out crt"),
          "The certificate /CN=field has expired"},
     };
     std::string const before = device::ReadFile(installed);
@@ -74,6 +74,7 @@ TEST_F(CertificateTest, WhatCannotServeIsRefusedWithItsReason) {
 
 TEST_F(CertificateTest, AGoodOneIsStoredShownAndPutBackWhereTheServerDoesNotTakeIt) {
     device::ReplacedFile const kept(installed, "");
+    device::ReplacedFile const audit("/var/log/audit", "");
     std::string const good =
         Make("openssl req -x509 -nodes -keyout ca.key -out ca -subj /CN=ca" + elliptic +
              "; openssl req -x509 -nodes -CA ca -CAkey ca.key -days 20 -keyout key -out crt"
@@ -92,6 +93,7 @@ TEST_F(CertificateTest, AGoodOneIsStoredShownAndPutBackWhereTheServerDoesNotTake
         EXPECT_EQ(shown, (Strings{"/CN=field", "DNS:f.example, IP Address:192.168.0.1", "/CN=ca"}));
         EXPECT_EQ(device::ReadFile(installed), good);
         EXPECT_EQ(device::Shell(std::string("stat -c %a ") + installed), "600\n");
+        EXPECT_TRUE(device::WaitForText("/var/log/audit", "event=upload result=ok "));
     }
     device::RecordingProgram const take(takeProgram, "exit 1");
     ExpectAnswer("refused by the server", [&] { return Send(SelfSigned(elliptic)); },

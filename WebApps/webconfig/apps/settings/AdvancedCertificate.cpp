@@ -3,9 +3,12 @@
 #include <cppcms/http_file.h>
 
 #include <iterator>
+#include <sstream>
 
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/util/Digest.h"
+#include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -43,6 +46,11 @@ data::Message Install(std::string const &pem) {
     return data::Message::OK("Success: The web server has the new certificate.");
 }
 
+std::string Sha256(std::string const &text) {
+    std::istringstream stream(text);
+    return util::Hex(util::DigestOf(stream, util::DigestKind::Sha256));
+}
+
 }  // namespace
 
 bool Settings::_InstallCertificate(data::Advanced &content) {
@@ -55,8 +63,13 @@ bool Settings::_InstallCertificate(data::Advanced &content) {
         content.message = data::Message::ValidationError();
         return false;
     }
-    std::string const pem(std::istreambuf_iterator<char>(form.file.value()->data()), {});
+    auto const upload = form.file.value();
+    std::string const pem(std::istreambuf_iterator<char>(upload->data()), {});
     content.message = Install(pem);
+    if (content.message.GetResultClass() == data::Message::ResultClass::Ok)
+        util::Happened(
+            "upload", util::Outcome::Ok,
+            {{"sha256", Sha256(pem)}, {"size", std::to_string(pem.size())}, {"name", upload->filename()}});
     return false;
 }
 
