@@ -105,12 +105,12 @@ TEST(ProcessTest, AStopSignalIsNotLostWhateverTheProcessIsDoing) {
 }
 
 TEST(ProcessTest, AReloadWhoseFlagCannotBeWrittenIsDoneAllTheSame) {
-    std::filesystem::create_symlink("/no/such/folder", reloadFlag);
+    device::Shell(std::string("mkdir ") + reloadFlag + "; mount -t tmpfs none " + reloadFlag);
     device::Process process(device::Configuration(port));
     Browser browser = device::Up(address);
     EXPECT_TRUE(device::Reload(process, browser));
     EXPECT_NE(process.Log().find(std::string("Cannot write ") + reloadFlag), std::string::npos);
-    std::filesystem::remove(reloadFlag);
+    device::Shell(std::string("umount ") + reloadFlag + "; rmdir " + reloadFlag);
     process.Signal(SIGTERM);
     EXPECT_EQ(process.Wait(), 0);
 }

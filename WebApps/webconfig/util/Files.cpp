@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -83,6 +84,11 @@ bool IsWanted(dirent const &entry, FindFilesType type) {
     }
 }
 
+/// A second name would be a way to pass off one trusted file as another.
+bool IsTrusted(struct stat const &info) {
+    return S_ISREG(info.st_mode) && info.st_nlink == 1 && IsTrustedUser(info.st_uid);
+}
+
 }  // namespace
 
 bool FileExists(std::string const &path) {
@@ -101,6 +107,48 @@ bool MoveFile(std::string const &source, std::string const &destination) {
     if (errno != EXDEV)
         return false;
     return RunCommand(Command("mv").DoubleQuoted(source).DoubleQuoted(destination)) == 0;
+}
+
+bool IsTrustedUser(uid_t user) {
+    return user == 0 || user == ::geteuid();
+}
+
+bool IsTrustedFile(std::string const &path) {
+    struct stat info {};
+    return ::lstat(path.c_str(), &info) == 0 && IsTrusted(info);
+}
+
+int OpenTrusted(std::string const &path, int flags) {
+    int const file = ::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    struct stat info {};
+    if (file >= 0 && ::fstat(file, &info) == 0 && IsTrusted(info))
+        return file;
+    if (file >= 0)
+        ::close(file);
+    if (file >= 0 || errno == ELOOP)
+        errno = EPERM;
+    return -1;
+}
+
+std::optional<std::string> ReadTrusted(std::string const &path, std::size_t maximum) {
+    int const file = OpenTrusted(path, O_RDONLY);
+    if (file < 0)
+        return std::nullopt;
+    std::string text(maximum, '\0');
+    std::size_t size = 0;
+    for (ssize_t count = 1; count > 0; size += static_cast<std::size_t>(std::max<ssize_t>(count, 0)))
+        count = ::read(file, text.data() + size, text.size() - size);
+    ::close(file);
+    text.resize(size);
+    return text;
+}
+
+bool ClaimFile(std::string const &path) {
+    if (IsTrustedFile(path) || CreatePrivately(path))
+        return true;
+    WEBCONFIG_LOG(warning, logTag) << "Something else was in the place of " << path;
+    PrivateFolder const aside;
+    return std::rename(path.c_str(), (aside / "other").c_str()) == 0 && CreatePrivately(path);
 }
 
 bool CreatePrivately(std::string const &path) {

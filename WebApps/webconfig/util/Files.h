@@ -1,9 +1,11 @@
 #pragma once
 
 #include <dirent.h>
+#include <sys/types.h>
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,25 @@ std::uintmax_t FileSize(std::string const &path);
 /// Renames \a source to \a destination or, between file systems, runs "mv". True on success. Only with a
 /// hardened shell may a path hold characters that have a meaning inside double quotes.
 bool MoveFile(std::string const &source, std::string const &destination);
+
+// What stands under a fixed name in /tmp may be anybody's. These take only a regular file that root or this
+// process' user has made, under that one name; they follow no link and wait for nobody.
+
+/// Whether \a user is root or this process' own.
+bool IsTrustedUser(uid_t user);
+
+/// Whether there is such a file.
+bool IsTrustedFile(std::string const &path);
+
+/// Opens it; its descriptor, or -1 with errno, which is EPERM where something else is there.
+int OpenTrusted(std::string const &path, int flags);
+
+/// Its first \a maximum bytes; nothing where there is none.
+std::optional<std::string> ReadTrusted(std::string const &path, std::size_t maximum);
+
+/// Makes sure that there is one. What else has the name is moved out of the way, which is logged. False, with
+/// errno, where that fails.
+bool ClaimFile(std::string const &path);
 
 /// Makes an empty file that only its owner may open. False, with errno, where that fails, also where anything
 /// is at \a path already, be it a link that leads nowhere.

@@ -10,8 +10,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <limits>
 
 #include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
@@ -27,6 +30,9 @@ constexpr char logTag[] = "WebApps/webconfig/util/Firmware";
 
 constexpr char lockFile[] = "/tmp/fwtool_6v1Znb.lock";
 constexpr char tool[] = "/usr/bin/fwtool";
+
+/// So long, from the first one on, locks of nobody we can tell keep the pages in this process' life.
+constexpr std::chrono::minutes unknownHolderLimit{10};
 
 bool Failed(char const *reason) {
     WEBCONFIG_LOG(error, logTag) << "FWupgrade: " << reason;
@@ -79,6 +85,20 @@ void Watch(pid_t pid) {
         ::close(before);
 }
 
+/// Whether \a holder of a lock, as the kernel tells it, may be the tool. Others may lock the tool's file as
+/// well, and start a program of root's that keeps their lock: only who has started it counts.
+bool MayBeTool(pid_t holder) {
+    std::ifstream status("/proc/" + std::to_string(holder) + "/status");
+    for (std::string name; status >> name; status.ignore(std::numeric_limits<std::streamsize>::max(), '\n')) {
+        uid_t user = 0;
+        if (name == "Uid:" && status >> user)
+            return IsTrustedUser(user);
+    }
+    // The lock is of a kind that has no process, or its process has just ended. The tool's would be neither.
+    static auto const firstSeen = std::chrono::steady_clock::now();
+    return std::chrono::steady_clock::now() - firstSeen < unknownHolderLimit;
+}
+
 bool IsUpgradeProcessAlive() {
     pollfd ended{.fd = upgradeProcess, .events = POLLIN, .revents = 0};
     return ended.fd >= 0 && ::poll(&ended, 1, 0) == 0;
@@ -96,11 +116,12 @@ pid_t ForkFirmwareUpgrade(std::string const &imagePath, std::string const &mount
 }
 
 bool IsFirmareUpgradeInProgress() {
-    if (::access(lockFile, F_OK) != 0)
+    struct stat info {};
+    if (::lstat(lockFile, &info) != 0 || !IsTrustedUser(info.st_uid))
         return false;
-    int const descriptor = ::open(lockFile, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    int const descriptor = OpenTrusted(lockFile, O_RDWR);
     if (descriptor < 0)
-        return true;
+        return errno != EPERM;
     vnt_util::GlobalLock const closing(descriptor);
     struct flock wanted {};
     wanted.l_type = F_WRLCK;
@@ -108,7 +129,7 @@ bool IsFirmareUpgradeInProgress() {
     wanted.l_pid = ::getpid();
     if (::fcntl(descriptor, F_GETLK, &wanted) != 0)
         return true;
-    return wanted.l_type != F_UNLCK;
+    return wanted.l_type != F_UNLCK && MayBeTool(wanted.l_pid);
 }
 
 bool IsFirmwareUpgradeRunning() {

@@ -12,7 +12,8 @@ namespace webconfig::util {
 /// no service runs.
 pid_t ForkFirmwareUpgrade(std::string const &imagePath, std::string const &mountDirectory);
 
-/// Whether the firmware tool holds its lock. True also where that cannot be told.
+/// Whether the firmware tool holds its lock. True also where that cannot be told, but not for ever; a lock
+/// that a user other than root or our own holds, or whose file is not theirs, is none.
 bool IsFirmareUpgradeInProgress();
 
 /// Whether an upgrade keeps the pages from anything else: the tool holds its lock, or what

@@ -1,7 +1,8 @@
 #include "WebApps/webconfig/util/Flags.h"
 
 #include <atomic>
-#include <fstream>
+#include <cerrno>
+#include <cstring>
 #include <string>
 
 #include "WebApps/webconfig/util/Commands.h"
@@ -14,50 +15,59 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/util/Flags";
 
-constexpr ConstantText touch("touch");
-
 std::string const rebootFlag = "/tmp/webconfig_reboot_flag";
 std::string const reloadFlag = "/tmp/webconfig_freload_flag";
 std::string const upgradeFlag = "/tmp/webconfig_fwsugd_flag";
 
 std::string const upgradeStatusFile = "/tmp/fwtool_status.txt";
 constexpr char upgradeDone[] = "'done'";
+constexpr std::size_t maxStatusLine = 4096;
 
 /// Stands for the reload's flag where that cannot be written: to end the process instead would cost more.
 std::atomic<bool> unwrittenReload = false;
 
+/// The command alone would follow a link that somebody has left there.
+void Raise(std::string const &flag) {
+    if (!ClaimFile(flag))
+        WEBCONFIG_LOG(error, logTag) << "Cannot write " << flag << ": " << std::strerror(errno);
+    else
+        RunCommand(Command("touch").Arg(flag));
+}
+
 }  // namespace
 
 void MarkRebootRequired() {
-    RunCommand(Command(touch).Arg(rebootFlag));
+    Raise(rebootFlag);
 }
 
 bool IsRebootRequired() {
-    if (FileExists(rebootFlag))
+    if (IsTrustedFile(rebootFlag))
         return true;
-    std::ifstream status(upgradeStatusFile);
-    std::string line;
-    return std::getline(status, line) && line.find(upgradeDone) != std::string::npos;
+    std::string const status = ReadTrusted(upgradeStatusFile, maxStatusLine).value_or("");
+    return status.substr(0, status.find('\n')).find(upgradeDone) != std::string::npos;
 }
 
 void MarkForceReload(bool on) {
-    // Without -f on purpose: clearing a flag that is not set shows on standard error.
-    RunCommand(Command(on ? touch : ConstantText("rm")).Arg(reloadFlag));
-    unwrittenReload = on && !FileExists(reloadFlag);
-    if (unwrittenReload)
-        WEBCONFIG_LOG(error, logTag) << "Cannot write " << reloadFlag;
+    if (on)
+        Raise(reloadFlag);
+    else
+        RunCommand(Command("rm").Arg(reloadFlag));  // without -f on purpose: what is not set shows
+    unwrittenReload = on && !IsTrustedFile(reloadFlag);
 }
 
 bool IsForceReloadFlagged() {
-    return FileExists(reloadFlag) || unwrittenReload;
+    return IsTrustedFile(reloadFlag) || unwrittenReload;
 }
 
 void MarkFirmwareUpgrade(bool on) {
-    RunCommand(Command(on ? touch : ConstantText("rm -f")).Arg(upgradeFlag));
+    if (on)
+        Raise(upgradeFlag);
+    else
+        RunCommand(Command("rm -f").Arg(upgradeFlag));
 }
 
 bool IsFirmwareUpgradeFlagged() {
-    return FileExists(upgradeFlag);
+    return IsTrustedFile(upgradeFlag);
 }
 
 }  // namespace webconfig::util

@@ -200,7 +200,7 @@ HeldLock::HeldLock(std::string const &path) : _file(open(path.c_str(), O_RDWR | 
     struct flock lock {};
     lock.l_type = F_WRLCK;
     lock.l_whence = SEEK_SET;
-    EXPECT_EQ(fcntl(_file, F_OFD_SETLK, &lock), 0) << "cannot lock " << path;
+    EXPECT_EQ(fcntl(_file, F_SETLK, &lock), 0) << "cannot lock " << path;
 }
 
 void HeldLock::Release() {

@@ -29,6 +29,14 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
+File Open() {
+    int const descriptor = util::OpenTrusted(statusFile, O_RDONLY);
+    File file(descriptor < 0 ? nullptr : fdopen(descriptor, "r"));
+    if (descriptor >= 0 && !file)
+        close(descriptor);
+    return file;
+}
+
 std::string FailedStatus() {
     WEBCONFIG_LOG(error, logTag) << "firmware upgrade failed";
     return failedStatus;
@@ -64,7 +72,7 @@ std::string LockedLine(std::FILE *file) {
 cppcms::json::value JsonRpc::FirmwareUpgradeStatus() {
     bool const inProgress = util::IsFirmwareUpgradeRunning();
     std::string status;
-    if (File const file{std::fopen(statusFile, "re")}) {
+    if (File const file = Open()) {
         status = LockedLine(file.get());
         if (!status.empty() && !inProgress && status.find("done") == std::string::npos)
             status = FailedStatus();
