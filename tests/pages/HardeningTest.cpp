@@ -6,25 +6,37 @@ TEST(HardeningTest, ValuesStandInCommandsAsTheyAreUnlessHardened) {
     device::KeptStore const store;
     store.Set({{"net/wifi/vendor", "laird"}, {"net/wifi/region_code", "FCC"}});
     device::RecordingProgram const nat("/etc/nat_setup.sh");
-    device::RecordingProgram const cryptpw("/usr/bin/cryptpw", "exit 0");
-    device::Process process(device::Configuration(9106));
+    device::RecordingProgram const cryptpw("/usr/bin/cryptpw", "cat >>/tmp/given");
+    std::string configuration = device::Configuration(9106);
+    configuration.insert(configuration.find("\"media_root"), R"("hardening":{"shell":false},)");
+    device::Process process(configuration);
+    device::Process byDefault(device::Configuration(9107));
     Browser plain = device::Up("http://127.0.0.1:9106");
-    Browser hardened(device::address);
+    Browser hardened = device::Up("http://127.0.0.1:9107");
     std::string const password = "-5 $((6 * 7))";
     Fields const root = {
         {"passwordRoot", password}, {"passwordConfirmRoot", password}, {"submit", "Save Root Password"}};
     struct {
         Browser &browser;
-        std::string endOfOptions;
+        std::string argument;
+        std::string given;
         std::string result;
-    } const cases[] = {{plain, "", "42"}, {hardened, "-- ", "$((6 * 7))"}};
-    for (auto const &[browser, endOfOptions, result] : cases) {
+    } const cases[] = {{plain, " -5 42", "", "42"}, {hardened, "", password + '\n', "$((6 * 7))"}};
+    for (auto const &[browser, argument, given, result] : cases) {
         device::TakeCommands();
         browser.Post("/config/settings/advanced", root);
         browser.Post("/config/regulatory/wifi", Fields{{"hidden_domain", "X$((6 * 7))"}, {"Save", "Save"}});
-        EXPECT_EQ(device::TakeCommands(), (Strings{"/usr/bin/cryptpw " + endOfOptions + "-5 " + result,
-                                                   "/usr/sbin/lmu -r X" + result}));
+        EXPECT_EQ(device::TakeCommands(),
+                  (Strings{"/usr/bin/cryptpw" + argument, "/usr/sbin/lmu -r X" + result}));
+        EXPECT_EQ(device::Shell("cat /tmp/given; rm /tmp/given"), given);
     }
+    device::RecordingProgram const noHash("/usr/bin/md5sum", "echo 'Usage: hash'");
+    Html const html(plain
+                        .Post("/config/settings/advanced", Fields{{"passwordWeb", "secret"},
+                                                                  {"passwordConfirmWeb", "secret"},
+                                                                  {"submit", "Save Web Password"}})
+                        .body);
+    EXPECT_EQ(html.One(failureMessage), "Error: The web password could not be changed");
 }
 
 }  // namespace pages

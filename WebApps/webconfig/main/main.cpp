@@ -129,7 +129,7 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
     if (stop.Signal() != 0)
         return nullptr;
     WEBCONFIG_LOG(debug, logTag) << "webconfig start";
-    util::HardenShell(service->settings().get("webconfig.hardening.shell", false));
+    util::HardenShell(service->settings().get("webconfig.hardening.shell", true));
     security::SetAudit(security::ThePolicy().audit);
     MountPages(*service);
     auto const status = MountStatus(*service);

@@ -7,7 +7,7 @@ namespace webconfig::util {
 
 namespace {
 
-std::atomic<bool> hardened = false;
+std::atomic<bool> hardened = true;
 
 constexpr std::string_view ordinary =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=.,:/@%";
@@ -60,10 +60,6 @@ Command &Command::DoubleQuoted(std::string const &value) {
 
 Command &Command::Then(ConstantText text) {
     return Append(text.Get());
-}
-
-Command &Command::EndOptions() {
-    return hardened ? Append("--") : *this;
 }
 
 Command &Command::Append(std::string const &word) {

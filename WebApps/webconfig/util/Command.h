@@ -5,7 +5,7 @@
 namespace webconfig::util {
 
 /// Hardens the commands of the whole process, or not, from now on. The setting
-/// "webconfig.hardening.shell" decides; off at first.
+/// "webconfig.hardening.shell" decides; on at first.
 void HardenShell(bool on);
 bool IsShellHardened();
 
@@ -37,8 +37,6 @@ class Command {
     Command &SingleQuoted(std::string const &value);  ///< the value between single quotes
     Command &DoubleQuoted(std::string const &value);  ///< the value between double quotes
     Command &Then(ConstantText text);                 ///< the text as it stands: a pipe, a redirection
-    /// Hardened, lets no value that follows be an option. Unhardened, it appends nothing.
-    Command &EndOptions();
 
     // NOLINTNEXTLINE(google-explicit-constructor): for all that runs command lines
     operator std::string const &() const { return text_; }

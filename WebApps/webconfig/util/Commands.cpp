@@ -50,11 +50,11 @@ class Watch {
 
 }  // namespace
 
-std::string ShellCommand(std::string const &command, unsigned maximum) {
+std::string ShellCommand(std::string const &command, unsigned maximum, std::string const &input) {
     std::string output;
     output.reserve(maximum);
     Watch const watch(command);
-    shell::Process process(command, showLimit);
+    shell::Process process(command, showLimit, input);
     std::array<char, 512> chunk{};
     while (std::size_t const count = process.Read(chunk.data(), chunk.size())) {
         if (output.size() + count > maximum) {
@@ -73,8 +73,8 @@ int ShellCommand(std::string const &command, std::string &output) {
     return Watch(command).Ended(vnt_util::system::exec(command, output));
 }
 
-int RunCommand(Command const &command, std::chrono::seconds limit) {
-    return Watch(command).Ended(shell::Run(command, limit));
+int RunCommand(Command const &command, std::chrono::seconds limit, std::string const &input) {
+    return Watch(command).Ended(shell::Run(command, limit, input));
 }
 
 int RunCommand(ConstantText command, std::chrono::seconds limit) {

@@ -98,7 +98,7 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
         library->slistAppend(nullptr, "Content-Type: application/json"), library->slistFreeAll);
     std::string const body = request.save();
     std::string const url = "http://" + server_ + (server_.ends_with('/') ? "" : "/") + endpoint;
-    std::cout << "Sending <" << body << "> to url " << url << std::endl;
+    std::cout << "Sending <" << (IsShellHardened() ? endpoint : body) << "> to url " << url << std::endl;
 
     std::stringstream received;
     auto const set = [&](CURLoption option, auto value) { library->easySetopt(curl.get(), option, value); };

@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/util/Strings.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace webconfig::util {
@@ -28,6 +29,10 @@ unsigned LeadingNumber(std::string const &text) {
     unsigned number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
+}
+
+bool HasControls(std::string const &text) {
+    return std::any_of(text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; });
 }
 
 }  // namespace webconfig::util

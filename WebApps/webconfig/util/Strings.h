@@ -28,4 +28,7 @@ std::string StripChars(std::string text, std::string const &characters);
 /// The decimal number that \a text begins with; 0 where it begins with none, or with one that is too large.
 unsigned LeadingNumber(std::string const &text);
 
+/// Whether there are line ends, tabs or other control characters in \a text.
+bool HasControls(std::string const &text);
+
 }  // namespace webconfig::util

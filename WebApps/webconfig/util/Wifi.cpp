@@ -6,7 +6,6 @@
 
 #include <array>
 #include <boost/locale/utf.hpp>
-#include <cstdio>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -17,7 +16,9 @@
 
 #include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/Digest.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Strings.h"
 
 namespace webconfig::util {
 
@@ -99,11 +100,8 @@ bool Contains(std::string const &line, char const *text) {
     return line.find(text) != std::string::npos;
 }
 
-}  // namespace
-
-std::string getPsk(std::string const &ssid, std::string const &passPhrase) {
-    if (!passPhrase.empty() && (passPhrase.size() < minPassPhrase || passPhrase.size() > maxPassPhrase))
-        return {};
+/// The key that "wpa_passphrase" prints.
+std::string PrintedKey(std::string const &ssid, std::string const &passPhrase) {
     std::istringstream output(ShellCommand(
         Command("wpa_passphrase").DoubleQuoted(ssid).DoubleQuoted(passPhrase), maxPassPhraseOutput));
 
@@ -117,18 +115,33 @@ std::string getPsk(std::string const &ssid, std::string const &passPhrase) {
     return {};
 }
 
+/// The same key, of a pass phrase that stands in no command line.
+std::string DerivedKey(std::string const &ssid, std::string const &passPhrase) {
+    constexpr int rounds = 4096;
+    constexpr std::size_t size = 32;
+    bool const typed = !passPhrase.empty() && !HasControls(passPhrase);
+    std::array<unsigned char, size> key{};
+    bool const derived =
+        typed && PKCS5_PBKDF2_HMAC_SHA1(passPhrase.data(), static_cast<int>(passPhrase.size()),
+                                        reinterpret_cast<unsigned char const *>(ssid.data()),
+                                        static_cast<int>(ssid.size()), rounds, size, key.data()) == 1;
+    return derived ? Hex(std::string(key.begin(), key.end())) : "";
+}
+
+}  // namespace
+
+std::string getPsk(std::string const &ssid, std::string const &passPhrase) {
+    if (!passPhrase.empty() && (passPhrase.size() < minPassPhrase || passPhrase.size() > maxPassPhrase))
+        return {};
+    return IsShellHardened() ? DerivedKey(ssid, passPhrase) : PrintedKey(ssid, passPhrase);
+}
+
 std::string getNtPasswordHash(std::string const &password) {
     auto const text = Utf16(password);
     auto const sum = text ? Md4(*text) : std::nullopt;
     if (!sum)
         return {};
-    std::string hash = "hash:";
-    for (unsigned const byte : *sum) {
-        std::array<char, 3> digits{};
-        std::snprintf(digits.data(), digits.size(), "%02x", byte);
-        hash += digits.data();
-    }
-    return hash + '\0';
+    return "hash:" + Hex(std::string(sum->begin(), sum->end())) + '\0';
 }
 
 std::string getRegulatoryFriendlyName(std::string const &domain) {

@@ -6,7 +6,8 @@
 namespace webconfig::util {
 
 /// The pre-shared key, 64 hexadecimal digits, that the network \a ssid and \a passPhrase give. Empty where
-/// the pass phrase has fewer than 8 or more than 63 characters, and where "wpa_passphrase" gives none.
+/// the pass phrase has fewer than 8 or more than 63 characters, or control characters. It is computed here
+/// where the shell is hardened, else "wpa_passphrase" is asked.
 std::string getPsk(std::string const &ssid, std::string const &passPhrase);
 
 /// "hash:", 32 lowercase hexadecimal digits of the MD4 sum of \a password in UTF-16, and a NUL character,

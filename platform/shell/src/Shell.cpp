@@ -80,6 +80,14 @@ struct Pipe {
     int write = -1;
 };
 
+/// Leaves \a text, which the pipe has room for, to whoever reads there.
+bool Fill(Pipe &pipe, std::string const &text) {
+    bool const filled = text.size() <= maxInput &&
+                        ::write(pipe.write, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    Close(pipe.write);
+    return filled;
+}
+
 /// What posix_spawn() is to set up in a child.
 struct SpawnSetup {
     SpawnSetup() {
@@ -126,26 +134,35 @@ int StatusOf(pid_t pid) {
 
 }  // namespace
 
-Process::Process(std::string const &command, std::chrono::milliseconds limit)
-    : Process(command, limit, Output::Captured) {}
+Process::Process(std::string const &command, std::chrono::milliseconds limit, std::string const &input)
+    : Process(command, limit, input, Output::Captured) {}
 
-Process::Process(std::string const &command, std::chrono::milliseconds limit, Output output)
+Process::Process(std::string const &command, std::chrono::milliseconds limit, std::string const &input,
+                 Output output)
     : limit_(Clock::now() + limit) {
     if (Clock::now() >= Deadline())
         return;
+    Pipe text;
     Pipe data;
     Pipe report;
     SpawnSetup setup;
     if (!report.Open())
         return;
-    ::posix_spawn_file_actions_adddup2(&setup.actions, report.write, reportDescriptor);
+    if (input.empty()) {
+        // Our own may be a listening socket, which a daemon that a command leaves behind would hold.
+        ::posix_spawn_file_actions_addopen(&setup.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    } else {
+        if (!text.Open() || !Fill(text, input))
+            return;
+        ::posix_spawn_file_actions_adddup2(&setup.actions, text.read, STDIN_FILENO);
+    }
     if (output == Output::Captured) {
         if (!data.Open() || ::fcntl(data.read, F_SETFL, O_NONBLOCK) != 0)
             return;
         ::posix_spawn_file_actions_adddup2(&setup.actions, data.write, STDOUT_FILENO);
     }
-    // Our own may be a listening socket, which a daemon that a command leaves behind would hold.
-    ::posix_spawn_file_actions_addopen(&setup.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    // The last one: one of the others may have had this number.
+    ::posix_spawn_file_actions_adddup2(&setup.actions, report.write, reportDescriptor);
     std::array<char const *, 6> const arguments{"sh", "-c", reportingScript, "sh", command.c_str(), nullptr};
     if (::posix_spawn(&pid_, "/bin/sh", &setup.actions, &setup.attributes,
                       const_cast<char *const *>(arguments.data()), ::environ) != 0) {
@@ -225,8 +242,8 @@ void Process::End() {
     Close(report_);
 }
 
-int Run(std::string const &command, std::chrono::milliseconds limit) {
-    return Process(command, limit, Process::Output::Inherited).Wait();
+int Run(std::string const &command, std::chrono::milliseconds limit, std::string const &input) {
+    return Process(command, limit, input, Process::Output::Inherited).Wait();
 }
 
 void EndAllWithin(std::chrono::milliseconds time) {

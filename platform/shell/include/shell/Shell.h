@@ -8,10 +8,10 @@
 
 /// Shell commands much as popen() and system() run them, from a process with many threads that must not hang.
 ///
-/// A command starts in a process group of its own, with /dev/null as its standard input, no signal blocked
-/// and every signal at its default, whatever the state of the calling thread, and inherits no descriptor but
-/// the standard ones and those that are inheritable. It ends with its shell: a daemon that it leaves behind,
-/// which may hold its output, is neither waited for nor ended.
+/// A command starts in a process group of its own, with /dev/null or a given text as its standard input, no
+/// signal blocked and every signal at its default, whatever the state of the calling thread, and inherits no
+/// descriptor but the standard ones and those that are inheritable. It ends with its shell: a daemon that it
+/// leaves behind, which may hold its output, is neither waited for nor ended.
 ///
 /// A command that is not done within its limit is ended with its whole process group: with SIGTERM and, where
 /// that is not enough, with SIGKILL a second later. What has left the group stays.
@@ -20,12 +20,16 @@ namespace shell {
 /// How long a command may take where its caller does not say.
 constexpr std::chrono::seconds usualLimit{60};
 
+/// The longest text that a command can be given, in bytes.
+constexpr std::size_t maxInput = 4096;
+
 /// A command whose standard output is read by its maker.
 class Process {
   public:
-    /// Starts `/bin/sh -c` \a command, which may take up to \a limit. A failure shows as empty output and the
-    /// status -1.
-    explicit Process(std::string const &command, std::chrono::milliseconds limit = usualLimit);
+    /// Starts `/bin/sh -c` \a command, which may take up to \a limit and reads \a input. A failure, also
+    /// where that is too long, shows as empty output and the status -1.
+    explicit Process(std::string const &command, std::chrono::milliseconds limit = usualLimit,
+                     std::string const &input = {});
     /// Closes the output and waits for the end of the command.
     ~Process();
 
@@ -43,11 +47,12 @@ class Process {
     int Wait();
 
   private:
-    friend int Run(std::string const &command, std::chrono::milliseconds limit);
+    friend int Run(std::string const &command, std::chrono::milliseconds limit, std::string const &input);
     using Clock = std::chrono::steady_clock;
     enum class Output { Captured, Inherited };
 
-    Process(std::string const &command, std::chrono::milliseconds limit, Output output);
+    Process(std::string const &command, std::chrono::milliseconds limit, std::string const &input,
+            Output output);
 
     Clock::time_point Deadline() const;
     void Await();
@@ -62,7 +67,8 @@ class Process {
 };
 
 /// Runs \a command to its end as system() does; returns what Process::Wait() returns.
-int Run(std::string const &command, std::chrono::milliseconds limit = usualLimit);
+int Run(std::string const &command, std::chrono::milliseconds limit = usualLimit,
+        std::string const &input = {});
 
 /// From now on every command, running or new, has to be done within \a time from now, whatever its own limit;
 /// none is started that could not. A second call never gives more time.
