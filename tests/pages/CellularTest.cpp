@@ -89,14 +89,17 @@ TEST_F(CellularTest, SelectsTheNetworkThatTheModeNames) {
 
 TEST_F(CellularTest, TheMainSettingsAreStoredAndThePinOnlyWhereItIsUsed) {
     Settings const on = {{"serial/port/gprs/function", "gprs_dialup"}, {"cellular/allow_roaming", "yes"}};
-    Settings withPin = on;
-    withPin.insert({{"cellular/use_sim_pin", "yes"}, {"cellular/sim_pin", "2222"}});
+    Settings withSamePin = on;
+    withSamePin["cellular/use_sim_pin"] = "yes";
+    Settings withPin = withSamePin;
+    withPin["cellular/sim_pin"] = "2222";
     Run(main,
-        {{.written = withPin, .shown = {{"cfg_cell_sim_pin", "2222"}}, .tab = "0"},
+        {{.written = withPin, .shown = {{"cfg_cell_sim_pin", ""}}, .tab = "0"},
          {.fields = {{"#cfg_cell_use_sim_pin", "n"}},
           .written = on,
-          .shown = {{"cfg_cell_sim_pin", "1111"}},  // loaded again
+          .shown = {{"//*[@id='cfg_cell_sim_pin']/@placeholder", "(unchanged)"}},  // loaded again
           .tab = "0"},
+         {.fields = {{"#cfg_cell_sim_pin", ""}}, .written = withSamePin},
          {.before = withPin,
           .fields = {{"#cfg_cell_enabled", none}, {"#cfg_cell_roam", none}, {"#cfg_cell_use_sim_pin", none}},
           .written = {{"serial/port/gprs/function", "none"},
@@ -114,9 +117,14 @@ TEST_F(CellularTest, TheAccessIsStoredForTheSimCardOnly) {
                               {"gprs/dial_command", "D2"}};
     Settings withNetwork = written;
     withNetwork["gprs/network/mode"] = R"(1,0,"One")";
+    Settings withSamePassword = withNetwork;
+    withSamePassword.erase("gprs/att/password");
     Run(gprs,
         {{.written = withNetwork, .shown = {{"cfg_cell_sim_type", "AT&T"}, {network, "\"One\""}}, .tab = "1"},
-         {.fields = {{"#cfg_cell_preferred_network", "Automatic"}}, .written = written}});
+         {.fields = {{"#cfg_cell_preferred_network", "Automatic"}}, .written = written},
+         {.fields = {{"#cfg_cell_password", ""}},
+          .written = withSamePassword,
+          .shown = {{"cfg_cell_password", ""}}}});
     StopsAt(gprs, {{"gprs/att/username", {{"gprs/att/apn", "new.apn"}}}});
     Strings const required = {"This field is required"};
     Refuses(gprs, {{"#cfg_cell_preferred_network", "One", required},
@@ -150,7 +158,10 @@ TEST_F(CellularTest, CdmaSettingsAreTakenWithoutATabOfTheirOwn) {
                               {"cdma/custom/activation_response", "READY"}};
     Settings forced = written;
     forced["cdma/force_activation"] = "yes";
+    Settings withSamePassword = written;
+    withSamePassword.erase("cdma/password");
     Run(cdma, {{.written = written, .tab = "2"},
+               {.fields = {{"_3", ""}}, .written = withSamePassword},
                {.fields = {{"_7", "y"}}, .written = forced},
                {.fields = {{"_7", "y"}},
                 .refused = "cdma/dial_command",

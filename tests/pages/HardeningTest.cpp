@@ -39,4 +39,31 @@ TEST(HardeningTest, ValuesStandInCommandsAsTheyAreUnlessHardened) {
     EXPECT_EQ(html.One(failureMessage), "Error: The web password could not be changed");
 }
 
+TEST(HardeningTest, NoPageHasAStoredSecretWhereTheyAreHidden) {
+    device::KeptStore const store;
+    Settings secrets = {{"gprs/sim_type", "other"}, {"cellular/use_sim_pin", "yes"}};
+    for (char const *key : {"gprs/password", "cdma/password", "cellular/sim_pin", "net/wifi/ap/wpa_psk",
+                            "net/wifi/client/wpa_psk", "net/wifi/client/eap/password", "system/digest/root"})
+        secrets[key] = "s3cret";
+    store.Set(secrets);
+    device::Process process(device::Configuration(9108));
+    auto const leaks = [](Browser browser) {
+        Strings pages;
+        for (char const *path :
+             {"", "settings/firmware", "settings/reboot", "settings/advanced", "settings/about",
+              "network/ethernet1", "network/openvpn", "network/orvane", "network/port_forwarding",
+              "network/cellular", "network/ntp", "network/dns_server", "network/access_point", "network/wlan",
+              "service/assemblysn", "regulatory/wifi"})
+            pages.push_back(std::string("/config/") + path);
+        std::erase_if(pages, [&](auto const &path) {
+            Answer const answer = browser.Get(path);
+            EXPECT_EQ(answer.status, 200) << path;
+            return answer.body.find("s3cret") == std::string::npos;
+        });
+        return pages;
+    };
+    EXPECT_EQ(leaks(device::Up("http://127.0.0.1:9108")), Strings{"/config/network/cellular"});
+    EXPECT_EQ(leaks(Browser(device::address)), Strings());
+}
+
 }  // namespace pages

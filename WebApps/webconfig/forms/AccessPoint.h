@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/forms/Base.h"
 #include "WebApps/webconfig/forms/WifiCountry.h"
+#include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
 
@@ -17,7 +18,7 @@ class AccessPoint : public Base {
     WifiCountry country{"ap"};
     cppcms::widgets::select security;
     cppcms::widgets::text ssid;
-    cppcms::widgets::password passPhrase;
+    widgets::Secret<cppcms::widgets::password> passPhrase;
     cppcms::widgets::submit save;
 };
 

@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/forms/Base.h"
 #include "WebApps/webconfig/forms/WifiCountry.h"
+#include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
 
@@ -17,7 +18,7 @@ class Wlan : public Base {
     WifiCountry country{"wlan"};
     cppcms::widgets::select security;
     cppcms::widgets::text identity;
-    cppcms::widgets::password passPhrase;
+    widgets::Secret<cppcms::widgets::password> passPhrase;
     cppcms::widgets::checkbox mobile;
     cppcms::widgets::submit save;
 };

@@ -58,7 +58,7 @@ void Load(forms::Cellular &form) {
     form.allowRoaming.value(util::IsOn(roamingKey));
     form.checkReceiving.value(util::IsOn(checkReceivingKey));
     form.useSimPin.value(util::IsOn(useSimPinKey));
-    form.simPin.value(util::Prm::GetString(simPinKey));
+    form.simPin.ShowStored(util::Prm::GetString(simPinKey));
 }
 
 void Load(forms::CellularGprs &form, Sim const &sim) {
@@ -69,18 +69,23 @@ void Load(forms::CellularGprs &form, Sim const &sim) {
     form.simType.value(sim.name);
     form.apn.value(util::Prm::GetString(prefix + "apn"));
     form.username.value(util::Prm::GetString(prefix + "username"));
-    form.password.value(util::Prm::GetString(prefix + "password"));
+    form.password.ShowStored(util::Prm::GetString(prefix + "password"));
     form.dialCommand.value(util::Prm::GetString(gprsDialCommandKey));
 }
 
 void Load(forms::CellularCdma &form) {
     forms::SelectByValue(form.carrier, util::Prm::GetString(carrierKey));
     form.username.value(util::Prm::GetString(cdmaUsernameKey));
-    form.password.value(util::Prm::GetString(cdmaPasswordKey));
+    form.password.ShowStored(util::Prm::GetString(cdmaPasswordKey));
     form.dialCommand.value(util::Prm::GetString(cdmaDialCommandKey));
     form.activationCommand.value(util::Prm::GetString(activationCommandKey));
     form.activationResponse.value(util::Prm::GetString(activationResponseKey));
     form.forceActivation.value(false);
+}
+
+template <typename Input>
+ParameterWriter &SetSecret(ParameterWriter &writer, std::string const &key, widgets::Secret<Input> &secret) {
+    return secret.KeepsStored() ? writer : writer.Set(key, secret.value());
 }
 
 data::Message Store(forms::Cellular &form) {
@@ -91,18 +96,17 @@ data::Message Store(forms::Cellular &form) {
         .SetSwitch(checkReceivingKey, form.checkReceiving.value())
         .SetSwitch(useSimPinKey, form.useSimPin.value());
     if (form.useSimPin.value())
-        writer.Set(simPinKey, form.simPin.value());
+        SetSecret(writer, simPinKey, form.simPin);
     else
-        form.simPin.value(util::Prm::GetString(simPinKey));
+        form.simPin.ShowStored(util::Prm::GetString(simPinKey));
     return writer.Result();
 }
 
 data::Message Store(forms::CellularGprs &form, Sim const &sim) {
     std::string const prefix = sim.apnPrefix;
     ParameterWriter writer;
-    writer.Set(prefix + "apn", form.apn.value())
-        .Set(prefix + "username", form.username.value())
-        .Set(prefix + "password", form.password.value())
+    writer.Set(prefix + "apn", form.apn.value()).Set(prefix + "username", form.username.value());
+    SetSecret(writer, prefix + "password", form.password)
         .Set(gprsDialCommandKey, form.dialCommand.value())
         .Set(form.modeKey, form.NetworkMode());
     return writer.Result();
@@ -110,9 +114,8 @@ data::Message Store(forms::CellularGprs &form, Sim const &sim) {
 
 data::Message Store(forms::CellularCdma &form) {
     ParameterWriter writer;
-    writer.Set(carrierKey, form.carrier.selected_id())
-        .Set(cdmaUsernameKey, form.username.value())
-        .Set(cdmaPasswordKey, form.password.value())
+    writer.Set(carrierKey, form.carrier.selected_id()).Set(cdmaUsernameKey, form.username.value());
+    SetSecret(writer, cdmaPasswordKey, form.password)
         .Set(cdmaDialCommandKey, form.dialCommand.value())
         .Set(activationCommandKey, form.activationCommand.value())
         .Set(activationResponseKey, form.activationResponse.value());

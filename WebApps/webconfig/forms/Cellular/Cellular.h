@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
 
@@ -14,7 +15,7 @@ class Cellular : public Base {
     cppcms::widgets::checkbox allowRoaming;
     cppcms::widgets::checkbox checkReceiving;
     cppcms::widgets::checkbox useSimPin;
-    cppcms::widgets::text simPin;
+    widgets::Secret<cppcms::widgets::text> simPin;
     cppcms::widgets::submit save;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
 
@@ -11,7 +12,7 @@ class CellularCdma : public Base {
 
     cppcms::widgets::select carrier;
     cppcms::widgets::text username;
-    cppcms::widgets::password password;
+    widgets::Secret<cppcms::widgets::password> password;
     cppcms::widgets::text dialCommand;
     cppcms::widgets::text activationCommand;
     cppcms::widgets::text activationResponse;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
 
@@ -31,7 +32,7 @@ class CellularGprs : public Base {
     cppcms::widgets::text simType;
     cppcms::widgets::text apn;
     cppcms::widgets::text username;
-    cppcms::widgets::password password;
+    widgets::Secret<cppcms::widgets::password> password;
     cppcms::widgets::text dialCommand;
     cppcms::widgets::submit save;
 
