@@ -22,6 +22,7 @@ constexpr char logTag[] = "WebApps/webconfig/util/ProvisioningClient";
 constexpr std::streamoff maxAnswer = 1'048'576;  // bytes
 constexpr long maxRedirects = 5;
 constexpr char protocols[] = "http,https";
+constexpr char tls[] = "https://";
 
 constexpr std::size_t maxFileName = 127;  // bytes
 
@@ -97,7 +98,9 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
     std::unique_ptr<curl_slist, decltype(library->slistFreeAll)> const headers(
         library->slistAppend(nullptr, "Content-Type: application/json"), library->slistFreeAll);
     std::string const body = request.save();
-    std::string const url = "http://" + server_ + (server_.ends_with('/') ? "" : "/") + endpoint;
+    bool const encrypted = server_.starts_with(tls);
+    std::string const url =
+        (encrypted ? "" : "http://") + server_ + (server_.ends_with('/') ? "" : "/") + endpoint;
     std::cout << "Sending <" << (IsShellHardened() ? endpoint : body) << "> to url " << url << std::endl;
 
     std::stringstream received;
@@ -107,8 +110,9 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
     set(CURLOPT_HTTPHEADER, headers.get());
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, maxRedirects);
-    set(CURLOPT_PROTOCOLS_STR, protocols);
-    set(CURLOPT_REDIR_PROTOCOLS_STR, protocols);
+    // What has begun encrypted stays so; libcurl verifies the server by itself.
+    for (auto const option : {CURLOPT_PROTOCOLS_STR, CURLOPT_REDIR_PROTOCOLS_STR})
+        set(option, encrypted ? "https" : protocols);
     set(CURLOPT_CONNECTTIMEOUT, limits_.connect);
     set(CURLOPT_TIMEOUT, limits_.transfer);
     set(CURLOPT_NOSIGNAL, 1L);

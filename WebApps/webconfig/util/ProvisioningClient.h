@@ -24,7 +24,8 @@ class ProvisioningClient {
         std::string text;
     };
 
-    /// \a server is a host, host:port, or either with the begin of a path.
+    /// \a server is a host, host:port, or either with the begin of a path. Where "https://" is in front, it
+    /// is asked by TLS only, and verified with libcurl's certificates.
     ProvisioningClient(std::string server, std::string oneTimeCode, ProvisioningLimits limits = {})
         : server_(std::move(server)), oneTimeCode_(std::move(oneTimeCode)), limits_(limits) {}
 

@@ -9,11 +9,13 @@
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/ProvisioningClient.h"
 #include "WebApps/webconfig/util/Switch.h"
 #include "WebApps/webconfig/util/Util.h"
+#include "WebApps/webconfig/util/VpnConfiguration.h"
 
 namespace webconfig::apps {
 
@@ -60,6 +62,17 @@ bool IsLargeEnough(std::uintmax_t size, std::string &error) {
                                  << " bytes is too small to be a configuration file";
     error = "File is too small to be a configuration file";
     return false;
+}
+
+/// The same for what is not to be trusted, where the policy demands it.
+bool IsHarmless(std::string const &path, std::string &error) {
+    if (!security::ThePolicy().refuse_vpn_scripts)
+        return true;
+    auto const text = util::ReadTrusted(path, util::FileSize(path));
+    error = text ? util::HarmInVpnConfiguration(*text) : "The configuration cannot be read";
+    if (!error.empty())
+        WEBCONFIG_LOG(error, logTag) << error;
+    return error.empty();
 }
 
 }  // namespace
@@ -149,7 +162,7 @@ void Network::_OpenVPNProvision(data::OpenVPN &content) {
 
 bool Network::_OpenVPNUpdate(std::string const &path, std::string &error) {
     error.clear();
-    if (!IsLargeEnough(util::FileSize(path), error))
+    if (!IsLargeEnough(util::FileSize(path), error) || !IsHarmless(path, error))
         return false;
     std::string const destination = std::string(installFolder) + '/' + BaseName(path);
     bool const replaces = util::FileExists(destination);
