@@ -107,7 +107,7 @@ TEST_F(CellularTest, TheMainSettingsAreStoredAndThePinOnlyWhereItIsUsed) {
                       {"cellular/use_sim_pin", "no"}}}});
     StopsAt(main, {{"cellular/allow_roaming", {{"serial/port/gprs/function", "gprs_dialup"}}}});
     Refuses(main, {{"#cfg_cell_radiotech", "CDMA", {"This field is required"}},
-                   {"#cfg_cell_sim_pin", "a\x01", {""}}});
+                   {"#cfg_cell_sim_pin", "a\x01", NoControls("SIM PIN")}});
 }
 
 TEST_F(CellularTest, TheAccessIsStoredForTheSimCardOnly) {

@@ -59,7 +59,7 @@ TEST_F(NtpdTest, StoresAndRestartsTheDaemonOrLetsTheClockJump) {
           .shown = Servers({"a.example", "10.0.0.1", "old2", "old3"})},
          {.fields = {{"server1", "control \x01"}},
           .failure = invalid,
-          .errors = {""},
+          .errors = NoControls("Server 1 Address"),
           .shown = Servers({"old0", "old1", "old2", "old3"})},
          {.fields = {{"submit", "Jump system time"}}, .success = "", .commands = {"/usr/bin/chronyc online"}},
          {.fields = {{"submit", none}}, .success = ""}});

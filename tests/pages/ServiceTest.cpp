@@ -49,9 +49,16 @@ TEST_F(ServiceTest, TakesTenToThirtyCharacters) {
                 .success = "Assembly SN already set",
                 .shown = {{offered, "Save"}}},
                {.fields = {{"newAssemblySN", "two\nlines of it"}},
-                .failure = "Failed to change assembly SN",
+                .failure = invalid,
+                .errors = NoControls("New Assembly SN"),
                 .shown = {{offered, "Save"}}},
                {.fields = {{"newAssemblySN", "1234567890"}, {"btnASN", "Other"}}, .success = ""}});
+    std::string const inTheWay = std::string(numberFile) + ".new";
+    device::WriteFile(inTheWay + "/file", "");
+    Expect(form, {.fields = {{"newAssemblySN", "1234567890"}},
+                  .failure = "Failed to change assembly SN",
+                  .shown = {{offered, "Save"}}});
+    device::Shell("rm -r " + inTheWay);
     EXPECT_EQ(device::ReadFile(numberFile), before);
 }
 

@@ -66,6 +66,11 @@ struct Bad {
     Strings errors;
 };
 
+/// What is said of a line end or another control character in the input of a label.
+inline Strings NoControls(std::string const &label) {
+    return {'"' + label + "\" must not have line ends or control characters"};
+}
+
 /// Tests of one page. Each case begins with the page's settings; the store is put back in the end.
 class PageTest : public testing::Test {
   protected:

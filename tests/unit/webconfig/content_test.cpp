@@ -5,7 +5,9 @@
 #include "WebApps/webconfig/data/Menu.h"
 #include "WebApps/webconfig/data/Message.h"
 #include "WebApps/webconfig/data/Wlan.h"
+#include "WebApps/webconfig/forms/Base.h"
 #include "WebApps/webconfig/forms/Validation.h"
+#include "WebApps/webconfig/security/Policy.h"
 #include "tests/unit/framework/running_service.h"
 
 namespace webconfig {
@@ -137,6 +139,34 @@ TEST(ValidationTest, AddClassExtendsAClassAttributeAndDropsOthers) {
         util::validation::AddClass(widget, c.cssClass);
         EXPECT_EQ(widget.attributes_string(), c.after);
     }
+}
+
+TEST(ValidationTest, ControlCharactersAreRefusedInFieldsOfOneLine) {
+    constexpr char reason[] = "\"Name\" must not have line ends or control characters";
+    for (bool const refuses : {false, true}) {
+        security::Policy policy;
+        policy.refuse_control_characters = refuses;
+        security::SetPolicy(policy);
+        for (std::string const bad : {"a\n", "\tb", "c\rd", "e\x7F"}) {
+            cppcms::widgets::text text;
+            cppcms::widgets::password password;
+            cppcms::widgets::hidden hidden;
+            cppcms::widgets::textarea area;
+            forms::Base form;
+            for (cppcms::widgets::base_text *const input :
+                 std::initializer_list<cppcms::widgets::base_text *>{&text, &password, &hidden, &area}) {
+                input->message("Name");
+                input->value(bad);
+                form.add(*input);
+            }
+            EXPECT_EQ(form.validate(), !refuses) << bad;
+            EXPECT_TRUE(area.valid());
+            for (cppcms::widgets::text *const line : {&text, static_cast<cppcms::widgets::text *>(&password),
+                                                      static_cast<cppcms::widgets::text *>(&hidden)})
+                EXPECT_EQ(line->error_message().str(), refuses ? reason : "") << bad;
+        }
+    }
+    security::SetPolicy({});
 }
 
 }  // namespace webconfig
