@@ -84,6 +84,18 @@ bool IsWanted(dirent const &entry, FindFilesType type) {
     }
 }
 
+/// Returns when what \a path leads to, a file or a folder, would outlast a power cut.
+bool Sync(std::string const &path) {
+    int const file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    bool const synced = ::fsync(file) == 0;
+    int const reason = errno;
+    ::close(file);
+    errno = reason;
+    return synced;
+}
+
 /// A second name would be a way to pass off one trusted file as another.
 bool IsTrusted(struct stat const &info) {
     return S_ISREG(info.st_mode) && info.st_nlink == 1 && IsTrustedUser(info.st_uid);
@@ -102,11 +114,16 @@ std::uintmax_t FileSize(std::string const &path) {
 }
 
 bool MoveFile(std::string const &source, std::string const &destination) {
+    std::string const folder = std::filesystem::absolute(destination).parent_path();
+    // The content first: the name must never lead to less.
+    if (!Sync(source))
+        return false;
     if (std::rename(source.c_str(), destination.c_str()) == 0)
-        return true;
+        return Sync(folder);
     if (errno != EXDEV)
         return false;
-    return RunCommand(Command("mv").DoubleQuoted(source).DoubleQuoted(destination)) == 0;
+    return RunCommand(Command("mv").DoubleQuoted(source).DoubleQuoted(destination)) == 0 &&
+           Sync(destination) && Sync(folder);
 }
 
 bool IsTrustedUser(uid_t user) {

@@ -21,7 +21,8 @@ bool FileExists(std::string const &path);
 /// Size in bytes; 0 where the file cannot be examined.
 std::uintmax_t FileSize(std::string const &path);
 
-/// Renames \a source to \a destination or, between file systems, runs "mv". True on success. Only with a
+/// Renames \a source to \a destination or, between file systems, runs "mv". True on success, which outlasts a
+/// power cut. Only with a
 /// hardened shell may a path hold characters that have a meaning inside double quotes.
 bool MoveFile(std::string const &source, std::string const &destination);
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,6 +16,18 @@
 #include "tests/unit/platform/SignalDisposition.h"
 #include "tests/unit/platform/TemporaryFolder.h"
 #include "tests/unit/util/LogCapture.h"
+
+namespace {
+
+std::vector<std::string> synced;
+
+}  // namespace
+
+/// In the place of the C library's.
+extern "C" int fsync(int file) {
+    synced.push_back(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file)));
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
 
 namespace {
 
@@ -109,7 +122,12 @@ TEST_F(Files, MoveReplacesAlsoBetweenFileSystemsWhateverTheNames) {
     for (fs::path const &target : {folder_ / "to here", other_ / "to here", other_ / hostile}) {
         std::string const source = Make(folder_ / "\"; from \\", "new");
         Make(target, "old");
+        synced.clear();
         EXPECT_TRUE(MoveFile(source, target)) << target;
+        std::vector<std::string> wanted = {source, target, target.parent_path()};
+        if (target.parent_path() == folder_)
+            wanted.erase(wanted.begin() + 1);  // renamed
+        EXPECT_EQ(synced, wanted);
         EXPECT_FALSE(FileExists(source));
         EXPECT_EQ(FileSize(target), 3u);
     }

@@ -26,3 +26,4 @@ umask 077
 } >"$file.new"
 sync "$file.new"
 mv "$file.new" "$file"
+sync "${file%/*}"
