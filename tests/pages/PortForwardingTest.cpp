@@ -107,7 +107,7 @@ TEST_F(PortForwardingTest, DuplicatesAndBadValuesAreNotAdded) {
                    {"destinationIP", "192.168.0.5.1", {"Invalid IP address"}},
                    {"destinationIP", "001.2.3.4", {"Invalid IP address"}},
                    {"destinationIP", " 1.2.3.4", {"Invalid IP address"}},
-                   {"destinationIP", "1.2.3.4\n", {"Invalid IP address"}},
+                   {"destinationIP", "1.2.3.4\n", NoControls("destinationIP")},
                    {"destinationPort", "<i>80</i>", port},
                    {"destinationPort", "-4294967295", port}});
     Expect(add, {.failure = invalid,
