@@ -106,8 +106,7 @@ TEST_F(CellularTest, TheMainSettingsAreStoredAndThePinOnlyWhereItIsUsed) {
                       {"cellular/allow_roaming", "no"},
                       {"cellular/use_sim_pin", "no"}}}});
     StopsAt(main, {{"cellular/allow_roaming", {{"serial/port/gprs/function", "gprs_dialup"}}}});
-    Refuses(main, {{"#cfg_cell_radiotech", "CDMA", {"This field is required"}},
-                   {"#cfg_cell_sim_pin", "a\x01", NoControls("SIM PIN")}});
+    Refuses(main, {{"#cfg_cell_radiotech", "CDMA", {"This field is required"}}});
 }
 
 TEST_F(CellularTest, TheAccessIsStoredForTheSimCardOnly) {
@@ -158,10 +157,7 @@ TEST_F(CellularTest, CdmaSettingsAreTakenWithoutATabOfTheirOwn) {
                               {"cdma/custom/activation_response", "READY"}};
     Settings forced = written;
     forced["cdma/force_activation"] = "yes";
-    Settings withSamePassword = written;
-    withSamePassword.erase("cdma/password");
     Run(cdma, {{.written = written, .tab = "2"},
-               {.fields = {{"_3", ""}}, .written = withSamePassword},
                {.fields = {{"_7", "y"}}, .written = forced},
                {.fields = {{"_7", "y"}},
                 .refused = "cdma/dial_command",

@@ -38,7 +38,6 @@ TEST_F(GeneralTest, TakesOneToSixtyFourCharacters) {
     Strings const length = {"Invalid length; minimum 1, maximum 64"};
     Refuses(form, {{"#cfg_grl_device_name", "", length},
                    {"#cfg_grl_device_name", umlauts + "\xC3\xA4", length},
-                   {"#cfg_grl_device_name", "control \x01", NoControls("Device Name")},
                    {"#cfg_grl_device_name", "bad \xC3\x28 bytes", {""}},
                    {"#cfg_grl_lang", "de", {"This field is required"}}});
     StopsAt(form, {{"net/hostname", {}}, {"language", {{"net/hostname", "new"}}}});

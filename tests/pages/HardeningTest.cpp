@@ -30,39 +30,28 @@ TEST(HardeningTest, ValuesStandInCommandsAsTheyAreUnlessHardened) {
                   (Strings{"/usr/bin/cryptpw" + argument, "/usr/sbin/lmu -r X" + result}));
         EXPECT_EQ(device::Shell("cat /tmp/given; rm /tmp/given"), given);
     }
-    device::RecordingProgram const noHash("/usr/bin/md5sum", "echo 'Usage: hash'");
-    Html const html(plain
-                        .Post("/config/settings/advanced", Fields{{"passwordWeb", "secret"},
-                                                                  {"passwordConfirmWeb", "secret"},
-                                                                  {"submit", "Save Web Password"}})
-                        .body);
-    EXPECT_EQ(html.One(failureMessage), "Error: The web password could not be changed");
 }
 
 TEST(HardeningTest, NoPageHasAStoredSecretWhereTheyAreHidden) {
     device::KeptStore const store;
-    Settings secrets = {{"gprs/sim_type", "other"}, {"cellular/use_sim_pin", "yes"}};
-    for (char const *key : {"gprs/password", "cdma/password", "cellular/sim_pin", "net/wifi/ap/wpa_psk",
-                            "net/wifi/client/wpa_psk", "net/wifi/client/eap/password", "system/digest/root"})
-        secrets[key] = "s3cret";
-    store.Set(secrets);
+    device::Shell(
+        "prm set gprs/sim_type other; for key in gprs/password net/wifi/ap/wpa_psk "
+        "cdma/password cellular/sim_pin net/wifi/client/wpa_psk net/wifi/client/eap/password "
+        "system/digest/root; do prm set $key s3cret; done");
     device::Process process(device::Configuration(9108));
     auto const leaks = [](Browser browser) {
-        Strings pages;
-        for (char const *path :
-             {"", "settings/firmware", "settings/reboot", "settings/advanced", "settings/about",
-              "network/ethernet1", "network/openvpn", "network/orvane", "network/port_forwarding",
-              "network/cellular", "network/ntp", "network/dns_server", "network/access_point", "network/wlan",
-              "service/assemblysn", "regulatory/wifi"})
-            pages.push_back(std::string("/config/") + path);
+        Strings pages = {"/", "/service/assemblysn", "/regulatory/wifi"};
+        for (char const *name : {"firmware", "reboot", "advanced", "about"})
+            pages.push_back(std::string("/settings/") + name);
+        for (char const *name : {"ethernet1", "openvpn", "orvane", "port_forwarding", "cellular", "ntp",
+                                 "dns_server", "access_point", "wlan"})
+            pages.push_back(std::string("/network/") + name);
         std::erase_if(pages, [&](auto const &path) {
-            Answer const answer = browser.Get(path);
-            EXPECT_EQ(answer.status, 200) << path;
-            return answer.body.find("s3cret") == std::string::npos;
+            return browser.Get("/config" + path).body.find("s3cret") == std::string::npos;
         });
         return pages;
     };
-    EXPECT_EQ(leaks(device::Up("http://127.0.0.1:9108")), Strings{"/config/network/cellular"});
+    EXPECT_EQ(leaks(device::Up("http://127.0.0.1:9108")), Strings{"/network/cellular"});
     EXPECT_EQ(leaks(Browser(device::address)), Strings());
 }
 

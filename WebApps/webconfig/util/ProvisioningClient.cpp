@@ -108,6 +108,8 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
     set(CURLOPT_URL, url.c_str());
     set(CURLOPT_POSTFIELDS, body.c_str());
     set(CURLOPT_HTTPHEADER, headers.get());
+    // A refusal before the body is read would be a broken stream in HTTP/2, not its status.
+    set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, maxRedirects);
     // What has begun encrypted stays so; libcurl verifies the server by itself.

@@ -142,29 +142,19 @@ TEST(ValidationTest, AddClassExtendsAClassAttributeAndDropsOthers) {
 }
 
 TEST(ValidationTest, ControlCharactersAreRefusedInFieldsOfOneLine) {
-    constexpr char reason[] = "\"Name\" must not have line ends or control characters";
-    for (bool const refuses : {false, true}) {
+    for (std::string const bad : {"", "a\n", "\tb", "c\rd", "e\x7F"}) {
         security::Policy policy;
-        policy.refuse_control_characters = refuses;
+        policy.refuse_control_characters = !bad.empty();
         security::SetPolicy(policy);
-        for (std::string const bad : {"a\n", "\tb", "c\rd", "e\x7F"}) {
-            cppcms::widgets::text text;
-            cppcms::widgets::password password;
-            cppcms::widgets::hidden hidden;
-            cppcms::widgets::textarea area;
-            forms::Base form;
-            for (cppcms::widgets::base_text *const input :
-                 std::initializer_list<cppcms::widgets::base_text *>{&text, &password, &hidden, &area}) {
-                input->message("Name");
-                input->value(bad);
-                form.add(*input);
-            }
-            EXPECT_EQ(form.validate(), !refuses) << bad;
-            EXPECT_TRUE(area.valid());
-            for (cppcms::widgets::text *const line : {&text, static_cast<cppcms::widgets::text *>(&password),
-                                                      static_cast<cppcms::widgets::text *>(&hidden)})
-                EXPECT_EQ(line->error_message().str(), refuses ? reason : "") << bad;
-        }
+        cppcms::widgets::password line;
+        cppcms::widgets::textarea area;
+        forms::Base form;
+        form.add(line);
+        form.add(area);
+        line.value(bad.empty() ? "as\never" : bad);
+        area.value("two\nlines");
+        EXPECT_EQ(form.validate(), bad.empty()) << bad;
+        EXPECT_TRUE(area.valid());
     }
     security::SetPolicy({});
 }
