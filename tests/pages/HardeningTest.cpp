@@ -2,17 +2,17 @@
 
 namespace pages {
 
-TEST(HardeningTest, ValuesStandInCommandsAsTheyAreUnlessHardened) {
+TEST(HardeningTest, ValuesStandInCommandsAsTheConfigurationSays) {
     device::KeptStore const store;
     store.Set({{"net/wifi/vendor", "laird"}, {"net/wifi/region_code", "FCC"}});
     device::RecordingProgram const nat("/etc/nat_setup.sh");
     device::RecordingProgram const cryptpw("/usr/bin/cryptpw", "cat >>/tmp/given");
-    std::string configuration = device::Configuration(9106);
-    configuration.insert(configuration.find("\"media_root"), R"("hardening":{"shell":false},)");
-    device::Process process(configuration);
-    device::Process byDefault(device::Configuration(9107));
+    device::Process const byFalse(device::Configuration(9106, R"("hardening":{"shell":false},)"));
+    device::Process const byTrue(device::Configuration(9107, R"("hardening":{"shell":true},)"));
+    device::Process const byDefault(device::Configuration(9108));
     Browser plain = device::Up("http://127.0.0.1:9106");
     Browser hardened = device::Up("http://127.0.0.1:9107");
+    Browser escaped = device::Up("http://127.0.0.1:9108");
     std::string const password = "-5 $((6 * 7))";
     Fields const root = {
         {"passwordRoot", password}, {"passwordConfirmRoot", password}, {"submit", "Save Root Password"}};
@@ -21,7 +21,9 @@ TEST(HardeningTest, ValuesStandInCommandsAsTheyAreUnlessHardened) {
         std::string argument;
         std::string given;
         std::string result;
-    } const cases[] = {{plain, " -5 42", "", "42"}, {hardened, "", password + '\n', "$((6 * 7))"}};
+    } const cases[] = {{plain, " -5 42", "", "42"},
+                       {hardened, "", password + '\n', "$((6 * 7))"},
+                       {escaped, " -- " + password, "", "$((6 * 7))"}};
     for (auto const &[browser, argument, given, result] : cases) {
         device::TakeCommands();
         browser.Post("/config/settings/advanced", root);

@@ -130,6 +130,7 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
         return nullptr;
     WEBCONFIG_LOG(debug, logTag) << "webconfig start";
     util::HardenShell(service->settings().get("webconfig.hardening.shell", true));
+    util::HideSecretsFromCommands(service->settings().get("webconfig.hardening.shell", false));
     security::SetAudit(security::ThePolicy().audit);
     MountPages(*service);
     auto const status = MountStatus(*service);

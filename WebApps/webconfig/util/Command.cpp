@@ -8,6 +8,7 @@ namespace webconfig::util {
 namespace {
 
 std::atomic<bool> hardened = true;
+std::atomic<bool> secretsHidden = false;
 
 constexpr std::string_view ordinary =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=.,:/@%";
@@ -39,6 +40,14 @@ std::string EscapeInSingleQuotes(std::string const &value) {
 
 void HardenShell(bool on) {
     hardened = on;
+}
+
+void HideSecretsFromCommands(bool on) {
+    secretsHidden = on;
+}
+
+bool AreSecretsHiddenFromCommands() {
+    return secretsHidden;
 }
 
 bool IsShellHardened() {

@@ -5,9 +5,14 @@
 namespace webconfig::util {
 
 /// Hardens the commands of the whole process, or not, from now on. The setting
-/// "webconfig.hardening.shell" decides; on at first.
+/// "webconfig.hardening.shell" decides; on at first, and where it is absent.
 void HardenShell(bool on);
 bool IsShellHardened();
+
+/// Whether hardened commands get secrets at all. Where the setting is absent they do, because somebody may
+/// rely on the programs that are given them; where it is true, hashes and keys are made in this process.
+void HideSecretsFromCommands(bool on);
+bool AreSecretsHiddenFromCommands();
 
 /// Text of the source itself; what is put together at run time does not compile.
 class ConstantText {

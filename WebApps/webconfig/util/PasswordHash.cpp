@@ -38,7 +38,7 @@ std::string HashIn(std::string const &printed) {
 }  // namespace
 
 std::string WebPasswordHash(std::string const &password) {
-    if (IsShellHardened())
+    if (AreSecretsHiddenFromCommands())
         return WebHash(EVP_md5(), password);
     return HashIn(ShellCommand(
         Command("echo -n").DoubleQuoted(webAccount + password).Then("| md5sum | cut -d' ' -f1"), maxOutput));
@@ -49,8 +49,12 @@ std::string WebPasswordSha256(std::string const &password) {
 }
 
 std::string RootPasswordHash(std::string const &password) {
-    if (!IsShellHardened())
-        return HashIn(ShellCommand(Command("cryptpw").Arg(password), maxOutput));
+    if (!AreSecretsHiddenFromCommands()) {
+        Command command("cryptpw");
+        if (IsShellHardened() && password.starts_with('-'))
+            command.Then("--");  // so that it is no option
+        return HashIn(ShellCommand(command.Arg(password), maxOutput));
+    }
     constexpr std::string_view noLine("\n\0", 2);  // the program reads one
     if (password.find_first_of(noLine) != std::string::npos)
         return {};
@@ -59,7 +63,7 @@ std::string RootPasswordHash(std::string const &password) {
 
 void SetRootPasswordHash(std::string const &hash) {
     std::string const line = "root:" + hash;
-    if (IsShellHardened())
+    if (AreSecretsHiddenFromCommands())
         RunCommand(Command("chpasswd --encrypted > /dev/null"), actionLimit, line);
     else
         RunCommand(Command("echo -n").SingleQuoted(line).Then("| chpasswd --encrypted > /dev/null"));

@@ -133,7 +133,7 @@ std::string DerivedKey(std::string const &ssid, std::string const &passPhrase) {
 std::string getPsk(std::string const &ssid, std::string const &passPhrase) {
     if (!passPhrase.empty() && (passPhrase.size() < minPassPhrase || passPhrase.size() > maxPassPhrase))
         return {};
-    return IsShellHardened() ? DerivedKey(ssid, passPhrase) : PrintedKey(ssid, passPhrase);
+    return AreSecretsHiddenFromCommands() ? DerivedKey(ssid, passPhrase) : PrintedKey(ssid, passPhrase);
 }
 
 std::string getNtPasswordHash(std::string const &password) {
