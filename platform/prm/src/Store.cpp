@@ -8,16 +8,18 @@
 #include <array>
 #include <charconv>
 #include <cstdlib>
-#include <filesystem>
-#include <thread>
 
-#include "Sqlite.h"
+#include "sqlite/Sqlite.h"
 
 namespace prm {
 
 namespace {
 
 using namespace std::chrono_literals;
+using sqlite::Connection;
+using sqlite::Query;
+using sqlite::Statement;
+using sqlite::Transaction;
 
 constexpr auto busyTimeout = 5s;
 constexpr auto reportInterval = 1min;
@@ -56,25 +58,10 @@ std::string_view Normal(std::string_view key) {
     return key;
 }
 
-int UserVersion(Connection const &connection) {
-    Statement const statement(connection, "PRAGMA user_version");
-    Query query(statement);
-    return query.Step() ? query.Number(0) : 0;
-}
-
-/// Write-ahead logging lets readers and a writer work at once, and with full synchronisation a committed
-/// write survives a power cut. The sizes keep memory and flash wear small.
 void Prepare(Connection const &connection) {
-    connection.Execute("PRAGMA cache_size=-128;");
-    if (!connection.IsReadOnly())
-        connection.Execute(
-            "PRAGMA journal_mode=WAL;"
-            "PRAGMA synchronous=FULL;"
-            "PRAGMA wal_autocheckpoint=64;"
-            "PRAGMA journal_size_limit=262144;");
-    int const version = UserVersion(connection);
+    int const version = sqlite::UserVersion(connection);
     if (version > schemaVersion)
-        throw SqliteError(SQLITE_ERROR, "the file was written by a newer version");
+        throw sqlite::Error(SQLITE_ERROR, "the file was written by a newer version");
     if (version == schemaVersion)
         return;
     Transaction transaction(connection);
@@ -86,28 +73,6 @@ void Prepare(Connection const &connection) {
         "  mode INTEGER NOT NULL DEFAULT 0);"
         "PRAGMA user_version=1;");
     transaction.Commit();
-}
-
-/// Switching a file that another process is opening to write-ahead logging fails at once instead of
-/// waiting, so this waits.
-Connection OpenPrepared(std::string const &path) {
-    auto const deadline = std::chrono::steady_clock::now() + busyTimeout;
-    for (;;) {
-        try {
-            Connection connection(path, static_cast<int>(std::chrono::milliseconds(busyTimeout).count()));
-            Prepare(connection);
-            return connection;
-        } catch (SqliteError const &error) {
-            if (!error.IsBusy() || std::chrono::steady_clock::now() >= deadline)
-                throw;
-        }
-        std::this_thread::sleep_for(10ms);
-    }
-}
-
-void CreateFolderOf(std::string const &path) {
-    std::error_code ignored;  // opening the file tells the reason
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
 }
 
 }  // namespace
@@ -153,7 +118,7 @@ Status ReadFile(std::string const &path, std::string &content) {
 }
 
 struct Store::Database {
-    explicit Database(std::string const &path) : connection(OpenPrepared(path)) {}
+    explicit Database(std::string const &path) : connection(sqlite::OpenDurable(path, busyTimeout, Prepare)) {}
 
     Connection const connection;
     Statement const read{connection, "SELECT value, type, mode FROM parameter WHERE key = ?1"};
@@ -196,10 +161,8 @@ bool Store::IsKey(std::string_view key) {
 Store::Database &Store::Open() {
     if (database_ && database_->connection.IsReplaced())
         database_.reset();
-    if (!database_) {
-        CreateFolderOf(path_);
+    if (!database_)
         database_ = std::make_unique<Database>(path_);
-    }
     return *database_;
 }
 

@@ -2,17 +2,19 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
-namespace prm {
+namespace sqlite {
 
 /// A failure of the database, with its reason.
-class SqliteError : public std::runtime_error {
+class Error : public std::runtime_error {
   public:
-    SqliteError(int code, std::string const &reason) : std::runtime_error(reason), code_(code) {}
+    Error(int code, std::string const &reason) : std::runtime_error(reason), code_(code) {}
     /// Whether another process was in the way.
     bool IsBusy() const { return (code_ & 0xff) == SQLITE_BUSY; }
 
@@ -34,7 +36,7 @@ class Statement {
 };
 
 /// One run of a statement: bind, step, read; the statement is free again at the end of the run.
-/// Bound texts must outlive the run. All operations throw SqliteError.
+/// Bound texts must outlive the run. All operations throw Error.
 class Query {
   public:
     explicit Query(Statement const &statement) : statement_(statement.statement_.get()) {}
@@ -44,12 +46,14 @@ class Query {
 
     Query &Bind(int position, std::string_view text);
     Query &BindBytes(int position, std::string_view bytes);
-    Query &Bind(int position, int number);
+    Query &Bind(int position, std::int64_t number);
+    Query &BindNull(int position);
 
     /// Moves to the next row; false when there is none.
     bool Step();
 
-    int Number(int column) const { return sqlite3_column_int(statement_, column); }
+    std::int64_t Number(int column) const { return sqlite3_column_int64(statement_, column); }
+    bool IsNull(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_NULL; }
     /// Valid until the next Step().
     std::string_view Bytes(int column) const;
 
@@ -104,4 +108,13 @@ class Transaction {
     bool committed_ = false;
 };
 
-}  // namespace prm
+/// The number that a file's owner has given to the layout of its tables; 0 at first.
+int UserVersion(Connection const &connection);
+
+/// Opens the file at \a path, and its folder where that is missing, for writes that survive a power cut, and
+/// lets \a prepare make its tables. Readers and a writer work at once, and memory and wear of the flash stay
+/// small. Waits \a timeout for other processes, here and later.
+Connection OpenDurable(std::string const &path, std::chrono::milliseconds timeout,
+                       void (*prepare)(Connection const &));
+
+}  // namespace sqlite

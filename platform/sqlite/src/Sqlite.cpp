@@ -1,15 +1,28 @@
-#include "Sqlite.h"
+#include "sqlite/Sqlite.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace prm {
+#include <filesystem>
+#include <thread>
+
+namespace sqlite {
 
 namespace {
 
+constexpr std::chrono::milliseconds retryInterval{10};
+
+/// Write-ahead logging lets readers and a writer work at once, and with full synchronisation a committed
+/// write survives a power cut. The sizes keep memory and flash wear small.
+constexpr char durable[] =
+    "PRAGMA journal_mode=WAL;"
+    "PRAGMA synchronous=FULL;"
+    "PRAGMA wal_autocheckpoint=64;"
+    "PRAGMA journal_size_limit=262144;";
+
 [[noreturn]] void Throw(sqlite3 *database, int code) {
-    throw SqliteError(code, database ? sqlite3_errmsg(database) : sqlite3_errstr(code));
+    throw Error(code, database ? sqlite3_errmsg(database) : sqlite3_errstr(code));
 }
 
 /// The library creates files readable by everyone, and the store holds passwords. Only a file that this
@@ -60,8 +73,13 @@ Query &Query::BindBytes(int position, std::string_view bytes) {
     return *this;
 }
 
-Query &Query::Bind(int position, int number) {
-    Check(sqlite3_bind_int(statement_, position, number));
+Query &Query::Bind(int position, std::int64_t number) {
+    Check(sqlite3_bind_int64(statement_, position, number));
+    return *this;
+}
+
+Query &Query::BindNull(int position) {
+    Check(sqlite3_bind_null(statement_, position));
     return *this;
 }
 
@@ -130,4 +148,32 @@ void Transaction::Commit() {
     committed_ = true;
 }
 
-}  // namespace prm
+int UserVersion(Connection const &connection) {
+    Statement const statement(connection, "PRAGMA user_version");
+    Query query(statement);
+    return query.Step() ? static_cast<int>(query.Number(0)) : 0;
+}
+
+Connection OpenDurable(std::string const &path, std::chrono::milliseconds timeout,
+                       void (*prepare)(Connection const &)) {
+    std::error_code ignored;  // opening the file tells the reason
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+    auto const deadline = std::chrono::steady_clock::now() + timeout;
+    for (;;) {
+        try {
+            Connection connection(path, static_cast<int>(timeout.count()));
+            connection.Execute("PRAGMA cache_size=-128;");
+            if (!connection.IsReadOnly())
+                connection.Execute(durable);
+            prepare(connection);
+            return connection;
+        } catch (Error const &error) {
+            // To switch a file that another process is opening to write-ahead logging fails at once.
+            if (!error.IsBusy() || std::chrono::steady_clock::now() >= deadline)
+                throw;
+        }
+        std::this_thread::sleep_for(retryInterval);
+    }
+}
+
+}  // namespace sqlite
