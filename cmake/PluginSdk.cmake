@@ -12,8 +12,10 @@ foreach(header
         apps/Base.h
         data/Base.h
         data/BaseTabbed.h
+        data/ChangedSetting.h
         data/Menu.h
         data/Message.h
+        data/TrialNotice.h
         forms/Base.h
         util/Branding.h
         util/Log.h

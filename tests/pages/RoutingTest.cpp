@@ -24,7 +24,8 @@ TEST(RoutingTest, EveryPageHasTheMenu) {
     Html const page(Browser(device::address).Get("/config/settings/about").body);
     EXPECT_EQ(page.All("//ul[@class='nav']/li/div[@class='nav']"), Strings{"Settings"});
     EXPECT_EQ(page.All("//ul[@class='nav2']/li/a/@href"),
-              (Strings{"/config/settings/firmware", "/config/settings/reboot", "/config/settings/advanced"}));
+              (Strings{"/config/settings/firmware", "/config/settings/reboot", "/config/settings/advanced",
+                       "/config/settings/history"}));
     auto const sheets = page.All("/html/head/link[@rel='stylesheet']/@href");
     EXPECT_TRUE(sheets.at(2).starts_with("/media/css/screen.css?rev=")) << sheets[2];
 }

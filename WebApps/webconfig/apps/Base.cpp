@@ -12,6 +12,8 @@
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/settings/Pages.h"
+#include "WebApps/webconfig/data/History.h"
+#include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/security/DefaultPassword.h"
 #include "WebApps/webconfig/security/Headers.h"
 #include "WebApps/webconfig/security/Policy.h"
@@ -54,10 +56,35 @@ void Base::Prepare(data::BaseTabbed &content) {
 void Base::PrepareMenus(std::vector<data::Menu> &menus) {
     data::Menu settingsMenu("Settings");
     for (auto const &page : settingsPages) {
-        if (page.menu)
+        if (page.menu && page.IsOffered())
             settingsMenu << data::Menu(page.menu, std::string("/settings/") + page.name);
     }
     menus.push_back(settingsMenu);
+}
+
+void Base::render(std::string const &view, cppcms::base_content &content) {
+    _EndSaving(content);
+    cppcms::application::render(view, content);
+}
+
+void Base::render(std::string const &skin, std::string const &view, cppcms::base_content &content) {
+    _EndSaving(content);
+    cppcms::application::render(skin, view, content);
+}
+
+/// Ends the turn, and the change set: what is written from here on would be another one.
+void Base::_EndSaving(cppcms::base_content &content) {
+    EndSaveTurn();
+    auto *const recording = history::Recording::Current();
+    if (!recording)
+        return;
+    recording->Finish();
+    if (auto *const page = dynamic_cast<data::Base *>(&content)) {
+        page->saved_changes = data::Described(recording->Changes());
+        page->change_set = std::to_string(recording->Number());
+        page->history_failed = recording->HasFailed();
+        page->trial = data::Told(history::CurrentTrial());
+    }
 }
 
 bool Base::HttpGet() {

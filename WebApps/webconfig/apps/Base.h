@@ -3,7 +3,6 @@
 #include <cppcms/application.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "WebApps/webconfig/data/Base.h"
@@ -26,12 +25,9 @@ class Base : public cppcms::application {
     /// Appends the built-in menus. Further ones are appended by handlers after Prepare().
     virtual void PrepareMenus(std::vector<data::Menu> &menus);
 
-    /// As the framework's own, after EndSaveTurn().
-    template <typename... Arguments>
-    void render(Arguments &&...arguments) {
-        EndSaveTurn();
-        cppcms::application::render(std::forward<Arguments>(arguments)...);
-    }
+    /// As the framework's own, with what the request has changed and after EndSaveTurn().
+    void render(std::string const &view, cppcms::base_content &content);
+    void render(std::string const &skin, std::string const &view, cppcms::base_content &content);
 
   protected:
     bool HttpGet();
@@ -62,6 +58,8 @@ class Base : public cppcms::application {
     std::string GetAppVolumeName() const { return _appVolumeName; }
 
   private:
+    static void _EndSaving(cppcms::base_content &content);
+
     std::string const _appVolumeName;
 };
 

@@ -35,6 +35,12 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
     static cppcms::json::value wifiApStatus();
     static cppcms::json::value wifiClientStatus();
 
+    /// Of settings on trial: "state" (as the notice on the pages) and "seconds" that are left.
+    static cppcms::json::value TrialStatus();
+    /// Whether there was something that could be kept, or taken back.
+    static cppcms::json::value TrialKeep();
+    static cppcms::json::value TrialTakeBack();
+
     void wifiGetChannels(std::string const &countryCode);
     /// Rebuilds the whole service in this process. There is no result: the service stops.
     void Reload();

@@ -29,6 +29,8 @@ class Settings : public Base {
     void Reboot();
     /// Told apart by the button that was pressed: administration, erasing, passwords, downloads.
     void Advanced();
+    /// What was changed when, by whom; and takes it back.
+    void History();
     void About();
     /// \a package and \a file come from the URL; the route lets only names through that stay inside the
     /// licence directory.

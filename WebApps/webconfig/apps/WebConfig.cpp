@@ -8,9 +8,9 @@
 #include <cppcms/url_mapper.h>
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
-#include <utility>
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/Plugins.h"
@@ -18,6 +18,8 @@
 #include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/Service.h"
 #include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/history/Recorder.h"
+#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/security/Audit.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -30,6 +32,11 @@ constexpr char logTag[] = "WebApps/webconfig/apps/WebConfig";
 constexpr int serviceUnavailable = 503;
 constexpr char busy[] =
     "Other settings are still being saved. Nothing of this form was: go back and save it again in a moment.";
+
+constexpr char goingBack[] =
+    "Earlier settings are being taken back. Nothing of this form was saved: look at the page again in a "
+    "moment.";
+constexpr std::chrono::seconds guardLimit{3};
 
 }  // namespace
 
@@ -52,6 +59,7 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
 void WebConfig::main(std::string url) {
     security::AuditedRequest const audited(*this);
     std::optional<SaveTurn> turn;
+    std::optional<history::TrialTurn> trialTurn;
     if (request().request_method() == "POST") {
         // One worker is left to pages that only show, but two who save at once are always served.
         turn.emplace(std::max(2, service().threads_no() - 1));
@@ -62,11 +70,23 @@ void WebConfig::main(std::string url) {
             response().make_error_response(serviceUnavailable, busy);
             return;
         }
+        if (auto const *const trial = history::TheTrialFile()) {
+            trialTurn.emplace(*trial, guardLimit);
+            auto const current = trial->Read();
+            if (!trialTurn->IsMine() || (current && current->state == history::TrialState::Returning)) {
+                WEBCONFIG_LOG(warning, logTag) << "Refused to save: earlier settings are being taken back";
+                response().make_error_response(serviceUnavailable, goingBack);
+                return;
+            }
+        }
     }
+    history::Recording const recording([this, &url] {
+        return history::Requester{request().remote_user(), request().remote_addr(), url.empty() ? "/" : url};
+    });
     if (util::IsFirmwareUpgradeRunning())
         cppcms::application::main("/settings/firmware_upgrade_status");
     else
-        cppcms::application::main(std::move(url));
+        cppcms::application::main(url);
 }
 
 }  // namespace webconfig::apps

@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "WebApps/webconfig/data/ChangedSetting.h"
 #include "WebApps/webconfig/data/Menu.h"
 #include "WebApps/webconfig/data/Message.h"
+#include "WebApps/webconfig/data/TrialNotice.h"
 #include "WebApps/webconfig/util/Branding.h"
 
 namespace webconfig::data {
@@ -28,7 +30,11 @@ struct Base : public cppcms::base_content {
     std::vector<std::string> style_sheets;  // extra URLs, linked after the built-in ones
     std::vector<std::string> scripts;       // likewise
     std::string title;
-    bool disable_inputs = false;  // the browser disables every input of the configuration pane
+    std::vector<ChangedSetting> saved_changes;  // what this request has changed, where a history is kept
+    std::string change_set;                     // their number in it
+    bool history_failed = false;                // they could not be recorded
+    TrialNotice trial;                          // of settings that nobody has kept yet
+    bool disable_inputs = false;                // the browser disables every input of the configuration pane
 };
 
 }  // namespace webconfig::data

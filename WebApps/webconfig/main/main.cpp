@@ -23,6 +23,9 @@
 #include "WebApps/webconfig/apps/JsonRpc.h"
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/WebConfig.h"
+#include "WebApps/webconfig/history/Configuration.h"
+#include "WebApps/webconfig/history/Recorder.h"
+#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/main/CommandLine.h"
 #include "WebApps/webconfig/main/StopSignals.h"
 #include "WebApps/webconfig/main/SystemLog.h"
@@ -132,6 +135,9 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
     util::HardenShell(service->settings().get("webconfig.hardening.shell", true));
     util::HideSecretsFromCommands(service->settings().get("webconfig.hardening.shell", false));
     security::SetAudit(security::ThePolicy().audit);
+    history::Configuration const changes = history::ReadConfiguration(service->settings());
+    history::Keep(changes.file, changes.keep);
+    history::Try(changes.trial_file, changes.trial_seconds);
     MountPages(*service);
     auto const status = MountStatus(*service);
     stop.Run(*service);

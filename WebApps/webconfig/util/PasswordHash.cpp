@@ -61,12 +61,11 @@ std::string RootPasswordHash(std::string const &password) {
     return HashIn(ShellCommand("cryptpw", maxOutput, password + '\n'));
 }
 
-void SetRootPasswordHash(std::string const &hash) {
+bool SetRootPasswordHash(std::string const &hash) {
     std::string const line = "root:" + hash;
     if (AreSecretsHiddenFromCommands())
-        RunCommand(Command("chpasswd --encrypted > /dev/null"), actionLimit, line);
-    else
-        RunCommand(Command("echo -n").SingleQuoted(line).Then("| chpasswd --encrypted > /dev/null"));
+        return RunCommand(Command("chpasswd --encrypted > /dev/null"), actionLimit, line) == 0;
+    return RunCommand(Command("echo -n").SingleQuoted(line).Then("| chpasswd --encrypted > /dev/null")) == 0;
 }
 
 }  // namespace webconfig::util

@@ -16,7 +16,7 @@ std::string WebPasswordSha256(std::string const &password);
 /// The hash that the device's "cryptpw" makes of \a password. Empty where it makes none.
 std::string RootPasswordHash(std::string const &password);
 
-/// Puts the hash of root's password into effect.
-void SetRootPasswordHash(std::string const &hash);
+/// Puts the hash of root's password into effect; false where that fails.
+bool SetRootPasswordHash(std::string const &hash);
 
 }  // namespace webconfig::util

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <mutex>
 
 #include "WebApps/webconfig/util/Happened.h"
@@ -19,6 +20,7 @@ constexpr auto clientId = static_cast<PRM_CLIENT_ID_T>(3);
 constexpr auto unknownType = static_cast<PRM_PAR_T>(3);
 
 std::mutex guard;
+std::atomic<WriteWatcher *> watcher{nullptr};
 
 int Fetch(std::string const &key, std::string &value) {
     return Prm::lib().getPar(key.c_str(), value);
@@ -38,23 +40,29 @@ Value Read(std::string const &key) {
     return value;
 }
 
-/// Runs \a write, a call of the library's \a operation, and tells of it: of a failure in the log.
+/// Runs \a write, a call of the library's \a operation that gives \a key a value of \a type, and tells of it:
+/// of a failure in the log.
 template <typename Write>
-bool Apply(char const *operation, std::string const &key, Write write) {
-    bool done = false;
-    {
-        std::lock_guard const lock(guard);
-        done = write(Prm::lib()) == 0;
-    }
+bool Apply(char const *operation, std::string const &key, std::optional<std::string> const &value,
+           PRM_PAR_T type, Write write) {
+    WriteWatcher *const informed = watcher;
+    if (informed)
+        informed->Before(key, value, type);
+    std::unique_lock lock(guard);
+    bool const done = write(Prm::lib()) == 0;
+    lock.unlock();
     if (!done)
         WEBCONFIG_LOG(error, logTag) << "FAIL prmlib::" << operation << " \"" << key << '"';
+    if (informed)
+        informed->After(key, done);
     Happened("setting", OutcomeOf(done), {{"key", key}, {"operation", operation}});
     return done;
 }
 
 template <typename Value>
-bool Store(std::string const &key, Value const &value) {
-    return Apply("setPar", key, [&](cPrmLib &library) { return library.setPar(key.c_str(), value); });
+bool Store(std::string const &key, Value const &value, std::string const &text, PRM_PAR_T type) {
+    return Apply("setPar", key, text, type,
+                 [&](cPrmLib &library) { return library.setPar(key.c_str(), value); });
 }
 
 }  // namespace
@@ -62,6 +70,10 @@ bool Store(std::string const &key, Value const &value) {
 cPrmLib &Prm::lib() {
     static cPrmLib library(clientId);
     return library;
+}
+
+void Prm::Watch(WriteWatcher *who) {
+    watcher = who;
 }
 
 void Prm::FlushReadCache() {
@@ -86,23 +98,24 @@ float Prm::GetFloat(std::string const &key) {
 }
 
 bool Prm::Set(std::string const &key, int value) {
-    return Store(key, value);
+    return Store(key, value, std::to_string(value), PRM_PAR_INTEGER);
 }
 
 bool Prm::Set(std::string const &key, float value) {
-    return Store(key, value);
+    return Store(key, value, std::to_string(value), PRM_PAR_FLOAT);
 }
 
 bool Prm::Set(std::string const &key, std::string const &value) {
-    return Store(key, value);
+    return Store(key, value, value, PRM_PAR_STRING);
 }
 
 bool Prm::Delete(std::string const &key) {
-    return Apply("delPar", key, [&](cPrmLib &library) { return library.delPar(key.c_str()); });
+    return Apply("delPar", key, {}, PRM_PAR_STRING,
+                 [&](cPrmLib &library) { return library.delPar(key.c_str()); });
 }
 
 bool Prm::AddFile(std::string const &key, std::string const &path, unsigned mode) {
-    return Apply("addFile", key,
+    return Apply("addFile", key, path, PRM_PAR_FILE,
                  [&](cPrmLib &library) { return library.addFile(key.c_str(), path.c_str(), mode); });
 }
 

@@ -2,10 +2,21 @@
 
 #include <prm/prmlib.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace webconfig::util {
+
+/// Is told of every write that passes the gateway, on the thread that writes.
+class WriteWatcher {
+  public:
+    virtual ~WriteWatcher() = default;
+    /// Before the store is changed; nothing is the value of a key that is to be deleted.
+    virtual void Before(std::string const &key, std::optional<std::string> const &value, PRM_PAR_T type) = 0;
+    /// When the store has changed, or has refused to.
+    virtual void After(std::string const &key, bool done) = 0;
+};
 
 /// The gateway to the parameter store: one client of the store for the whole process, used by one thread
 /// at a time. Failed reads give the default and a debug line in the log, failed writes give false and an
@@ -14,6 +25,9 @@ class Prm {
   public:
     /// The shared client, made by the first call.
     static cPrmLib &lib();
+
+    /// Who is told of writes from now on; nobody where null, as at first.
+    static void Watch(WriteWatcher *watcher);
 
     /// Makes the next reads see what other processes have written before.
     static void FlushReadCache();

@@ -101,7 +101,8 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
     bool const encrypted = server_.starts_with(tls);
     std::string const url =
         (encrypted ? "" : "http://") + server_ + (server_.ends_with('/') ? "" : "/") + endpoint;
-    std::cout << "Sending <" << (AreSecretsHiddenFromCommands() ? endpoint : body) << "> to url " << url << std::endl;
+    std::cout << "Sending <" << (AreSecretsHiddenFromCommands() ? endpoint : body) << "> to url " << url
+              << std::endl;
 
     std::stringstream received;
     auto const set = [&](CURLoption option, auto value) { library->easySetopt(curl.get(), option, value); };

@@ -21,7 +21,6 @@ namespace pages::device {
 
 namespace {
 
-constexpr char webconfig[] = "/usr/sbin/webconfig";
 constexpr char recordScript[] = "/usr/lib/device/record";
 constexpr char commandList[] = "/var/log/device-commands";
 constexpr char systemLog[] = "/var/log/messages";
@@ -209,7 +208,8 @@ void HeldLock::Release() {
     _file = -1;
 }
 
-Process::Process(std::string const &configuration, std::vector<std::string> const &environment) {
+Process::Process(std::string const &configuration, std::vector<std::string> const &environment,
+                 std::string const &program) {
     char folder[] = "/tmp/webconfig-test-XXXXXX";
     _folder = mkdtemp(folder);
     WriteFile(_folder + "/webconfig.json", configuration);
@@ -221,7 +221,7 @@ Process::Process(std::string const &configuration, std::vector<std::string> cons
             putenv(const_cast<char *>(setting.c_str()));
         int const output = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
         dup2(output, STDERR_FILENO);
-        execl(webconfig, webconfig, "-c", file.c_str(), nullptr);
+        execl(program.c_str(), program.c_str(), "-c", file.c_str(), nullptr);
         _exit(127);
     }
 }

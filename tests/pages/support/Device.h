@@ -122,11 +122,14 @@ class HeldLock : boost::noncopyable {
     int _file;
 };
 
+inline constexpr char webconfig[] = "/usr/sbin/webconfig";
+
 /// A webconfig process of the test's own, beside the device's, with the built-in HTTP server.
 class Process : boost::noncopyable {
   public:
     /// \a configuration is the text of its configuration file; \a environment are NAME=VALUE settings.
-    explicit Process(std::string const &configuration, std::vector<std::string> const &environment = {});
+    explicit Process(std::string const &configuration, std::vector<std::string> const &environment = {},
+                     std::string const &program = webconfig);
     ~Process();
 
     void Signal(int number);

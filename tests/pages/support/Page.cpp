@@ -5,6 +5,8 @@
 #include <regex>
 #include <utility>
 
+#include "WebApps/webconfig/settings/Catalogue.h"
+
 namespace pages {
 
 namespace {
@@ -106,7 +108,11 @@ Html PageTest::ExpectAnswer(std::string const &what, std::function<Answer()> con
     EXPECT_EQ(html.All(anyMessage), text.empty() ? Strings() : Strings{text});
     EXPECT_EQ(html.Count(failureMessage), success ? 0U : 1U);
     EXPECT_EQ(html.All(fieldErrors), expected.errors);
-    EXPECT_EQ(device::KeptStore::Changes(before), device::Exported(Below(page.folder, expected.written)));
+    Settings const changes = device::KeptStore::Changes(before);
+    EXPECT_EQ(changes, device::Exported(Below(page.folder, expected.written)));
+    for (auto const &[key, value] : changes)
+        EXPECT_TRUE(value == none || webconfig::settings::Find(key))
+            << key << " is not in the table of settings";
     Strings commands = expected.commands;
     if (commands == Strings{usual})
         commands = own ? page.applies : Strings();

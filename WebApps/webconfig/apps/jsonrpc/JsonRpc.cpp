@@ -3,6 +3,7 @@
 #include <cppcms/service.h>
 
 #include "WebApps/webconfig/apps/Shutdown.h"
+#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -24,6 +25,11 @@ JsonRpc::JsonRpc(cppcms::service &service) : cppcms::rpc::json_rpc_server(servic
     _BindStatus("wifi_client_status", &JsonRpc::wifiClientStatus);
     bind("wifi_get_channels", action(&JsonRpc::wifiGetChannels), method_role);
     _BindStatus("prepare_fw_upgrade", &JsonRpc::PrepareFWUpgrade);
+    if (history::TheTrialFile()) {
+        _BindStatus("trial_status", &JsonRpc::TrialStatus);
+        _BindStatus("trial_keep", &JsonRpc::TrialKeep);
+        _BindStatus("trial_take_back", &JsonRpc::TrialTakeBack);
+    }
 }
 
 void JsonRpc::_BindStatus(char const *method, SharedPoll::Gather gather) {

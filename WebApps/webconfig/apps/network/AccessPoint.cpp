@@ -6,6 +6,7 @@
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/network/Wifi.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
@@ -17,10 +18,10 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
 
-constexpr char enabledKey[] = "net/wifi/ap/enabled";
-constexpr char channelKey[] = "net/wifi/ap/channel";
-constexpr char ssidKey[] = "net/wifi/ap/essid";
-constexpr char pskKey[] = "net/wifi/ap/wpa_psk";
+constexpr char const *enabledKey = settings::Key("net/wifi/ap/enabled");
+constexpr char const *channelKey = settings::Key("net/wifi/ap/channel");
+constexpr char const *ssidKey = settings::Key("net/wifi/ap/essid");
+constexpr char const *pskKey = settings::Key("net/wifi/ap/wpa_psk");
 constexpr char vendorKey[] = "net/wifi/vendor";
 
 constexpr char channelField[] = "apChannel";

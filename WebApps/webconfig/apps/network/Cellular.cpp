@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
 
@@ -10,26 +11,26 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char functionKey[] = "serial/port/gprs/function";
+constexpr char const *functionKey = settings::Key("serial/port/gprs/function");
 constexpr char dialup[] = "gprs_dialup";
 constexpr char noFunction[] = "none";
 
-constexpr char radioTechnologyKey[] = "cellular/radio_technology";
-constexpr char roamingKey[] = "cellular/allow_roaming";
-constexpr char checkReceivingKey[] = "cellular/check_ppp_receiving";
-constexpr char useSimPinKey[] = "cellular/use_sim_pin";
-constexpr char simPinKey[] = "cellular/sim_pin";
+constexpr char const *radioTechnologyKey = settings::Key("cellular/radio_technology");
+constexpr char const *roamingKey = settings::Key("cellular/allow_roaming");
+constexpr char const *checkReceivingKey = settings::Key("cellular/check_ppp_receiving");
+constexpr char const *useSimPinKey = settings::Key("cellular/use_sim_pin");
+constexpr char const *simPinKey = settings::Key("cellular/sim_pin");
 
 constexpr char simTypeKey[] = "gprs/sim_type";
-constexpr char gprsDialCommandKey[] = "gprs/dial_command";
+constexpr char const *gprsDialCommandKey = settings::Key("gprs/dial_command");
 
-constexpr char carrierKey[] = "cdma/current_carrier";
-constexpr char cdmaUsernameKey[] = "cdma/username";
-constexpr char cdmaPasswordKey[] = "cdma/password";
-constexpr char cdmaDialCommandKey[] = "cdma/dial_command";
-constexpr char activationCommandKey[] = "cdma/custom/activation_command";
-constexpr char activationResponseKey[] = "cdma/custom/activation_response";
-constexpr char forceActivationKey[] = "cdma/force_activation";
+constexpr char const *carrierKey = settings::Key("cdma/current_carrier");
+constexpr char const *cdmaUsernameKey = settings::Key("cdma/username");
+constexpr char const *cdmaPasswordKey = settings::Key("cdma/password");
+constexpr char const *cdmaDialCommandKey = settings::Key("cdma/dial_command");
+constexpr char const *activationCommandKey = settings::Key("cdma/custom/activation_command");
+constexpr char const *activationResponseKey = settings::Key("cdma/custom/activation_response");
+constexpr char const *forceActivationKey = settings::Key("cdma/force_activation");
 
 /// The index of each tab. CDMA has none of its own and opens the last one.
 enum Tab : unsigned { MainTab = 0, GprsTab = 1, StatusTab = 2, CdmaTab = StatusTab };

@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
 
@@ -9,10 +10,10 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char preferredKey[] = "net/lan_dns1";
-constexpr char alternateKey[] = "net/lan_dns2";
-constexpr char suffixKey[] = "net/lan_dns_suffix";
-constexpr char appendKey[] = "net/lan_dns_is_append";
+constexpr char const *preferredKey = settings::Key("net/lan_dns1");
+constexpr char const *alternateKey = settings::Key("net/lan_dns2");
+constexpr char const *suffixKey = settings::Key("net/lan_dns_suffix");
+constexpr char const *appendKey = settings::Key("net/lan_dns_is_append");
 
 data::Message Store(forms::DNSServer &form) {
     ParameterWriter writer;

@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -56,8 +57,9 @@ bool Store(forms::Ethernet1 &form, EthernetPort const &port) {
 
 void Network::Ethernet1() {
     data::Ethernet1 content;
-    EthernetInternal(content, {"Ethernet 1", "net/lan_addr_mode", "net/lan_ipaddr", "net/lan_netmask",
-                               "net/lan_gateway", "net/lan_advertise_speed"});
+    EthernetInternal(content, {"Ethernet 1", settings::Key("net/lan_addr_mode"),
+                               settings::Key("net/lan_ipaddr"), settings::Key("net/lan_netmask"),
+                               settings::Key("net/lan_gateway"), settings::Key("net/lan_advertise_speed")});
     for (auto const &diagnosis : diagnoses) {
         content.commands.sections.push_back(
             {diagnosis.title, util::ShellCommand(diagnosis.command, diagnosis.maxOutput)});

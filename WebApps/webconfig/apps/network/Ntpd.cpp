@@ -2,6 +2,8 @@
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -10,7 +12,7 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char enabledKey[] = "system/ntpd/enabled";
+constexpr char const *enabledKey = settings::Key("system/ntpd/enabled");
 
 std::string ServerKey(std::size_t number) {
     return "system/ntpd/servers/" + std::to_string(number);
@@ -44,9 +46,9 @@ void Network::Ntpd() {
         content.message = data::Message::ValidationError();
     } else if (action == "Save") {
         // Started again whatever became of the writes: the script itself heeds the switch.
-        util::RunCommand("/etc/init.d/ntpd stop > /dev/null");
+        util::RunCommand(settings::stopTimeServer);
         content.message = Store(content.form);
-        util::RunCommand("/etc/init.d/ntpd start > /dev/null");
+        util::RunCommand(settings::startTimeServer);
     }
     LoadFromStore(content.form);
     render("Ntpd", content);

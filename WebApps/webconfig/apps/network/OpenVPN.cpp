@@ -10,6 +10,7 @@
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/security/Policy.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/ProvisioningClient.h"
@@ -23,10 +24,10 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
 
-constexpr char enabledKey[] = "net/openvpn/enabled";
+constexpr char const *enabledKey = settings::Key("net/openvpn/enabled");
 // Read with a leading slash, unlike written: for the store both are one key.
 constexpr char enabledKeyToRead[] = "/net/openvpn/enabled";
-constexpr char fileKey[] = "net/openvpn/client_ovpn";
+constexpr char const *fileKey = settings::Key("net/openvpn/client_ovpn");
 constexpr unsigned fileMode = 0666;
 
 constexpr char installFolder[] = "/etc/openvpn";

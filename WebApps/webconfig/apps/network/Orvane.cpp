@@ -5,6 +5,8 @@
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -13,10 +15,7 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char enabledKey[] = "tern/enabled";
-constexpr util::ConstantText startLink(
-    "/usr/bin/supvis --add ternd --cmd '/usr/bin/ternd --init --no-datalog'");
-constexpr util::ConstantText stopLink("/usr/bin/supvis --remove ternd");
+constexpr char const *enabledKey = settings::Key("tern/enabled");
 
 /// A way to the site server, in the order of the tabs, which begin with the common one.
 struct Path {
@@ -37,7 +36,7 @@ void SwitchLink(bool on) {
     bool const wasOn = util::IsOn(enabledKey);
     ParameterWriter().SetSwitch(enabledKey, on);
     if (on != wasOn)
-        util::RunCommand(on ? startLink : stopLink);
+        util::RunCommand(on ? settings::startSiteLink : settings::stopSiteLink);
 }
 
 /// Both values are written in any case.

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "WebApps/webconfig/apps/Network.h"
+#include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -15,7 +16,6 @@ namespace webconfig::apps {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
-constexpr char applyRules[] = "/etc/nat_setup.sh web_forwarding";
 
 constexpr char vncPortKey[] = "net/vnc/port";
 constexpr char vncAddressKey[] = "net/vnc/ipaddr";
@@ -117,7 +117,7 @@ void Network::PortForwarding() {
             if (HttpPost(action.field) != action.caption)
                 continue;
             if ((this->*action.handler)(content) && action.appliesRules)
-                util::RunCommand(applyRules);
+                util::RunCommand(settings::applyPortForwarding);
             break;
         }
     }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "WebApps/webconfig/forms/InlineAttribute.h"
+#include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -11,7 +12,6 @@ namespace webconfig::apps::wifi {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
-constexpr char script[] = "/etc/init.d/network_funcs.sh";
 constexpr std::size_t keyLength = 64;
 
 }  // namespace
@@ -36,7 +36,7 @@ bool IsCountryLocked() {
 }
 
 data::Message Apply(std::string const &function, std::string const &what) {
-    int const status = util::RunCommand(util::Command(script).Arg(function));
+    int const status = util::RunCommand(settings::ApplyWifi(function));
     if (status == 0)
         return data::Message::OK("Configuration saved successfully");
     int const exitCode = status >> 8 & 0xFF;

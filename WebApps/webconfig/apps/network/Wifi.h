@@ -6,12 +6,13 @@
 #include <string>
 
 #include "WebApps/webconfig/data/Message.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
 
 /// What the access point and the WLAN page have in common.
 namespace webconfig::apps::wifi {
 
-inline constexpr char countryKey[] = "net/wifi/country";
-inline constexpr char clientEnabledKey[] = "net/wifi/client/enabled";
+inline constexpr char const *countryKey = settings::Key("net/wifi/country");
+inline constexpr char const *clientEnabledKey = settings::Key("net/wifi/client/enabled");
 
 /// What is stored about a network.
 struct Credentials {

@@ -4,6 +4,8 @@
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/network/Wifi.h"
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -12,13 +14,12 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char ssidKey[] = "net/wifi/client/essid";
-constexpr char securityKey[] = "net/wifi/client/security";
-constexpr char pskKey[] = "net/wifi/client/wpa_psk";
-constexpr char identityKey[] = "net/wifi/client/eap/identity";
-constexpr char passwordKey[] = "net/wifi/client/eap/password";
-constexpr char mobileKey[] = "net/wifi/client/mobile_qx";
-constexpr char applyRules[] = "/etc/nat_setup.sh wlan";
+constexpr char const *ssidKey = settings::Key("net/wifi/client/essid");
+constexpr char const *securityKey = settings::Key("net/wifi/client/security");
+constexpr char const *pskKey = settings::Key("net/wifi/client/wpa_psk");
+constexpr char const *identityKey = settings::Key("net/wifi/client/eap/identity");
+constexpr char const *passwordKey = settings::Key("net/wifi/client/eap/password");
+constexpr char const *mobileKey = settings::Key("net/wifi/client/mobile_qx");
 
 constexpr char noSecurity[] = "none";
 constexpr char personalSecurity[] = "wpa";
@@ -116,7 +117,7 @@ void Save(data::Wlan &content) {
         return;
     form.passPhrase.value("");
     content.message = wifi::Apply("wifi_client", "WLAN client");
-    util::RunCommand(applyRules);  // whatever the module's script said
+    util::RunCommand(settings::applyWifiClient);  // whatever the module's script said
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include "WebApps/webconfig/apps/settings/Advanced.h"
-
 #include <algorithm>
 #include <iterator>
 
@@ -7,6 +5,8 @@
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
 #include "WebApps/webconfig/security/Policy.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Partition.h"
 #include "WebApps/webconfig/util/Prm.h"
@@ -19,11 +19,11 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
 
-constexpr char sshKey[] = "system/remote/ssh_enabled";
-constexpr char webKey[] = "system/remote/web_enabled";
-constexpr char pingKey[] = "system/remote/icmp_enabled";
-constexpr char persistentLogKey[] = "syslogd/persistent";
-constexpr char cellularDebugKey[] = "debug/seriald";
+constexpr char const *sshKey = settings::Key("system/remote/ssh_enabled");
+constexpr char const *webKey = settings::Key("system/remote/web_enabled");
+constexpr char const *pingKey = settings::Key("system/remote/icmp_enabled");
+constexpr char const *persistentLogKey = settings::Key("syslogd/persistent");
+constexpr char const *cellularDebugKey = settings::Key("debug/seriald");
 constexpr int cellularDebugLevel = 5;
 
 void DescribePartitions(data::Advanced &content) {
@@ -113,7 +113,7 @@ bool Settings::_SaveAdministration(data::Advanced &content) {
 
     bool const remoteChanged = writer.Wrote(sshKey) || writer.Wrote(webKey) || writer.Wrote(pingKey);
     if (remoteChanged && writer.Ok())
-        util::RunCommand(applyRemoteAccess);
+        util::RunCommand(settings::applyRemoteAccess);
     content.message = writer.Result();
     return false;
 }

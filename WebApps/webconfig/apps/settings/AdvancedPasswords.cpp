@@ -1,9 +1,10 @@
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/Settings.h"
-#include "WebApps/webconfig/apps/settings/Advanced.h"
 #include "WebApps/webconfig/data/Advanced.h"
 #include "WebApps/webconfig/security/DefaultPassword.h"
 #include "WebApps/webconfig/security/Policy.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/PasswordHash.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -11,18 +12,18 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char webSha256Key[] = "webman/digest256/admin";
-constexpr char rootHashKey[] = "system/digest/root";
+constexpr char const *webSha256Key = settings::Key("webman/digest256/admin");
+constexpr char const *rootHashKey = settings::Key("system/digest/root");
 
 /// Stores \a hash and, where that succeeds, empties \a form and puts the hash into effect.
 data::Message StoreHash(forms::AdvancedPassword &form, char const *key, std::string const &hash,
-                        void (*apply)(std::string const &hash)) {
+                        bool (*apply)(std::string const &hash)) {
     ParameterWriter writer;
     writer.Set(key, hash);
     if (writer.Ok()) {
         form.clear();
         apply(hash);
-        util::RunCommand(applyRemoteAccess);
+        util::RunCommand(settings::applyRemoteAccess);
     }
     return writer.Result();
 }
@@ -53,7 +54,7 @@ data::Message Settings::_WebPassword(forms::AdvancedPassword &form) {
     if (security::ThePolicy().digest_sha256 && !StoreSha256(hash, form.password.value()))
         return data::Message::SaveError();
     return StoreHash(form, security::webDigestKey, hash, [](std::string const & /*from the store*/) {
-        util::RunCommand("/usr/sbin/lighttpd_set_passwd.sh > /dev/null");
+        return util::RunCommand(settings::applyWebPassword) == 0;
     });
 }
 

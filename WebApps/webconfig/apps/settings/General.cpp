@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -10,8 +11,8 @@ namespace webconfig::apps {
 
 namespace {
 
-constexpr char hostnameKey[] = "net/hostname";
-constexpr char languageKey[] = "language";
+constexpr char const *hostnameKey = settings::Key("net/hostname");
+constexpr char const *languageKey = settings::Key("language");
 constexpr unsigned maxOutput = 4096;
 
 void LoadFromStore(forms::General &form) {

@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/apps/Page.h"
 #include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/history/Recorder.h"
 
 namespace webconfig::apps {
 
@@ -13,6 +14,7 @@ inline constexpr Page<Settings> settingsPages[] = {
     {"firmware_upgrade_status", &Settings::FirmwareUpgradeStatus},
     {"reboot", &Settings::Reboot, "Reboot"},
     {"advanced", &Settings::Advanced, "Advanced"},
+    {"history", &Settings::History, "History", &history::IsKept},
     {"about", &Settings::About},
 };
 

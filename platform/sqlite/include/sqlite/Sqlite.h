@@ -75,6 +75,8 @@ class Connection {
     void Execute(char const *sql) const;
     /// Number of rows the last statement changed.
     int Changes() const { return sqlite3_changes(handle_.get()); }
+    /// The number that the last inserted row got.
+    std::int64_t LastRow() const { return sqlite3_last_insert_rowid(handle_.get()); }
     /// Whether the file is no longer the one at the path it was opened by.
     bool IsReplaced() const;
     /// Whether the file was write-protected when it was opened.

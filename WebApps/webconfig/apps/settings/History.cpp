@@ -1,0 +1,206 @@
+#include "WebApps/webconfig/data/History.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <ctime>
+#include <limits>
+
+#include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/history/Recorder.h"
+#include "WebApps/webconfig/history/TakeBack.h"
+#include "WebApps/webconfig/history/Trial.h"
+#include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Util.h"
+
+namespace webconfig::apps {
+
+namespace {
+
+constexpr char logTag[] = "WebApps/webconfig/apps/settings/History";
+
+/// Sets on a page, and how many are read at a time to find those that fit the filter.
+constexpr std::size_t pageSize = 50;
+constexpr int readSize = 100;
+
+constexpr char undo[] = "Undo";
+constexpr char returnToBefore[] = "Return to before this";
+
+constexpr std::pair<char const *, char const *> titles[] = {
+    {settings::general, "General"},
+    {settings::ethernet, "Ethernet 1"},
+    {settings::dns, "DNS"},
+    {settings::vpn, "OpenVPN"},
+    {settings::site, "Orvane"},
+    {settings::forwarding, "Port forwarding"},
+    {settings::cellular, "Cellular"},
+    {settings::time, "NTP"},
+    {settings::accessPoint, "Access point"},
+    {settings::wlan, "WLAN"},
+    {settings::advanced, "Advanced"},
+    {"/settings/history", "History"},
+};
+
+std::string TitleOf(std::string const &page) {
+    for (auto const &[address, title] : titles) {
+        if (page == address)
+            return title;
+    }
+    return page;
+}
+
+std::string TimeText(std::time_t time) {
+    std::tm parts{};
+    gmtime_r(&time, &parts);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S UTC", &parts);
+    return text.data();
+}
+
+data::HistoryEntry EntryOf(history::ChangeSet const &set) {
+    return {std::to_string(set.number),
+            TimeText(set.time),
+            set.requester.user + (set.requester.user.empty() ? "" : ", ") + set.requester.address,
+            TitleOf(set.requester.page),
+            set.result,
+            set.reason,
+            data::Described(set.changes)};
+}
+
+/// Whether something that the page shows of \a entry has \a text in it. What is secret is not looked at.
+bool Mentions(data::HistoryEntry const &entry, std::string const &text) {
+    auto const has = [&text](std::string const &shown) { return shown.find(text) != std::string::npos; };
+    auto const hasMarked = [&has](data::MarkedText const &shown) {
+        return has(shown.head + shown.marked + shown.tail);
+    };
+    if (has(entry.who) || has(entry.page) || has(entry.reason) || has(entry.time))
+        return true;
+    for (auto const &change : entry.changes) {
+        if (has(change.label) || hasMarked(change.before) || hasMarked(change.after))
+            return true;
+    }
+    return false;
+}
+
+void ReadEntries(history::ChangeLog &log, std::int64_t before, data::History &content) {
+    for (;;) {
+        auto const sets = log.Newest(before, readSize);
+        for (auto const &set : sets) {
+            if (!content.page.empty() && set.requester.page != content.page)
+                continue;
+            data::HistoryEntry entry = EntryOf(set);
+            if (!Mentions(entry, content.text))
+                continue;
+            if (content.entries.size() == pageSize) {
+                content.older = content.entries.back().number;
+                return;
+            }
+            content.entries.push_back(std::move(entry));
+        }
+        if (sets.size() < static_cast<std::size_t>(readSize))
+            return;
+        before = sets.back().number;
+    }
+}
+
+data::Message ResultOf(history::TakenBack taken, std::string const &what) {
+    switch (taken) {
+        case history::TakenBack::All:
+            return data::Message::OK(what);
+        case history::TakenBack::NotInEffect:
+            return data::Message::Error(
+                "Stored, but a command that puts it into effect has failed: see the system log.");
+        case history::TakenBack::NotStored:
+            break;
+    }
+    return data::Message::SaveError();
+}
+
+/// The changes that \a action on the set \a number takes back; none where the set is gone.
+std::vector<history::Change> ChangesOf(history::ChangeLog &log, std::string const &action,
+                                       std::int64_t number) {
+    auto const set = log.Get(number);
+    if (!set)
+        return {};
+    return action == returnToBefore ? log.Since(number) : set->changes;
+}
+
+void TakeBack(history::ChangeLog &log, data::History &content, data::HistoryQuestion question,
+              bool confirmed) {
+    bool const whole = question.action == returnToBefore;
+    std::string const what = whole ? "Return to before " + question.number : "Undo of " + question.number;
+    auto const changes = ChangesOf(log, question.action, std::strtoll(question.number.c_str(), nullptr, 10));
+    if (changes.empty()) {
+        content.message = data::Message::Error("There is no change " + question.number + " any more.");
+        return;
+    }
+    history::Plan const plan = history::PlanOf(changes);
+    if (plan.writes.empty()) {
+        content.message = data::Message::OK("Nothing to take back: everything is as it was before.");
+    } else if (!plan.conflicts.empty() && !confirmed) {
+        for (auto const &write : plan.writes) {
+            if (std::find(plan.conflicts.begin(), plan.conflicts.end(), write.key) != plan.conflicts.end())
+                question.conflicts.push_back(data::Described(write));
+        }
+        content.question.push_back(std::move(question));
+    } else {
+        if (auto *const recording = history::Recording::Current())
+            recording->SetReason(what);
+        content.message = ResultOf(history::TakeBack(plan), what + " is done.");
+        content.reboot_required = util::IsRebootRequired();
+    }
+}
+
+/// A button of the notice that every page has of a trial, and what comes of it.
+struct TrialButton {
+    char const *action;
+    bool (*press)();
+    char const *done;
+};
+constexpr TrialButton trialButtons[] = {
+    {"Keep them", history::KeepTrial, "The new settings are kept."},
+    {"Take them back", history::EndTrial, "The new settings are being taken back."},
+    {"Dismiss", history::DismissTrial, ""},
+};
+
+data::Message Press(TrialButton const &button) {
+    if (!button.press())
+        return data::Message::Error("That is over: look at what the notice says now.");
+    return *button.done ? data::Message::OK(button.done) : data::Message();
+}
+
+}  // namespace
+
+void Settings::History() {
+    data::History content;
+    Prepare(content);
+    content.title = "History";
+    content.pages.assign(std::begin(titles), std::end(titles));
+    content.text = HttpGet("text");
+    content.page = HttpGet("page");
+    std::string const before = HttpGet("before");
+    try {
+        history::ChangeLog &log = *history::Kept();
+        std::string const action = HttpPost() ? HttpPost("action") : "";
+        for (auto const &button : trialButtons) {
+            if (action == button.action)
+                content.message = Press(button);
+        }
+        if (action == undo || action == returnToBefore)
+            TakeBack(log, content, {action, HttpPost("number"), {}}, HttpPost("confirmed") == "yes");
+        if (auto *const recording = history::Recording::Current())
+            recording->Finish();  // so that the list has it
+        ReadEntries(log,
+                    before.empty() ? std::numeric_limits<std::int64_t>::max()
+                                   : std::strtoll(before.c_str(), nullptr, 10),
+                    content);
+    } catch (std::exception const &failure) {
+        WEBCONFIG_LOG(error, logTag) << "The history cannot be read: " << failure.what();
+        content.message =
+            data::Message::Error(std::string("The history cannot be read: ") + failure.what(), true);
+    }
+    render("History", content);
+}
+
+}  // namespace webconfig::apps

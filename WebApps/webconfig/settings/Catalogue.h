@@ -1,0 +1,186 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// The table of settings: all that the pages write to the parameter store. Handlers take their keys from it;
+/// history and undo read what a setting is called and what puts it into effect.
+namespace webconfig::settings {
+
+enum class Kind {
+    Text,
+    Switch,   ///< "yes" or "no"
+    Number,   ///< an integer between the limits
+    Address,  ///< of IPv4, or empty
+    Secret,   ///< never shown
+    File,     ///< the path of a file that the store holds as well
+};
+
+/// What puts settings into effect when they are stored (settings/Effects.h).
+enum class Effect {
+    None,     ///< whoever uses them reads them when they need them
+    Restart,  ///< the next start of the device
+    PortForwarding,
+    RemoteAccess,
+    TimeServers,
+    SiteServer,
+    AccessPoint,
+    WifiClient,
+    WebPassword,
+    RootPassword,
+};
+
+struct Setting {
+    std::string_view key;  ///< where a part of it is "*", any text without a slash may stand
+    char const *label;     ///< what people call it; "*" is the key's
+    char const *page;      ///< the address of its page below the site's root
+    Kind kind = Kind::Text;
+    Effect effect = Effect::None;
+    bool reach = false;  ///< whether it decides how the device is reached
+    int least = 0;       ///< the limits of a number
+    int most = 0;
+};
+
+// The columns of the table below.
+inline constexpr bool reach = true;
+inline constexpr int highestPort = 65535;
+
+inline constexpr char general[] = "/";
+inline constexpr char ethernet[] = "/network/ethernet1";
+inline constexpr char dns[] = "/network/dns_server";
+inline constexpr char vpn[] = "/network/openvpn";
+inline constexpr char site[] = "/network/orvane";
+inline constexpr char forwarding[] = "/network/port_forwarding";
+inline constexpr char cellular[] = "/network/cellular";
+inline constexpr char time[] = "/network/ntp";
+inline constexpr char accessPoint[] = "/network/access_point";
+inline constexpr char wlan[] = "/network/wlan";
+inline constexpr char advanced[] = "/settings/advanced";
+inline constexpr char regulatory[] = "/regulatory/wifi";
+
+inline constexpr Setting catalogue[] = {
+    {"net/hostname", "Device name", general},
+    {"language", "Language", general},
+
+    {"net/lan_addr_mode", "Address mode", ethernet, Kind::Text, Effect::Restart, reach},
+    {"net/lan_ipaddr", "IP address", ethernet, Kind::Address, Effect::Restart, reach},
+    {"net/lan_netmask", "Netmask", ethernet, Kind::Address, Effect::Restart, reach},
+    {"net/lan_gateway", "Gateway", ethernet, Kind::Address, Effect::Restart, reach},
+    {"net/lan_advertise_speed", "Available speeds", ethernet, Kind::Number, Effect::Restart, reach, 0, 255},
+
+    {"net/lan_dns1", "Preferred DNS server", dns, Kind::Address, Effect::Restart},
+    {"net/lan_dns2", "Alternate DNS server", dns, Kind::Address, Effect::Restart},
+    {"net/lan_dns_suffix", "DNS suffix", dns, Kind::Text, Effect::Restart},
+    {"net/lan_dns_is_append", "Append to system DNS configuration", dns, Kind::Switch, Effect::Restart},
+
+    {"net/openvpn/enabled", "OpenVPN enabled", vpn, Kind::Switch, Effect::None, reach},
+    {"net/openvpn/client_ovpn", "OpenVPN configuration", vpn, Kind::File, Effect::None, reach},
+
+    {"tern/enabled", "Orvane enabled", site, Kind::Switch, Effect::SiteServer},
+    {"tern/*/server", "Site server (*)", site},
+    {"tern/*/ipport", "Site server's port (*)", site, Kind::Number, Effect::None, !reach, 0, highestPort},
+
+    {"net/portfwd/tcp/*/d_ip", "TCP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding,
+     reach},
+    {"net/portfwd/tcp/*/d_port", "TCP * forwarded to port", forwarding, Kind::Number, Effect::PortForwarding,
+     reach, 0, highestPort},
+    {"net/portfwd/udp/*/d_ip", "UDP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding,
+     reach},
+    {"net/portfwd/udp/*/d_port", "UDP * forwarded to port", forwarding, Kind::Number, Effect::PortForwarding,
+     reach, 0, highestPort},
+
+    {"serial/port/gprs/function", "Cellular port", cellular},
+    {"cellular/radio_technology", "Radio technology", cellular},
+    {"cellular/allow_roaming", "Allow roaming", cellular, Kind::Switch},
+    {"cellular/check_ppp_receiving", "Reset on no data reception", cellular, Kind::Switch},
+    {"cellular/use_sim_pin", "Use SIM PIN", cellular, Kind::Switch},
+    {"cellular/sim_pin", "SIM PIN", cellular, Kind::Secret},
+    {"gprs/apn", "APN", cellular},
+    {"gprs/username", "GPRS user", cellular},
+    {"gprs/password", "GPRS password", cellular, Kind::Secret},
+    {"gprs/*/apn", "APN (*)", cellular},
+    {"gprs/*/username", "GPRS user (*)", cellular},
+    {"gprs/*/password", "GPRS password (*)", cellular, Kind::Secret},
+    {"gprs/dial_command", "GPRS dial command", cellular},
+    {"gprs/network/mode", "Preferred network", cellular},
+    {"gprs/network/refresh", "Search for networks", cellular, Kind::Switch},
+    {"cdma/current_carrier", "CDMA carrier", cellular},
+    {"cdma/username", "CDMA user", cellular},
+    {"cdma/password", "CDMA password", cellular, Kind::Secret},
+    {"cdma/dial_command", "CDMA dial command", cellular},
+    {"cdma/custom/activation_command", "CDMA activation command", cellular},
+    {"cdma/custom/activation_response", "CDMA activation response", cellular},
+    {"cdma/force_activation", "Force CDMA activation", cellular, Kind::Switch},
+
+    {"system/ntpd/enabled", "Allow ntpd", time, Kind::Switch, Effect::TimeServers},
+    {"system/ntpd/servers/*", "Time server *", time, Kind::Text, Effect::TimeServers},
+
+    {"net/wifi/country", "Wi-Fi country", wlan, Kind::Text, Effect::WifiClient},
+    {"net/wifi/ap/enabled", "Access point enabled", accessPoint, Kind::Switch, Effect::AccessPoint, reach},
+    {"net/wifi/ap/channel", "Access point's channel", accessPoint, Kind::Text, Effect::AccessPoint, reach},
+    {"net/wifi/ap/essid", "Access point's SSID", accessPoint, Kind::Text, Effect::AccessPoint, reach},
+    {"net/wifi/ap/wpa_psk", "Access point's key", accessPoint, Kind::Secret, Effect::AccessPoint, reach},
+
+    {"net/wifi/client/enabled", "WLAN enabled", wlan, Kind::Switch, Effect::WifiClient, reach},
+    {"net/wifi/client/essid", "WLAN SSID", wlan, Kind::Text, Effect::WifiClient, reach},
+    {"net/wifi/client/security", "WLAN security type", wlan, Kind::Text, Effect::WifiClient, reach},
+    {"net/wifi/client/wpa_psk", "WLAN key", wlan, Kind::Secret, Effect::WifiClient, reach},
+    {"net/wifi/client/eap/identity", "WLAN user", wlan, Kind::Text, Effect::WifiClient, reach},
+    {"net/wifi/client/eap/password", "WLAN password", wlan, Kind::Secret, Effect::WifiClient, reach},
+    {"net/wifi/client/mobile_qx", "Allow Mobile QX connection", wlan, Kind::Switch, Effect::WifiClient},
+
+    {"system/remote/ssh_enabled", "Remote SSH", advanced, Kind::Switch, Effect::RemoteAccess, reach},
+    {"system/remote/web_enabled", "Remote web access", advanced, Kind::Switch, Effect::RemoteAccess, reach},
+    {"system/remote/icmp_enabled", "Remote ping", advanced, Kind::Switch, Effect::RemoteAccess, reach},
+    {"syslogd/persistent", "Persistent system log", advanced, Kind::Switch, Effect::Restart},
+    {"debug/seriald", "Cellular debug level", advanced, Kind::Number, Effect::None, !reach, 0, 5},
+    {"webman/digest/admin", "Web password", advanced, Kind::Secret, Effect::WebPassword, reach},
+    {"webman/digest256/admin", "Web password (SHA-256)", advanced, Kind::Secret, Effect::WebPassword, reach},
+    {"system/digest/root", "Root password", advanced, Kind::Secret, Effect::RootPassword, reach},
+
+    {"net/wifi/region_code", "Regulatory domain", regulatory},
+};
+
+/// Whether \a key is \a pattern, with some text for each "*".
+constexpr bool Matches(std::string_view pattern, std::string_view key) {
+    while (!pattern.empty()) {
+        if (pattern.front() == '*') {
+            std::size_t const end = key.substr(0, key.find('/')).size();
+            if (end == 0)
+                return false;
+            key.remove_prefix(end);
+        } else if (key.empty() || key.front() != pattern.front()) {
+            return false;
+        } else {
+            key.remove_prefix(1);
+        }
+        pattern.remove_prefix(1);
+    }
+    return key.empty();
+}
+
+/// The row of \a key, which may begin with slashes as the store takes them; null where it is no setting.
+constexpr Setting const *Find(std::string_view key) {
+    while (key.starts_with('/'))
+        key.remove_prefix(1);
+    for (auto const &setting : catalogue) {
+        if (setting.key == key || Matches(setting.key, key))
+            return &setting;
+    }
+    return nullptr;
+}
+
+/// \a key, which does not compile where it is none of the table.
+consteval char const *Key(char const *key) {
+    if (!Find(key))
+        throw "the table of settings lacks this key";
+    return key;
+}
+
+/// What people call \a key; the key itself where it is no setting.
+std::string LabelOf(std::string const &key);
+
+/// How a value of \a key is shown: "changed" or "none" for a secret, the name of a file, or the text.
+std::string Shown(std::string const &key, std::string const &value);
+
+}  // namespace webconfig::settings
