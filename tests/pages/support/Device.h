@@ -96,7 +96,7 @@ class KeptStore : boost::noncopyable {
     static Settings All();
     /// What has changed since they were \a before, as exported.
     static Settings Changes(Settings const &before);
-    /// Puts the store back, with \a changes.
+    /// Puts the store back, with \a changes. What the pages have put on trial stays away from it.
     void Set(Settings const &changes) const;
 
   private:
