@@ -63,6 +63,7 @@ ChangedSetting Described(history::Change const &change) {
 
 std::vector<ChangedSetting> Described(std::vector<history::Change> const &changes) {
     std::vector<ChangedSetting> described;
+    described.reserve(changes.size());
     for (auto const &change : changes)
         described.push_back(Described(change));
     return described;

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -18,6 +17,7 @@
 #include <system_error>
 #include <thread>
 
+#include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Log.h"
 
 namespace webconfig::history {
@@ -38,39 +38,6 @@ struct Settings {
 std::unique_ptr<Settings> &TheSettings() {
     static std::unique_ptr<Settings> settings;
     return settings;
-}
-
-[[noreturn]] void Fail(std::string const &what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
-
-class Descriptor {
-  public:
-    Descriptor(std::string const &path, int flags)
-        : _path(path), _number(::open(path.c_str(), flags | O_CLOEXEC, 0600)) {
-        if (_number < 0)
-            Fail(path);
-    }
-    ~Descriptor() { ::close(_number); }
-    Descriptor(Descriptor const &) = delete;
-    Descriptor &operator=(Descriptor const &) = delete;
-
-    void Write(std::string const &text) const {
-        if (::write(_number, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
-            Fail(_path);
-    }
-    void Sync() const {
-        if (::fsync(_number) != 0)
-            Fail(_path);
-    }
-
-  private:
-    std::string const _path;
-    int const _number;
-};
-
-void SyncFolderOf(std::string const &path) {
-    Descriptor(std::filesystem::path(path).parent_path(), O_RDONLY | O_DIRECTORY).Sync();
 }
 
 std::optional<TrialState> StateNamed(std::string const &name) {
@@ -119,21 +86,13 @@ void TrialFile::Write(Trial const &trial) const {
     text << "state " << stateNames[static_cast<int>(trial.state)] << "\nset " << trial.set << "\nboot "
          << trial.boot << "\nuntil " << trial.until << "\nboots " << trial.boots << "\nrestart "
          << trial.restart << "\nasked " << trial.asked << '\n';
-    std::string const draft = _path + ".new";
-    {
-        Descriptor const file(draft, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-        file.Write(text.str());
-        file.Sync();
-    }
-    if (std::rename(draft.c_str(), _path.c_str()) != 0)
-        Fail(_path);
-    SyncFolderOf(_path);
+    if (!util::ReplaceFile(_path, text.str()))
+        throw std::system_error(errno, std::generic_category(), _path);
 }
 
 void TrialFile::Remove() const {
-    if (std::remove(_path.c_str()) != 0 && errno != ENOENT)
-        Fail(_path);
-    SyncFolderOf(_path);
+    if (!util::RemoveFile(_path) && errno != ENOENT)
+        throw std::system_error(errno, std::generic_category(), _path);
 }
 
 TrialTurn::TrialTurn(TrialFile const &file, std::chrono::milliseconds limit)

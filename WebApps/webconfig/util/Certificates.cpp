@@ -1,16 +1,11 @@
 #include "WebApps/webconfig/util/Certificates.h"
 
-#include <fcntl.h>
 #include <openssl/bio.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -19,7 +14,6 @@
 #include <utility>
 #include <vector>
 
-#include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Strings.h"
 
@@ -140,14 +134,6 @@ std::string CertificateProblem(X509 *certificate) {
     return IsStrong(certificate) ? "" : "has a key or a signature that is too weak";
 }
 
-bool Sync(std::string const &path) {
-    int const file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    bool const done = file >= 0 && ::fsync(file) == 0;
-    if (file >= 0)
-        ::close(file);
-    return done;
-}
-
 std::string OneLine(X509_NAME const *name) {
     std::unique_ptr<char, decltype([](char *text) { OPENSSL_free(text); })> const text(
         X509_NAME_oneline(name, nullptr, 0));
@@ -226,17 +212,6 @@ std::string ServerCertificateProblem(std::string const &pem) {
 std::string ReadCertificateFile(std::string const &path) {
     std::string text;
     return ReadFile(path, text) ? text : "";
-}
-
-bool StoreCertificateFile(std::string const &path, std::string const &pem) {
-    std::string const fresh = path + ".new";
-    ::unlink(fresh.c_str());  // of a time when the power went
-    bool const stored = WritePrivately(fresh, pem) && Sync(fresh) &&
-                        std::rename(fresh.c_str(), path.c_str()) == 0 &&
-                        Sync(std::filesystem::path(path).parent_path());
-    if (!stored)
-        WEBCONFIG_LOG(error, logTag) << "Failed to store " << path << ": " << std::strerror(errno);
-    return stored;
 }
 
 }  // namespace webconfig::util

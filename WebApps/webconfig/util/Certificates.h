@@ -33,8 +33,4 @@ std::string ServerCertificateProblem(std::string const &pem);
 /// The text of the file that the web server has both in; empty where it cannot be read.
 std::string ReadCertificateFile(std::string const &path);
 
-/// Puts \a pem in its place, for its owner's eyes only, so that at any moment, also one when the power goes,
-/// either the old or the new text is there as a whole. False, with a log line, where that fails.
-bool StoreCertificateFile(std::string const &path, std::string const &pem);
-
 }  // namespace webconfig::util

@@ -188,6 +188,16 @@ bool WritePrivately(std::string const &path, std::string const &content) {
     return false;
 }
 
+bool ReplaceFile(std::string const &path, std::string const &content) {
+    std::string const fresh = path + ".new";
+    ::unlink(fresh.c_str());  // of a time when the power went
+    return WritePrivately(fresh, content) && MoveFile(fresh, path);
+}
+
+bool RemoveFile(std::string const &path) {
+    return std::remove(path.c_str()) == 0 && Sync(std::filesystem::absolute(path).parent_path());
+}
+
 bool SaveUpload(cppcms::http::file &upload, std::string const &path, std::string *sha256) {
     std::string const size = std::to_string(upload.size());
     std::string digest;

@@ -22,8 +22,7 @@ bool FileExists(std::string const &path);
 std::uintmax_t FileSize(std::string const &path);
 
 /// Renames \a source to \a destination or, between file systems, runs "mv". True on success, which outlasts a
-/// power cut. Only with a
-/// hardened shell may a path hold characters that have a meaning inside double quotes.
+/// power cut. Only with a hardened shell may a path hold characters that have a meaning inside double quotes.
 bool MoveFile(std::string const &source, std::string const &destination);
 
 // What stands under a fixed name in /tmp may be anybody's. These take only a regular file that root or this
@@ -51,6 +50,13 @@ bool CreatePrivately(std::string const &path);
 
 /// The same with a content. On a failure no file is left.
 bool WritePrivately(std::string const &path, std::string const &content);
+
+/// Gives the file at \a path another content, for its owner's eyes only: at any moment, also one when the
+/// power goes, either the old or the new one is there as a whole. False, with errno, where that fails.
+bool ReplaceFile(std::string const &path, std::string const &content);
+
+/// Removes the file; true when that outlasts a power cut. False, with errno, where that fails.
+bool RemoveFile(std::string const &path);
 
 /// Moves an uploaded file to \a path, which is to be in a PrivateFolder or made by CreatePrivately(); only
 /// its owner may open it there. On a failure, which is logged, no file is left. \a sha256 gets

@@ -118,7 +118,8 @@ Status ReadFile(std::string const &path, std::string &content) {
 }
 
 struct Store::Database {
-    explicit Database(std::string const &path) : connection(sqlite::OpenDurable(path, busyTimeout, Prepare)) {}
+    explicit Database(std::string const &path)
+        : connection(sqlite::OpenDurable(path, busyTimeout, Prepare)) {}
 
     Connection const connection;
     Statement const read{connection, "SELECT value, type, mode FROM parameter WHERE key = ?1"};

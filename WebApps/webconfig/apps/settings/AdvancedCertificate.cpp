@@ -2,6 +2,8 @@
 
 #include <cppcms/http_file.h>
 
+#include <cerrno>
+#include <cstring>
 #include <iterator>
 #include <sstream>
 
@@ -35,11 +37,11 @@ data::Message Install(std::string const &pem) {
     if (!problem.empty())
         return Failure(problem);
     std::string const before = util::ReadCertificateFile(certificateFile);
-    if (!util::StoreCertificateFile(certificateFile, pem))
-        return Failure("It could not be stored");
+    if (!util::ReplaceFile(certificateFile, pem))
+        return Failure(std::string("It could not be stored: ") + std::strerror(errno));
     if (util::RunCommand(takeCertificate) != 0) {
         if (!before.empty())
-            util::StoreCertificateFile(certificateFile, before);
+            util::ReplaceFile(certificateFile, before);
         return Failure("The web server does not take it");
     }
     WEBCONFIG_LOG(notice, logTag) << "The web server has a new certificate";

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,7 +12,7 @@ namespace {
 using namespace webconfig::util;
 namespace fs = std::filesystem;
 
-std::string const folder = "/tmp/firmware_test";
+std::string const folder = "/tmp/firmware_test-" + std::to_string(::getpid());  // tests run side by side
 std::string const path = folder + "/image.itb";
 
 void Shell(std::string const &command) {
@@ -29,6 +30,7 @@ class FirmwareVerdictTest : public testing::Test {
             "openssl pkey -in maker.key -pubout -out keys/maker.pem; echo nothing >keys/broken.pem;"
             "openssl genpkey -algorithm ed448 | openssl pkey -pubout -out keys/another.pem");
     }
+    ~FirmwareVerdictTest() override { fs::remove_all(folder); }
 
     static void Make(std::string const &options) {
         Shell(PROJECT_SOURCE_DIR "/device/make-image " + options + " image.itb --size 200000");
