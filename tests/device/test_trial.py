@@ -33,7 +33,7 @@ class LockedOut(unittest.TestCase):
         return "Field device" in self.device.enter("sh", "-c", question).stdout
 
     def save(self, page, fields):
-        self.assertIn("trialBox", self.device.shell(f"{LAN} {HOME}{page} -d '{fields}'"))
+        self.assertIn("New settings are on trial", self.device.shell(f"{LAN} {HOME}{page} -d '{fields}'"))
 
     def test_by_remote_access_by_a_forwarded_port_and_by_an_address(self):
         self.assertTrue(self.answers(OUTSIDE + UPLINK))
@@ -46,7 +46,7 @@ class LockedOut(unittest.TestCase):
                 self.assertTrue(eventually(lambda: self.answers(OUTSIDE + UPLINK)))
 
         self.save("network/ethernet1", "addressMode=static&ipAddress=192.168.77.1&netmask=255.255.255.0"
-                                       "&gateway=192.168.77.254&speedsAvailable=15")
+                                       "&gateway=192.168.77.254&speedsAvailable=3")
         self.device.enter("reboot")
         self.assertTrue(eventually(lambda: "192.168.77.1" in self.device.enter("ifconfig", "br1").stdout))
         time.sleep(1)
