@@ -85,12 +85,12 @@ class Front(unittest.TestCase):
         self.assertEqual("5", self.shell(AUDIT + "-c 'result=refused user=admin address=192.168.0.20 page=/'"))
         self.assertEqual("1", self.shell(AUDIT + "-c 'result=locked user=admin address=192.168.0.20 .* seconds=60'"))
 
-        self.shell("sed -i '/FIRST_LOCK, /s/60/3/' /etc/lighttpd/lighttpd-login.lua")
+        self.shell("sed -i '/FIRST_LOCK, /s/60/5/' /etc/lighttpd/lighttpd-login.lua")
         self.log_in("x", OTHER, user="';touch /tmp/run;'")
         self.shell(AUDIT + "'user=%27%3Btouch%20/tmp/run%3B%27 ' && test ! -e /tmp/run")
         for pause, wanted, password in (*3 * [(0, "401", "x")], (0, "200", "admin"),  # which ends the count
                                         *5 * [(0, "401", "x")], (0, "429", "admin"),
-                                        (3, "401", "x"), (3, "429", "admin"), (3, "200", "admin")):  # twice as long
+                                        (5, "401", "x"), (5, "429", "admin"), (5, "200", "admin")):  # twice as long
             self.shell(f"sleep {pause}")
             self.assertEqual(wanted, self.log_in(password, OTHER))
 
