@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -159,20 +160,26 @@ constexpr bool Matches(std::string_view pattern, std::string_view key) {
     return key.empty();
 }
 
-/// The row of \a key, which may begin with slashes as the store takes them; null where it is no setting.
-constexpr Setting const *Find(std::string_view key) {
+/// The number of the row of \a key, which may begin with slashes as the store takes them; how many rows there
+/// are where it is no setting.
+constexpr std::size_t RowOf(std::string_view key) {
     while (key.starts_with('/'))
         key.remove_prefix(1);
-    for (auto const &setting : catalogue) {
-        if (setting.key == key || Matches(setting.key, key))
-            return &setting;
-    }
-    return nullptr;
+    std::size_t row = 0;
+    while (row < std::size(catalogue) && catalogue[row].key != key && !Matches(catalogue[row].key, key))
+        ++row;
+    return row;
+}
+
+/// The row of \a key; null where it is no setting.
+constexpr Setting const *Find(std::string_view key) {
+    std::size_t const row = RowOf(key);
+    return row < std::size(catalogue) ? &catalogue[row] : nullptr;
 }
 
 /// \a key, which does not compile where it is none of the table.
 consteval char const *Key(char const *key) {
-    if (!Find(key))
+    if (RowOf(key) == std::size(catalogue))
         throw "the table of settings lacks this key";
     return key;
 }
