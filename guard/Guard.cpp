@@ -1,7 +1,7 @@
 #include "guard/Guard.h"
 
+#include "WebApps/webconfig/history/Patch.h"
 #include "WebApps/webconfig/history/Recorder.h"
-#include "WebApps/webconfig/history/TakeBack.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -94,14 +94,15 @@ void Guard::_TakeBack(Trial trial) {
         trial.asked ? "Taken back: somebody asked for it" : "Taken back: nobody kept it";
     WEBCONFIG_LOG(notice, logTag) << "The settings since change " << trial.set << " go back. " << reason;
     {
-        history::Recording recording([] { return history::Requester{"webconfig-guard", "", ""}; });
+        history::Recording recording([] { return util::Requester{"webconfig-guard", "", ""}; });
         recording.SetReason(reason);
-        auto const taken = history::TakeBack(history::PlanOf(history::Kept()->Since(trial.set)));
-        if (taken == history::TakenBack::NotStored) {
+        auto const plan = history::PlanToTakeBack(history::Kept()->Since(trial.set));
+        auto const applied = history::Apply(plan.writes);
+        if (applied == history::Applied::NotStored) {
             WEBCONFIG_LOG(error, logTag) << "The store does not take the old settings; they are tried again";
             return;
         }
-        if (taken == history::TakenBack::NotInEffect)
+        if (applied == history::Applied::NotInEffect)
             WEBCONFIG_LOG(error, logTag) << "A command that puts the old settings into effect has failed";
     }
     trial.state = TrialState::Returned;

@@ -81,7 +81,7 @@ void WebConfig::main(std::string url) {
         }
     }
     history::Recording const recording([this, &url] {
-        return history::Requester{request().remote_user(), request().remote_addr(), url.empty() ? "/" : url};
+        return util::Requester{request().remote_user(), request().remote_addr(), url.empty() ? "/" : url};
     });
     if (util::IsFirmwareUpgradeRunning())
         cppcms::application::main("/settings/firmware_upgrade_status");

@@ -23,25 +23,17 @@ constexpr int schemaVersion = 1;
 
 void Prepare(Connection const &connection) {
     connection.Execute("PRAGMA foreign_keys=ON;");
-    int const version = sqlite::UserVersion(connection);
-    if (version > schemaVersion)
-        throw sqlite::Error(SQLITE_ERROR, "the file was written by a newer version");
-    if (version == schemaVersion)
-        return;
-    Transaction transaction(connection);
-    connection.Execute(
-        "CREATE TABLE IF NOT EXISTS change_set("
-        "  number INTEGER PRIMARY KEY AUTOINCREMENT,"
-        "  time INTEGER NOT NULL,"
-        "  user TEXT NOT NULL, address TEXT NOT NULL, page TEXT NOT NULL,"
-        "  result TEXT NOT NULL, reason TEXT NOT NULL);"
-        "CREATE TABLE IF NOT EXISTS change("
-        "  number INTEGER NOT NULL REFERENCES change_set ON DELETE CASCADE,"
-        "  key TEXT NOT NULL,"
-        "  before BLOB, before_type INTEGER, after BLOB, after_type INTEGER,"
-        "  PRIMARY KEY(number, key)) WITHOUT ROWID;"
-        "PRAGMA user_version=1;");
-    transaction.Commit();
+    sqlite::MakeTables(connection, schemaVersion,
+                       "CREATE TABLE IF NOT EXISTS change_set("
+                       "  number INTEGER PRIMARY KEY AUTOINCREMENT,"
+                       "  time INTEGER NOT NULL,"
+                       "  user TEXT NOT NULL, address TEXT NOT NULL, page TEXT NOT NULL,"
+                       "  result TEXT NOT NULL, reason TEXT NOT NULL);"
+                       "CREATE TABLE IF NOT EXISTS change("
+                       "  number INTEGER NOT NULL REFERENCES change_set ON DELETE CASCADE,"
+                       "  key TEXT NOT NULL,"
+                       "  before BLOB, before_type INTEGER, after BLOB, after_type INTEGER,"
+                       "  PRIMARY KEY(number, key)) WITHOUT ROWID;");
 }
 
 void Bind(Query &query, int position, std::optional<Value> const &value) {
@@ -134,8 +126,8 @@ ChangeLog::Locked ChangeLog::_Lock() {
     return {std::move(lock), *database};
 }
 
-std::int64_t ChangeLog::Begin(Requester const &requester, std::string const &reason, Change const &first,
-                              std::optional<std::int64_t> needed) {
+std::int64_t ChangeLog::Begin(util::Requester const &requester, std::string const &reason,
+                              Change const &first, std::optional<std::int64_t> needed) {
     auto const database = _Lock();
     Transaction transaction(database->connection);
     Query begin(database->begin);

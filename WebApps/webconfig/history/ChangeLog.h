@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "WebApps/webconfig/util/Requester.h"
+
 /// What was changed on the device, when, and by whom.
 namespace webconfig::history {
 
@@ -24,18 +26,11 @@ struct Change {
     std::optional<Value> after;
 };
 
-/// Who asks for what happens, and where.
-struct Requester {
-    std::string user;
-    std::string address;
-    std::string page;
-};
-
 /// All changes of one request.
 struct ChangeSet {
     std::int64_t number = 0;  ///< counts up, never used again
     std::time_t time = 0;     ///< UTC
-    Requester requester;
+    util::Requester requester;
     std::string
         result;  ///< "saved", "failed" where a write failed, "unfinished" where the process ended within
     std::string reason;  ///< of a set that no form has written, such as "Undo of 12"
@@ -55,7 +50,7 @@ class ChangeLog {
 
     /// Begins a set with its first change, and forgets the oldest ones, but none from \a needed on. Returns
     /// its number.
-    std::int64_t Begin(Requester const &requester, std::string const &reason, Change const &first,
+    std::int64_t Begin(util::Requester const &requester, std::string const &reason, Change const &first,
                        std::optional<std::int64_t> needed = {});
     /// Adds a change. Of a key that was changed before in this set the first value before stays.
     void Add(std::int64_t set, Change const &change);

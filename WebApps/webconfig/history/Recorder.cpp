@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "WebApps/webconfig/history/Patch.h"
 #include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -21,14 +22,6 @@ std::unique_ptr<ChangeLog> &TheLog() {
 }
 
 thread_local Recording *current = nullptr;
-
-std::optional<Value> Stored(std::string const &key) {
-    std::string text;
-    PRM_PAR_T type{};
-    if (!util::Prm::Get(key, text, type))
-        return {};
-    return Value{std::move(text), type};
-}
 
 /// The one spelling of a key, as the store has it.
 std::string Normal(std::string const &key) {

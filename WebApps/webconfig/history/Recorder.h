@@ -20,7 +20,7 @@ bool IsKept();
 /// something. A history that cannot be written stops nobody: that is logged.
 class Recording {
   public:
-    using WhoAsks = std::function<Requester()>;
+    using WhoAsks = std::function<util::Requester()>;
     explicit Recording(WhoAsks whoAsks);
     ~Recording();
     Recording(Recording const &) = delete;

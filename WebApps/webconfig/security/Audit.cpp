@@ -52,8 +52,9 @@ void Record(char const *event, util::Outcome outcome, util::Details details) {
     if (kind == "upload" && current)
         current->NoteUpload();
     bool const password = kind == "setting" && IsOfPassword(details);
-    std::string const line = AuditLine(password ? "password" : event, outcome,
-                                       current ? current->TheAsker() : Asker{}, std::time(nullptr), details);
+    std::string const line =
+        AuditLine(password ? "password" : event, outcome,
+                  current ? current->TheRequester() : util::Requester{}, std::time(nullptr), details);
     syslog(LOG_AUTHPRIV | (outcome == util::Outcome::Ok ? LOG_NOTICE : LOG_WARNING), "%s", line.c_str());
 }
 
@@ -85,8 +86,8 @@ std::string AuditWord(std::string_view value) {
     return word;
 }
 
-std::string AuditLine(char const *event, util::Outcome outcome, Asker const &asker, std::time_t time,
-                      util::Details details) {
+std::string AuditLine(char const *event, util::Outcome outcome, util::Requester const &requester,
+                      std::time_t time, util::Details details) {
     std::string line = std::string("audit event=") + event;
     auto const add = [&line](char const *name, std::string_view value) {
         std::string const word = ' ' + (std::string(name) + '=' + AuditWord(value));
@@ -94,9 +95,9 @@ std::string AuditLine(char const *event, util::Outcome outcome, Asker const &ask
             line += word;
     };
     add("result", results[static_cast<int>(outcome)]);
-    add("user", asker.user);
-    add("address", asker.address);
-    add("page", asker.page);
+    add("user", requester.user);
+    add("address", requester.address);
+    add("page", requester.page);
     add("time", UtcText(time));
     for (auto const &[name, value] : details)
         add(name, value);
@@ -112,7 +113,7 @@ AuditedRequest::AuditedRequest(cppcms::application &application)
     if (!util::IsRecorded())
         return;
     cppcms::http::request &request = application_.request();
-    asker_ = {request.remote_user(), request.remote_addr(), request.path_info()};
+    requester_ = {request.remote_user(), request.remote_addr(), request.path_info()};
     current = this;
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "WebApps/webconfig/util/Happened.h"
+#include "WebApps/webconfig/util/Requester.h"
 
 /// The audit: who did what to the device, in the system log, facility authpriv, a line an event:
 ///
@@ -30,19 +31,12 @@
 /// The web server writes "login" (the process behind it never sees who is turned away); the others are ours.
 namespace webconfig::security {
 
-/// Who asks for what happens on a thread.
-struct Asker {
-    std::string user;
-    std::string address;
-    std::string page;
-};
-
 /// A value as a word of an audit line.
 std::string AuditWord(std::string_view value);
 
 /// The whole line.
-std::string AuditLine(char const *event, util::Outcome outcome, Asker const &asker, std::time_t time,
-                      util::Details details);
+std::string AuditLine(char const *event, util::Outcome outcome, util::Requester const &requester,
+                      std::time_t time, util::Details details);
 
 /// Makes the audit, from now on, the record of what happens; or nothing.
 void SetAudit(bool on);
@@ -57,7 +51,7 @@ class AuditedRequest {
     AuditedRequest(AuditedRequest const &) = delete;
     AuditedRequest &operator=(AuditedRequest const &) = delete;
 
-    Asker const &TheAsker() const { return asker_; }
+    util::Requester const &TheRequester() const { return requester_; }
     void NoteUpload() { uploadsTold_ = true; }
 
   private:
@@ -65,7 +59,7 @@ class AuditedRequest {
     void TellUnusedUploads();
 
     cppcms::application &application_;
-    Asker asker_;
+    util::Requester requester_;
     bool uploadsTold_ = false;
     int const exceptions_;
 };

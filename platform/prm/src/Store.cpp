@@ -59,20 +59,12 @@ std::string_view Normal(std::string_view key) {
 }
 
 void Prepare(Connection const &connection) {
-    int const version = sqlite::UserVersion(connection);
-    if (version > schemaVersion)
-        throw sqlite::Error(SQLITE_ERROR, "the file was written by a newer version");
-    if (version == schemaVersion)
-        return;
-    Transaction transaction(connection);
-    connection.Execute(
-        "CREATE TABLE IF NOT EXISTS parameter("
-        "  key TEXT PRIMARY KEY NOT NULL,"
-        "  type INTEGER NOT NULL,"
-        "  value BLOB NOT NULL,"
-        "  mode INTEGER NOT NULL DEFAULT 0);"
-        "PRAGMA user_version=1;");
-    transaction.Commit();
+    sqlite::MakeTables(connection, schemaVersion,
+                       "CREATE TABLE IF NOT EXISTS parameter("
+                       "  key TEXT PRIMARY KEY NOT NULL,"
+                       "  type INTEGER NOT NULL,"
+                       "  value BLOB NOT NULL,"
+                       "  mode INTEGER NOT NULL DEFAULT 0);");
 }
 
 }  // namespace

@@ -148,10 +148,22 @@ void Transaction::Commit() {
     committed_ = true;
 }
 
-int UserVersion(Connection const &connection) {
-    Statement const statement(connection, "PRAGMA user_version");
-    Query query(statement);
-    return query.Step() ? static_cast<int>(query.Number(0)) : 0;
+void MakeTables(Connection const &connection, int version, char const *sql) {
+    int found = 0;  // as in a file that is new
+    {
+        Statement const statement(connection, "PRAGMA user_version");
+        Query query(statement);
+        if (query.Step())
+            found = static_cast<int>(query.Number(0));
+    }
+    if (found > version)
+        throw Error(SQLITE_ERROR, "the file was written by a newer version");
+    if (found == version)
+        return;
+    Transaction transaction(connection);
+    connection.Execute(sql);
+    connection.Execute(("PRAGMA user_version=" + std::to_string(version)).c_str());
+    transaction.Commit();
 }
 
 Connection OpenDurable(std::string const &path, std::chrono::milliseconds timeout,

@@ -7,8 +7,8 @@
 #include <limits>
 
 #include "WebApps/webconfig/apps/Settings.h"
+#include "WebApps/webconfig/history/Patch.h"
 #include "WebApps/webconfig/history/Recorder.h"
-#include "WebApps/webconfig/history/TakeBack.h"
 #include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -104,14 +104,14 @@ void ReadEntries(history::ChangeLog &log, std::int64_t before, data::History &co
     }
 }
 
-data::Message ResultOf(history::TakenBack taken, std::string const &what) {
-    switch (taken) {
-        case history::TakenBack::All:
+data::Message ResultOf(history::Applied applied, std::string const &what) {
+    switch (applied) {
+        case history::Applied::All:
             return data::Message::OK(what);
-        case history::TakenBack::NotInEffect:
+        case history::Applied::NotInEffect:
             return data::Message::Error(
                 "Stored, but a command that puts it into effect has failed: see the system log.");
-        case history::TakenBack::NotStored:
+        case history::Applied::NotStored:
             break;
     }
     return data::Message::SaveError();
@@ -135,7 +135,7 @@ void TakeBack(history::ChangeLog &log, data::History &content, data::HistoryQues
         content.message = data::Message::Error("There is no change " + question.number + " any more.");
         return;
     }
-    history::Plan const plan = history::PlanOf(changes);
+    history::Plan const plan = history::PlanToTakeBack(changes);
     if (plan.writes.empty()) {
         content.message = data::Message::OK("Nothing to take back: everything is as it was before.");
     } else if (!plan.conflicts.empty() && !confirmed) {
@@ -147,7 +147,7 @@ void TakeBack(history::ChangeLog &log, data::History &content, data::HistoryQues
     } else {
         if (auto *const recording = history::Recording::Current())
             recording->SetReason(what);
-        content.message = ResultOf(history::TakeBack(plan), what + " is done.");
+        content.message = ResultOf(history::Apply(plan.writes), what + " is done.");
         content.reboot_required = util::IsRebootRequired();
     }
 }

@@ -110,8 +110,9 @@ class Transaction {
     bool committed_ = false;
 };
 
-/// The number that a file's owner has given to the layout of its tables; 0 at first.
-int UserVersion(Connection const &connection);
+/// Runs \a sql, which makes the tables of a file, unless it has them in this \a version (from 1 up) already.
+/// Refuses a file that a newer version of the program has written.
+void MakeTables(Connection const &connection, int version, char const *sql);
 
 /// Opens the file at \a path, and its folder where that is missing, for writes that survive a power cut, and
 /// lets \a prepare make its tables. Readers and a writer work at once, and memory and wear of the flash stay
