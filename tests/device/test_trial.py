@@ -12,6 +12,7 @@ LAN = "nsenter --net=/run/netns/lan " + CURL
 OUTSIDE = "nsenter --net=/run/netns/outside " + CURL
 HOME = "https://192.168.0.1/config/"
 UPLINK = "https://10.99.0.2/config/"
+WIFI = "https://10.98.0.2/config/"
 
 
 class LockedOut(unittest.TestCase):
@@ -34,6 +35,16 @@ class LockedOut(unittest.TestCase):
 
     def save(self, page, fields):
         self.assertIn("New settings are on trial", self.device.shell(f"{LAN} {HOME}{page} -d '{fields}'"))
+
+    def test_by_a_wifi_network_that_is_not_there(self):
+        self.device.shell("mkdir -p /etc/radio; echo depot >/etc/radio/networks")
+        client = "wlanEnabled=y&wlanCountryCode=US&wlanSecurity=none&wlanEssId="
+        self.save("network/wlan", client + "depot")
+        self.device.shell(f"{LAN} {HOME}settings/history -d 'action=Keep them'")
+        self.assertTrue(self.answers(OUTSIDE + WIFI))
+        self.save("network/wlan", client + "dep0t")
+        self.assertFalse(self.answers(OUTSIDE + WIFI))
+        self.assertTrue(eventually(lambda: self.answers(OUTSIDE + WIFI)))
 
     def test_by_remote_access_by_a_forwarded_port_and_by_an_address(self):
         self.assertTrue(self.answers(OUTSIDE + UPLINK))

@@ -39,9 +39,8 @@ class CrashTest : public testing::Test {
         store.Set(
             {{"net/portfwd/tcp/08443/d_port", device::none}, {"net/portfwd/tcp/08443/d_ip", device::none}});
     }
-    static std::vector<std::string> EndAt(int call) {
-        return {"LD_PRELOAD=" END_AT_LIBRARY, "END_AT=" + std::to_string(call),
-                std::string("END_ARMED=") + armed};
+    static std::vector<std::string> Endable() {
+        return {"LD_PRELOAD=" END_AT_LIBRARY, std::string("END_ARMED=") + armed};
     }
     static void AddRule() {
         Browser(address).Post("/config/network/port_forwarding", {{"protocol", "tcp"},
@@ -79,9 +78,9 @@ TEST_F(CrashTest, AServiceThatEndsWhileItSavesLeavesAllOldOrAllNewOnTrial) {
         SCOPED_TRACE(call);
         ASSERT_LT(call, mostCalls) << "it never gets to the end";
         Reset();
-        device::Process service(configuration, EndAt(call));
+        device::Process service(configuration, Endable());
         device::Up(address);
-        device::WriteFile(armed, "");
+        device::WriteFile(armed, std::to_string(call));
         AddRule();
         std::filesystem::remove(armed);
         bool const survived = service.Wait(0) == -1;
@@ -115,8 +114,8 @@ TEST_F(CrashTest, AGuardThatEndsWhileItTakesBackGoesOn) {
         ASSERT_EQ(Keys(), 2U);
         std::string file = device::ReadFile(trialFile);
         device::WriteFile(trialFile, file.replace(file.find("asked 0"), 7, "asked 1"));
-        device::WriteFile(armed, "");
-        device::Process guard(configuration, EndAt(call), guardProgram);
+        device::WriteFile(armed, std::to_string(call));
+        device::Process guard(configuration, Endable(), guardProgram);
         bool const survived = guard.Wait(3) == -1;
         std::filesystem::remove(armed);
         if (survived)

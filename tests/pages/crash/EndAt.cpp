@@ -1,10 +1,12 @@
-// Preloaded into a program, ends it right behind one of its system calls that change a file: the call number
-// END_AT since the file END_ARMED appeared.
+// Preloaded into a program, ends it right behind one of its system calls that change a file: the one whose
+// number, counted since then, is in the file that END_ARMED names. With END_DEVICE the power of the whole
+// device goes.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -17,11 +19,30 @@ char const *Variable(char const *name) {
     return value ? value : "";
 }
 
+/// 0 where the file is not there, or empty still.
+long NumberIn(char const *path) {
+    int const file = ::open(path, O_RDONLY | O_CLOEXEC);
+    std::array<char, 16> text{};
+    if (file < 0 || ::read(file, text.data(), text.size() - 1) < 0)
+        return 0;
+    ::close(file);
+    return std::strtol(text.data(), nullptr, 10);
+}
+
 void Count() {
     static std::atomic<long> calls = 0;
-    static long const last = std::strtol(Variable("END_AT"), nullptr, 10);
-    if (::access(Variable("END_ARMED"), F_OK) == 0 && ++calls == last)
+    long const last = NumberIn(Variable("END_ARMED"));
+    if (last == 0 || ++calls != last)
+        return;
+    if (!*Variable("END_DEVICE"))
         ::kill(::getpid(), SIGKILL);
+    ::kill(1, SIGPWR);
+    ::raise(SIGSTOP);  // until the kill that reaches every process
+}
+
+/// What the program runs is not counted.
+[[gnu::constructor]] void Begin() {
+    ::unsetenv("LD_PRELOAD");
 }
 
 bool IsFile(int descriptor) {

@@ -176,6 +176,11 @@ END
     cable client0 outside
     ip address replace 10.98.0.2/24 dev client0
     nsenter --net=/run/netns/outside ip address replace 10.98.0.1/24 dev wlan0
+    if ! /usr/lib/device/radio hears "$ssid"; then
+        nsenter --net=/run/netns/outside ip link set wlan0 down
+        tell warning "no network '$ssid' is in reach"
+        return
+    fi
     tell info "client of '$ssid'"
 }
 
