@@ -24,6 +24,7 @@ PORT = 8088
 SITE = f"http://127.0.0.1:{PORT}"
 BACKEND_SOCKET = "/run/webconfig/webconfig.sock"
 BARE_SOCKET = "/run/bare.sock"
+PLAIN_SOCKET = "/run/plain.sock"  # of a process that keeps no history and puts nothing on trial
 THREADS = 4  # as in the device's configuration
 CONNECTIONS = 8
 SECONDS = 3
@@ -41,6 +42,8 @@ POLLS = 5  # of each poller
 REQUESTS = 100_000
 RELOADS = 100
 USS_LIMIT, RSS_LIMIT = 4096, 12288  # KiB
+SAVES = 200
+SAVE_LIMIT = 10  # milliseconds that history and trial may add to a save
 
 CONFIGURATION = f"""
 server.document-root = "/var/www/webconfig"
@@ -49,6 +52,10 @@ server.bind = "127.0.0.1"
 server.modules = ( "mod_fastcgi" )
 $HTTP["url"] =~ "^/(config|status)" {{
     fastcgi.server = ( "/" => (( "socket" => "{BACKEND_SOCKET}", "check-local" => "disable",
+                                 "fix-root-scriptname" => "enable" )) )
+}}
+$HTTP["url"] =~ "^/plain" {{
+    fastcgi.server = ( "/" => (( "socket" => "{PLAIN_SOCKET}", "check-local" => "disable",
                                  "fix-root-scriptname" => "enable" )) )
 }}
 $HTTP["url"] =~ "^/bare" {{
@@ -68,8 +75,8 @@ def running(*command):
         process.wait()
 
 
-def fetch(path, body=None):
-    headers = {"Content-Type": "application/json"} if body else {}
+def fetch(path, body=None, content="application/json"):
+    headers = {"Content-Type": content} if body else {}
     with urllib.request.urlopen(urllib.request.Request(SITE + path, body, headers), timeout=30) as answer:
         return answer.read()
 
@@ -242,6 +249,43 @@ def measure_polls(pid):
     show_memory(pid, "after these polls")
 
 
+def write_plain_configuration(path):
+    """That of the device, for a process beside its own, without what saves cost more for."""
+    text = Path("/etc/webconfig/device.json").read_text()
+    for pattern, replacement in ((r'"history": \{[^}]*\},', ""), (r'"trial": \{[^}]*\},', ""),
+                                 (r'"sync": "config"', '"sync": "plain"'),
+                                 (r'"socket": "stdin"', f'"socket": "{PLAIN_SOCKET}"')):
+        text, count = re.subn(pattern, replacement, text)
+        assert count == 1, pattern
+    path.write_text(text)
+
+
+def save_milliseconds(site, on):
+    """Switches the VPN on or off, which is on trial and runs no command."""
+    start = time.monotonic()
+    answer = fetch(f"/{site}/network/openvpn", b"submit=Save" + (b"&enabled=y" if on else b""),
+                   "application/x-www-form-urlencoded")
+    milliseconds = 1000 * (time.monotonic() - start)
+    assert on == bool(re.search(rb'<input[^>]*name="enabled"[^>]*checked', answer)), answer
+    return milliseconds
+
+
+def measure_history():
+    plain = Path("/tmp/bench-plain.json")
+    write_plain_configuration(plain)
+    with running("webconfig", "-c", str(plain)):
+        wait_until_up("/plain/")
+        page = "/settings/reboot"
+        rounds = [(wrk("/config" + page)[0], wrk("/plain" + page)[0]) for _ in range(ROUNDS)]
+        print(f"throughput {page} with history and trial: {statistics.median(a / b for a, b in rounds):.2f} of one "
+              "without", flush=True)
+        times = {site: [save_milliseconds(site, number % 2 == 0) for number in range(SAVES)]
+                 for site in ("plain", "config")}
+        without, kept = (statistics.median(times[site]) for site in ("plain", "config"))
+        print(f"save with history and trial: {kept:.2f} ms, {kept / without:.2f} of one without "
+              f"(at most {SAVE_LIMIT} ms more: {verdict(kept - without < SAVE_LIMIT)})", flush=True)
+
+
 def main():
     configuration = Path("/tmp/bench-lighttpd.conf")
     configuration.write_text(CONFIGURATION)
@@ -252,6 +296,7 @@ def main():
         measure_throughput(sys.argv[1])
         measure_blocked_latency()
         measure_polls(pid)
+        measure_history()
 
 
 main()
