@@ -117,13 +117,6 @@ TEST(FormWriting, Controls) {
 /// Loads widgets and forms from requests.
 class FormLoading : public testing::Test {
   protected:
-    static cppcms::json::value Settings(std::string const &locale) {
-        cppcms::json::value settings;
-        settings.set("logging.stderr", false);
-        settings.set("localization.locales", std::vector<std::string>{locale});
-        return settings;
-    }
-
     void Load(cppcms::base_form &element, std::string const &fields) {
         element.load(FakeRequest(service, {.body = fields}).context());
     }
@@ -135,7 +128,7 @@ class FormLoading : public testing::Test {
         return widget.validate();
     }
 
-    cppcms::service service{Settings("en_US.UTF-8")};
+    cppcms::service service{QuietSettings("en_US.UTF-8")};
 };
 
 TEST_F(FormLoading, AMissingFieldIsAnEmptyTextAndOfSeveralTheFirstCounts) {
@@ -161,8 +154,8 @@ TEST_F(FormLoading, TextsAreCountedAndCheckedInTheEncodingOfTheRequest) {
     EXPECT_FALSE(Accepts(text, "\xC3\xA9\xC3\xA9"));
     EXPECT_TRUE(Accepts(text, "\xFF\x01"));
 
-    cppcms::service ascii{Settings("C")};
-    cppcms::service latin{Settings("en_US.ISO8859-1")};
+    cppcms::service ascii{QuietSettings("C")};
+    cppcms::service latin{QuietSettings("en_US.ISO8859-1")};
     struct {
         char const *fields;
         char const *valid_in;

@@ -15,13 +15,6 @@ namespace {
 
 namespace http = cppcms::http;
 
-/// Settings without a log on the screen.
-cppcms::json::value Quiet() {
-    cppcms::json::value settings;
-    settings.set("logging.stderr", false);
-    return settings;
-}
-
 std::string Text(http::request::form_type const &fields) {
     std::string text;
     for (auto const &[name, value] : fields)
@@ -64,7 +57,7 @@ TEST(FormDecoder, TakesALimitedNumberOfFields) {
 }
 
 TEST(Request, SeparatesQueryAndBody) {
-    cppcms::service service(Quiet());
+    cppcms::service service(QuietSettings());
     FakeRequest post(service, {.query = "a=1&a=2&q=x", .body = "a=3&b=4&b=5&&c=6"});
     auto &request = post.context().request();
     EXPECT_EQ(Text(request.get()), "a=1;a=2;q=x;");
@@ -84,7 +77,7 @@ TEST(Request, SeparatesQueryAndBody) {
 }
 
 TEST(Request, SortsPartsIntoFieldsAndFiles) {
-    cppcms::service service(Quiet());
+    cppcms::service service(QuietSettings());
     FakeRequest upload(
         service,
         {.content_type = "Multipart/Form-Data; boundary=\"x y\"",

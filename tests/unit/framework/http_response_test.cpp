@@ -14,16 +14,8 @@ class ResponseTest : public testing::Test {
   protected:
     http::response &Response() { return request_.context().response(); }
 
-    cppcms::service service_{Settings()};
+    cppcms::service service_{QuietSettings()};
     FakeRequest request_{service_, {}};
-
-  private:
-    static cppcms::json::value Settings() {
-        cppcms::json::value settings;
-        settings.set("logging.stderr", false);
-        settings.set("localization.locales", std::vector<std::string>{"C.UTF-8"});
-        return settings;
-    }
 };
 
 constexpr char defaults[] = "Content-Type: text/html; charset=utf-8\r\nX-Powered-By: CppCMS/2.0.1\r\n\r\n";

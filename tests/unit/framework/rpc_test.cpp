@@ -46,13 +46,6 @@ class Methods : public rpc::json_rpc_server {
 
 class Rpc : public testing::Test {
   protected:
-    static json::value Settings() {
-        json::value settings;
-        settings.set("logging.stderr", false);
-        settings.set("localization.locales", std::vector<std::string>{"en_US.UTF-8"});
-        return settings;
-    }
-
     /// Sends a request; returns the media type and the body of the answer as "TYPE|BODY".
     std::string Answered(FakeInput const &input) {
         FakeRequest request(service, input);
@@ -72,7 +65,7 @@ class Rpc : public testing::Test {
         return Answered({.content_type = "application/json", .body = body});
     }
 
-    cppcms::service service{Settings()};
+    cppcms::service service{QuietSettings()};
     Methods methods{service};
 };
 
