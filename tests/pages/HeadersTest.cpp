@@ -13,11 +13,9 @@ constexpr char advanced[] = "/config/settings/advanced";
 
 /// With all that a hostile network makes necessary, or none of it.
 std::string Guarded(bool on) {
-    std::string text = device::Configuration(9107);
-    text.insert(text.find("\"media_root\""),
-                R"("plugins":{"enable":true},"plugin_media_root":"plugins",)" +
-                    std::string(on ? R"("security":{"same_origin":true,"hosts":[],"headers":true},)" : ""));
-    return text;
+    std::string const security = R"("security":{"same_origin":true,"hosts":[],"headers":true},)";
+    return device::Configuration(
+        9107, R"("plugins":{"enable":true},"plugin_media_root":"plugins",)" + (on ? security : ""));
 }
 
 /// What the answer has of a header; "(several)" where it has it more than once.

@@ -116,11 +116,7 @@ TEST_F(FirmwareVerdictTest, KeysOfAnotherKindAreLoggedAndAWithdrawnKeyCountsNoMo
 }
 
 TEST(FirmwareVersions, AreComparedByTheirNumbers) {
-    struct {
-        char const *offered;
-        char const *running;
-        Age age;
-    } const cases[] = {
+    std::tuple<char const *, char const *, Age> const cases[] = {
         {"1.10", "1.9", Age::Newer},      {"v2", "1.99.99", Age::Newer},     {"1.9.1", "1.9", Age::Newer},
         {"1.9.0", "1.9", Age::Same},      {"1.0-rc1", "1.0", Age::Unknown},  {"", "1", Age::Unknown},
         {"1", "", Age::Unknown},          {"1.9 (test)", "2.0", Age::Older}, {"0.0", "0", Age::Same},

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <sstream>
+#include <iterator>
 
 #include "fake_request.h"
 #include "http/form_decoder.h"
@@ -35,6 +35,7 @@ TEST(FormDecoder, DecodesPairsUpToTheFirstMalformedOne) {
         {"a=&b==", "a=;b==;", Result::complete},
         {"a+b=c+d%20e%2bf", "a b=c d e+f;", Result::complete},
         {"b=2&a=1;b=2&a=c%zz%4", "a=1;b=2;a=czz4;b=2;", Result::complete},
+        {"a=%41%c3%A9&b=%&c=%%41&d=%2", "a=A\xC3\xA9;b=;c=A;d=2;", Result::complete},
         {"a=1&bb&c=2", "a=1;", Result::malformed},
         {"a=1&&c=2", "a=1;", Result::malformed},
         {"=1", "", Result::malformed},

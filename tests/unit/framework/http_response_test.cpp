@@ -56,13 +56,4 @@ TEST_F(ResponseTest, TheErrorPageEscapesItsDetails) {
               std::string::npos);
 }
 
-TEST_F(ResponseTest, SendsWhenItsBufferIsFull) {
-    Response().out() << std::string(16000, 'x');
-    EXPECT_EQ(request_.Sent(), "");
-    Response().out() << std::string(1000, 'y');
-    EXPECT_EQ(request_.Sent(), defaults + std::string(16000, 'x') + std::string(384, 'y'));
-    Response().out() << std::flush;
-    EXPECT_EQ(request_.Answer(), defaults + std::string(16000, 'x') + std::string(1000, 'y'));
-}
-
 }  // namespace

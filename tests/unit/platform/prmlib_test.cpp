@@ -43,25 +43,6 @@ class PrmLib : public testing::Test {
     cPrmLib client{webClient};
 };
 
-TEST_F(PrmLib, ValuesKeepTypeAndTextOfWhatWasSet) {
-    std::string const bytes("a\0\"\n\xff", 5);
-    EXPECT_EQ(client.setPar("i", INT_MIN), Ok);
-    EXPECT_EQ(client.setPar("f", 0.1f), Ok);
-    EXPECT_EQ(client.setPar("s", bytes), Ok);
-    struct {
-        char const *key;
-        std::string text;
-        int type;
-    } const cases[] = {{"i", "-2147483648", 0}, {"f", "0.1", 1}, {"s", bytes, 2}};
-    for (auto const &expected : cases) {
-        std::string text = "(none)";
-        auto type = static_cast<PRM_PAR_T>(3);
-        EXPECT_EQ(client.getPar(expected.key, text, &type), Ok) << expected.key;
-        EXPECT_EQ(text, expected.text);
-        EXPECT_EQ(static_cast<int>(type), expected.type) << expected.key;
-    }
-}
-
 TEST_F(PrmLib, NumbersAreReadFromAnyValueThatIsOne) {
     struct {
         char const *stored;
