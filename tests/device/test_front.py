@@ -27,6 +27,8 @@ ANSWERS = (
     ("304", ADMIN + "SITE/media/css/screen.css -z '1 Jan 2100'"),
     ("200", ADMIN + "SITE/plugins/traffic/head/traffic.js"),
     ("403", ADMIN + "SITE/plugins/traffic"),
+    ("403", ADMIN + "SITE/config/settings/reboot -H 'Origin: http://evil.example' -d x=y"),
+    ("421", ADMIN + "SITE/config/ -H 'Host: evil.example'"),
     ("200", ADMIN + "SITE/progress"),
     *(("404", ADMIN + "SITE/" + path) for path in ("no/such", "connections", "server-status")),
     ("400", "SITE/ -H Host:"),
