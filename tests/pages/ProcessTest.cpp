@@ -39,11 +39,7 @@ TEST(ProcessTest, AMissingRootKeyIsFatal) {
 
 TEST(ProcessTest, SaysOnTheTerminalHowItIsCalledAndWhatIsWrong) {
     device::ReplacedFile const garbage("/tmp/garbage.json", "{\n  not json");
-    struct {
-        char const *arguments;
-        char const *text;
-        int status;
-    } const cases[] = {
+    std::tuple<char const *, char const *, int> const cases[] = {
         {"", "webconfig: No configuration defined\nUsage: webconfig [-c FILE]", failure},
         {"--help", "Usage: webconfig [-c FILE]", 0},
         {"-c /none.json --version", "webconfig 1.", 0},
@@ -51,11 +47,11 @@ TEST(ProcessTest, SaysOnTheTerminalHowItIsCalledAndWhatIsWrong) {
         {"-c /tmp/garbage.json", "webconfig: Error reading configuration file /tmp/garbage.json in line:2\n",
          failure},
     };
-    for (auto const &c : cases) {
+    for (auto const &[arguments, text, status] : cases) {
         std::string const said =
-            device::Shell(std::string("webconfig ") + c.arguments + " 2>&1 >/dev/null; echo status $?");
-        EXPECT_TRUE(said.starts_with(c.text)) << said;
-        EXPECT_TRUE(said.ends_with("status " + std::to_string(c.status) + '\n')) << said;
+            device::Shell(std::string("webconfig ") + arguments + " 2>&1 >/dev/null; echo status $?");
+        EXPECT_TRUE(said.starts_with(text)) << said;
+        EXPECT_TRUE(said.ends_with("status " + std::to_string(status) + '\n')) << said;
     }
 }
 

@@ -156,39 +156,33 @@ TEST_F(FormLoading, TextsAreCountedAndCheckedInTheEncodingOfTheRequest) {
 
     cppcms::service ascii{QuietSettings("C")};
     cppcms::service latin{QuietSettings("en_US.ISO8859-1")};
-    struct {
-        char const *fields;
-        char const *valid_in;
-    } const cases[] = {
+    std::pair<char const *, char const *> const cases[] = {
         {"n=%09%0d%0a~", "UAL"}, {"n=%01", ""},     {"n=%7f", ""},       {"n=%c2%a0", "UL"},
         {"n=%c2%80", ""},        {"n=%c2%9f", ""},  {"n=%e9%e9", "L"},   {"n=%85", ""},
         {"n=%c3", "L"},          {"n=%c0%af", "L"}, {"n=%ed%a0%80", ""}, {"n=%f4%90%80%80", ""},
         {"n=%00", ""},           {"n=%e9%e9", "L"}, {"n=%e2%82", ""},    {"n=%ff", "L"}};
-    for (auto const &c : cases) {
+    for (auto const &[fields, valid_in] : cases) {
         std::string valid;
         for (auto const &[name, provider] : {std::pair('U', &service), {'A', &ascii}, {'L', &latin}}) {
             widgets::textarea area;
             area.name("n");
-            area.load(FakeRequest(*provider, {.body = c.fields}).context());
+            area.load(FakeRequest(*provider, {.body = fields}).context());
             if (area.validate())
                 valid += name;
         }
-        EXPECT_EQ(valid, c.valid_in) << c.fields;
+        EXPECT_EQ(valid, valid_in) << fields;
     }
 }
 
 TEST_F(FormLoading, Numbers) {
-    struct {
-        char const *text;
-        bool valid;
-        std::optional<unsigned> value;
-    } const cases[] = {{"", true, {}},      {"17", true, 17},         {" +3", true, 3},
-                       {"4 ", false, {}},   {"-5", true, 4294967291}, {"4294967295", true, 4294967295},
-                       {"1.5x", false, {}}, {"4294967296", false, {}}};
-    for (auto const &c : cases) {
+    std::tuple<char const *, bool, std::optional<unsigned>> const cases[] = {
+        {"", true, {}},      {"17", true, 17},         {" +3", true, 3},
+        {"4 ", false, {}},   {"-5", true, 4294967291}, {"4294967295", true, 4294967295},
+        {"1.5x", false, {}}, {"4294967296", false, {}}};
+    for (auto const &[text, valid, value] : cases) {
         widgets::numeric<unsigned> number;
-        EXPECT_EQ(Accepts(number, c.text), c.valid) << c.text;
-        EXPECT_EQ(number.set() ? std::optional(number.value()) : std::nullopt, c.value) << c.text;
+        EXPECT_EQ(Accepts(number, text), valid) << text;
+        EXPECT_EQ(number.set() ? std::optional(number.value()) : std::nullopt, value) << text;
     }
     widgets::numeric<double> limited;
     limited.range(-1, 5);

@@ -24,11 +24,7 @@ std::string Text(http::request::form_type const &fields) {
 
 TEST(FormDecoder, DecodesPairsUpToTheFirstMalformedOne) {
     using Result = cppcms::impl::form_result;
-    struct {
-        std::string text;
-        char const *fields;
-        Result result;
-    } const cases[] = {
+    std::tuple<std::string, char const *, Result> const cases[] = {
         {"", "", Result::complete},
         {"a=1&b=2", "a=1;b=2;", Result::complete},
         {"a=1&", "a=1;", Result::complete},
@@ -41,10 +37,10 @@ TEST(FormDecoder, DecodesPairsUpToTheFirstMalformedOne) {
         {"=1", "", Result::malformed},
         {"&a=1", "", Result::malformed},
     };
-    for (auto const &c : cases) {
+    for (auto const &[text, shown, result] : cases) {
         cppcms::impl::form_fields fields;
-        EXPECT_EQ(cppcms::impl::decode_form(c.text, fields), c.result) << c.text;
-        EXPECT_EQ(Text(fields), c.fields) << c.text;
+        EXPECT_EQ(cppcms::impl::decode_form(text, fields), result) << text;
+        EXPECT_EQ(Text(fields), shown) << text;
     }
 }
 

@@ -111,12 +111,7 @@ TEST_F(Rpc, CallsWithoutAnAnswer) {
 TEST_F(Rpc, RequestsThatAreNoCalls) {
     std::string const good = R"({"method":"none","params":[],"id":1})";
     std::string const json = "application/json";
-    struct {
-        char const *method;
-        std::string type;
-        std::string body;
-        char const *problem;
-    } const cases[] = {
+    std::tuple<char const *, std::string, std::string, char const *> const cases[] = {
         {"GET", json, "", "Invalid request method"},
         {"POST", "text/json", good, "Invalid content type"},
         {"POST", json, "", "Invalid JSON"},
@@ -127,10 +122,10 @@ TEST_F(Rpc, RequestsThatAreNoCalls) {
         {"POST", json, R"({"method":"none","params":{},"id":1})", "Invalid JSON-RPC"},
         {"POST", json, R"({"method":"none","params":[]})", "Invalid JSON-RPC"},
     };
-    for (auto const &c : cases) {
-        EXPECT_EQ(Answered({.method = c.method, .content_type = c.type, .body = c.body}),
-                  std::string("text/plain; charset=utf-8|") + c.problem + '\n')
-            << c.method << ' ' << c.type << ' ' << c.body;
+    for (auto const &[method, type, body, problem] : cases) {
+        EXPECT_EQ(Answered({.method = method, .content_type = type, .body = body}),
+                  std::string("text/plain; charset=utf-8|") + problem + '\n')
+            << method << ' ' << type << ' ' << body;
     }
     for (auto const *type :
          {"Application/JSON ; charset=x", "application/jsonrequest", "application/json-rpc"})

@@ -35,11 +35,7 @@ TEST_F(PrmTool, CommandsAnswerAsDocumented) {
     folder.File("ca.pem", "secret");
     std::string const file = folder / "ca.pem";
     // In this order: each line works on what the ones before have left.
-    struct {
-        std::string arguments;
-        int code;
-        std::string output;
-    } const cases[] = {
+    std::tuple<std::string, int, std::string> const cases[] = {
         {"set /net/hostname 'field box'", 0, ""},
         {"get net/hostname", 0, "field box\n"},
         {"get net/none", 1, "prm: net/none: no such parameter\n"},
@@ -61,10 +57,10 @@ TEST_F(PrmTool, CommandsAnswerAsDocumented) {
         {"get", 2, "prm: wrong number of arguments for get\nTry 'prm --help'.\n"},
         {"list > /dev/full", 1, "prm: cannot write the output\n"},
     };
-    for (auto const &expected : cases) {
-        Outcome const outcome = Run(expected.arguments);
-        EXPECT_EQ(outcome.code, expected.code) << expected.arguments;
-        EXPECT_EQ(outcome.output, expected.output) << expected.arguments;
+    for (auto const &[arguments, code, output] : cases) {
+        Outcome const outcome = Run(arguments);
+        EXPECT_EQ(outcome.code, code) << arguments;
+        EXPECT_EQ(outcome.output, output) << arguments;
     }
 }
 

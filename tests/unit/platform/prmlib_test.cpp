@@ -44,23 +44,19 @@ class PrmLib : public testing::Test {
 };
 
 TEST_F(PrmLib, NumbersAreReadFromAnyValueThatIsOne) {
-    struct {
-        char const *stored;
-        int code;
-        int number;
-    } const cases[] = {{"42", Ok, 42},
-                       {"-7.9", Ok, -7},
-                       {"1e3", Ok, 1000},
-                       {"2147483648", Invalid, 5},
-                       {"-2147483648", Ok, INT_MIN},
-                       {"nan", Invalid, 5},
-                       {"4 2", Invalid, 5},
-                       {"", Invalid, 5}};
-    for (auto const &expected : cases) {
-        client.setPar("n", expected.stored);
+    std::tuple<char const *, int, int> const cases[] = {{"42", Ok, 42},
+                                                        {"-7.9", Ok, -7},
+                                                        {"1e3", Ok, 1000},
+                                                        {"2147483648", Invalid, 5},
+                                                        {"-2147483648", Ok, INT_MIN},
+                                                        {"nan", Invalid, 5},
+                                                        {"4 2", Invalid, 5},
+                                                        {"", Invalid, 5}};
+    for (auto const &[stored, code, read] : cases) {
+        client.setPar("n", stored);
         int number = 5;
-        EXPECT_EQ(client.getPar("n", &number), expected.code) << expected.stored;
-        EXPECT_EQ(number, expected.number) << expected.stored;
+        EXPECT_EQ(client.getPar("n", &number), code) << stored;
+        EXPECT_EQ(number, read) << stored;
     }
     float real = 0;
     client.setPar("n", 0.3f);

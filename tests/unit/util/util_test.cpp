@@ -35,12 +35,10 @@ using namespace webconfig::util;
 namespace fs = std::filesystem;
 
 TEST(Commands, OutputIsCutAtTheMaximum) {
-    struct {
-        unsigned maximum;
-        char const *output;
-    } const cases[] = {{10, "0123456789"}, {9, "012345..."}, {4, "0..."}, {3, "012"}, {0, ""}};
-    for (auto const &expected : cases)
-        EXPECT_EQ(ShellCommand("printf 0123456789", expected.maximum), expected.output);
+    std::pair<unsigned, char const *> const cases[] = {
+        {10, "0123456789"}, {9, "012345..."}, {4, "0..."}, {3, "012"}, {0, ""}};
+    for (auto const &[maximum, output] : cases)
+        EXPECT_EQ(ShellCommand("printf 0123456789", maximum), output);
     EXPECT_EQ(ShellCommand("yes", 5), "y\n...");
 }
 
@@ -162,20 +160,16 @@ TEST_F(Files, FindSelectsByTypeAndPattern) {
         Make(folder_ / name, "");
     fs::create_directory(folder_ / "d.so");
     fs::create_symlink("a.so", folder_ / "l.so");
-    struct {
-        FindFilesType type;
-        char const *pattern;
-        std::vector<std::string> names;
-    } const cases[] = {
+    std::tuple<FindFilesType, char const *, std::vector<std::string>> const cases[] = {
         {FindFilesType::Files, "so", {"a.so", "b.so"}},
         {FindFilesType::Files, "^(a|b)\\.so$", {"a.so", "b.so"}},
         {FindFilesType::Directories, ".*", {"d.so"}},
         {FindFilesType::All, "", {".", "..", "a.so", "b.so", "b.txt", "d.so", "l.so"}},
     };
-    for (auto const &expected : cases) {
-        auto names = FindFiles(folder_, expected.type, expected.pattern);
+    for (auto const &[type, pattern, found] : cases) {
+        auto names = FindFiles(folder_, type, pattern);
         std::sort(names.begin(), names.end());
-        EXPECT_EQ(names, expected.names) << expected.pattern;
+        EXPECT_EQ(names, found) << pattern;
     }
     EXPECT_TRUE(FindFiles(folder_ / "none", FindFilesType::All, ".*").empty());
 }

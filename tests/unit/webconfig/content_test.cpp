@@ -117,21 +117,17 @@ TEST(MenuTest, NoneIsPartOfItself) {
 }
 
 TEST(ValidationTest, AddClassExtendsAClassAttributeAndDropsOthers) {
-    struct {
-        char const *before;
-        char const *cssClass;
-        char const *after;
-    } const cases[] = {
+    std::tuple<char const *, char const *, char const *> const cases[] = {
         {"class='a'", "b", "class='a b'"},
         {"id='x' class=\"a\" ", "b", "id='x' class=\"a b\" "},
         {"size='5'", "cppcms_error_msg", "class='cppcms_error_msg'"},
         {"class='a' title='t'", "b", "class='a' title='t b'"},  // up to the last quote
     };
-    for (auto const &c : cases) {
+    for (auto const &[before, cssClass, after] : cases) {
         cppcms::widgets::text widget;
-        widget.attributes_string(c.before);
-        util::validation::AddClass(widget, c.cssClass);
-        EXPECT_EQ(widget.attributes_string(), c.after);
+        widget.attributes_string(before);
+        util::validation::AddClass(widget, cssClass);
+        EXPECT_EQ(widget.attributes_string(), after);
     }
 }
 
