@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Writes the seeds that are no text, or another one with a change, into the folder that is named."""
+"""Writes the seeds that are no text, or made by another program, into the folder that is named."""
 
 import struct
+import subprocess
 import sys
 from pathlib import Path
 
@@ -34,13 +35,15 @@ ROOT = NODE + bytes(4) + text(0, b"1.2.3\0") + text(12, b"maker,brq4\0brq4\0")
 CHILDREN = NODE + b"images\0\0" + NODE + b"kernel\0\0" + text(0, bytes(range(50))) + 2 * NODE_END
 IMAGE = image(ROOT + CHILDREN + NODE_END + TREE_END)
 
-CERTIFICATE = (Path(__file__).parent / "seeds/certificate_text/good").read_bytes()
+CERTIFICATE = b"<cert>\n" + subprocess.run(
+    ["openssl", "req", "-x509", "-nodes", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-keyout", "/dev/null",
+     "-subj", "/O=Field, Ltd/OU=Lab/CN=vpn-1.example"], check=True, capture_output=True).stdout + b"</cert>\n"
 FIRST = CERTIFICATE.index(b"MII")
 ENCRYPTED = b"Proc-Type: 4,ENCRYPTED\nDEK-Info: AES-128-CBC,00112233445566778899AABBCCDDEEFF\n\n"
 
 SEEDS = {
-    "certificate_text": [CERTIFICATE.replace(b"cert>", b"ca>"), CERTIFICATE[:FIRST] + ENCRYPTED + CERTIFICATE[FIRST:],
-                         CERTIFICATE[:200] + b"</cert>", b"</cert>\n" + CERTIFICATE[:200]],
+    "certificate_text": [CERTIFICATE, CERTIFICATE.replace(b"cert>", b"ca>"), CERTIFICATE[:200] + b"</cert>",
+                         CERTIFICATE[:FIRST] + ENCRYPTED + CERTIFICATE[FIRST:], b"</cert>\n" + CERTIFICATE[:200]],
     # A type, and as many bytes as its message has.
     "vexa_message": [struct.pack("<I", kind).ljust(size, fill) for fill in (b"\1", b"\xff")
                      for kind, size in ((8, 404), (8, 403), (9, 4), (14, 4), (15, 28), (21, 4), (22, 73))],
