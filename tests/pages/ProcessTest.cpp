@@ -227,6 +227,8 @@ TEST(ProcessTest, AFlaggedUpgradeIsStartedOnceAndStopsTheApplications) {
     EXPECT_TRUE(device::WaitUntil(10, [&] { return !isUpgrading(); }));
     EXPECT_NE(browser.Call("fw_upgrade_status").result.find("failed"), std::string::npos) << "no image";
 
+    EXPECT_EQ(device::Shell("ps -o stat= --ppid " + std::to_string(process.Pid()) + " | grep -c Z"), "0\n");
+
     EXPECT_TRUE(device::Reload(process, browser));
     EXPECT_EQ(device::ReadFile("/tmp/volumes/stopped"),
               "stop\n/\n0000\n/dev/null\n/dev/null\n0\n1\n2\nSigBlk:\t0000000000000000\n")
