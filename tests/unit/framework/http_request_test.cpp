@@ -108,28 +108,19 @@ TEST(UploadedFile, GoesToDiskBeyondItsLimitAndIsMovedFromThere) {
     auto const files = [&folder] {
         return std::distance(std::filesystem::directory_iterator(folder / ""), {});
     };
-    {
-        http::file disk;
-        disk.set_memory_limit(10);
-        disk.set_temporary_directory(folder / "");
-        disk.write_data() << "0123456789";
-        EXPECT_EQ(files(), 0);
-        disk.write_data() << "ab";
-        ASSERT_EQ(files(), 1);
-        EXPECT_EQ(std::filesystem::directory_iterator(folder / "")->status().permissions(),
-                  std::filesystem::perms(0600));
-        disk.save_to(folder / "a");
-        EXPECT_EQ(ContentOf(folder / "a"), "0123456789ab");
-        EXPECT_EQ(files(), 1) << "moved, not copied";
-
-        http::file dropped;
-        dropped.set_memory_limit(1);
-        dropped.set_temporary_directory(folder / "");
-        dropped.write_data() << "text";
-        EXPECT_EQ(files(), 2);
-        EXPECT_THROW(dropped.save_to(folder / "none/c"), cppcms::cppcms_error);
-    }
-    EXPECT_EQ(files(), 1) << "removed with its object";
+    http::file disk;
+    disk.set_memory_limit(10);
+    disk.set_temporary_directory(folder / "");
+    disk.write_data() << "0123456789";
+    EXPECT_EQ(files(), 0);
+    disk.write_data() << "ab";
+    ASSERT_EQ(files(), 1);
+    EXPECT_EQ(std::filesystem::directory_iterator(folder / "")->status().permissions(),
+              std::filesystem::perms(0600));
+    EXPECT_THROW(disk.save_to(folder / "none/c"), cppcms::cppcms_error);
+    disk.save_to(folder / "a");
+    EXPECT_EQ(ContentOf(folder / "a"), "0123456789ab");
+    EXPECT_EQ(files(), 1) << "moved, not copied";
 }
 
 }  // namespace
