@@ -1,5 +1,5 @@
-// A plug-in that tells the test program what happens to it. NAME is its name; with PLUGIN_THROWS it fails in every
-// operation, with PLUGIN_FACTORY_THROWS already when it is made, with PLUGIN_NO_FACTORY it is none.
+// A plug-in that tells the test program what happens to it. NAME is its name; with PLUGIN_THROWS it fails in
+// every operation, with PLUGIN_FACTORY_THROWS already when it is made, with PLUGIN_NO_FACTORY it is none.
 
 #include <cppcms/views_pool.h>
 
