@@ -1,6 +1,5 @@
 // An uploaded firmware image: nothing beyond its end is read, and what its tree tells is bounded.
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cassert>

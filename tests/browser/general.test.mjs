@@ -41,13 +41,6 @@ describe("General page", () => {
         });
     });
 
-    test("a click on a row's heading reaches its field", async () => {
-        await withPage("/", desktop, async (page) => {
-            await page.getByText("Device Name").click();
-            assert.ok(await page.locator(nameField).evaluate((field) => field === document.activeElement));
-        });
-    });
-
     test("a message goes by itself", async () => {
         await withPage("/", { ...desktop, prepare: (page) => page.clock.install() }, async (page) => {
             await save(page, "");

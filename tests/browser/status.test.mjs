@@ -20,7 +20,7 @@ function contents(page, box) {
     });
 }
 
-const section = (title, text) => [`h3: ${title}`, `pre: ${text}`];
+const sections = (texts) => Object.entries(texts).flatMap(([title, text]) => [`h3: ${title}`, `pre: ${text}`]);
 const table = (title, rows) => [`h3: ${title}`, ...Object.entries(rows).flatMap(([th, td]) => [`th: ${th}`, `td: ${td}`])];
 /** A report is one text with headings in it. */
 const report = (parts) => {
@@ -30,8 +30,9 @@ const report = (parts) => {
 };
 
 const port = { eth1: " <b>up</b>\n", ethtool: "100Mb/s" };
-const portShown = [...section("Ethernet1 Interface", "<b>up</b>"), ...section("Ethernet1 Settings", "100Mb/s")];
+const portShown = sections({ "Ethernet1 Interface": "<b>up</b>", "Ethernet1 Settings": "100Mb/s" });
 const sources = "\n  .-- S\n / .- T\n";
+const shownSources = "  .-- S\n / .- T";
 const ntpd = { running: true, hasGps: true, gpsSync: true, ppsSync: false, syncTo: "GPS", rawOutput: "*" };
 const vpn = {
     connectionStatus: "<b>Connected</b>",
@@ -51,18 +52,12 @@ const vpn = {
 /** Page, box, call, and answers with what is shown of each. */
 const pages = [
     ["/", "#general_dynamic_status", { method: "general_dynamic_status", id: 2 }, [
-        [{ result: { date: "now\n", uptime: "1 day", boardTemp: "40", top: sources, processStatus: "PID" } }, [
-            ...section("Date", "now"),
-            ...section("Uptime", "1 day"),
-            ...section("Board Temperature", "40"),
-            ...section("Top", "  .-- S\n / .- T"),
-            ...section("Process Status", "PID"),
-        ]],
+        [{ result: { date: "now\n", uptime: "1 day", boardTemp: "40", top: sources, processStatus: "PID" } },
+            sections({ Date: "now", Uptime: "1 day", "Board Temperature": "40", Top: shownSources, "Process Status": "PID" })],
     ]],
     ["/config/network/ethernet1", "#ethernet1_status", { method: "ethernet1_status", id: 2 }, [
         [{ result: { ...port, brctl: "br1 8000", br1: "inet" } }, [
-            ...section("Bridge Setup", "br1 8000"),
-            ...section("Bridge Interface", "inet"),
+            ...sections({ "Bridge Setup": "br1 8000", "Bridge Interface": "inet" }),
             ...portShown,
         ]],
         [{ error: "Method <i>not</i> found" }, ["Error retrieving status: Method <i>not</i> found"]],
@@ -70,10 +65,8 @@ const pages = [
         [{ result: port }, portShown],
     ]],
     ["/config/network/port_forwarding", "#port_forwarding_status", { method: "port_forwarding_status", id: 1 }, [
-        [{ result: { filtering: "Chain INPUT", nat: "Chain <PREROUTING>" } }, [
-            ...section("Packet Filtering", "Chain INPUT"),
-            ...section("NAT Settings", "Chain <PREROUTING>"),
-        ]],
+        [{ result: { filtering: "Chain INPUT", nat: "Chain <PREROUTING>" } },
+            sections({ "Packet Filtering": "Chain INPUT", "NAT Settings": "Chain <PREROUTING>" })],
     ]],
     ["/config/network/orvane", "#orvane_status", { method: "orvane_status", id: 1 }, [
         [{ result: { isConnected: true, serverAddress: "192.0.2.7" } }, ["Connected to 192.0.2.7"]],
@@ -86,17 +79,15 @@ const pages = [
         [{ result: { isChronyd: true, running: false } }, ["h3: State", "p: Stopped"]],
         [{ result: { isChronyd: true, running: true, tracking: "Stratum 1", rawOutput: sources, clients: "C" } }, [
             ...["h3: State", "p: Running"],
-            ...section("Tracking", "Stratum 1"),
-            ...section("Sources", "  .-- S\n / .- T"),
-            ...section("Clients", "C"),
+            ...sections({ Tracking: "Stratum 1", Sources: shownSources, Clients: "C" }),
         ]],
         [{ result: ntpd }, [
             ...table("State", { Running: "Yes", GPS: "Synchronised", PPS: "Not synchronised", "Synchronised To": "GPS" }),
-            ...section("Raw Output", "*"),
+            ...sections({ "Raw Output": "*" }),
         ]],
     ]],
     ["/config/network/dns_server", "#dns_server_status", { method: "dns_server_status", id: 2 }, [
-        [{ result: { currentConf: "nameserver <1.2.3.4>\n" } }, section("DNS Settings", "nameserver <1.2.3.4>")],
+        [{ result: { currentConf: "nameserver <1.2.3.4>\n" } }, sections({ "DNS Settings": "nameserver <1.2.3.4>" })],
     ]],
     ["/config/network/openvpn", "#openvpn_status", { method: "openvpn_status", id: 2 }, [
         [{ result: vpn }, [
@@ -108,7 +99,7 @@ const pages = [
                 "Client Key": "key",
             }),
             ...table("Server Details", { Server: "vpn.example", Organization: "O", "Organizational Unit": "OU", Client: "C" }),
-            ...section("Log", "line <1>\nline 2"),
+            ...sections({ Log: "line <1>\nline 2" }),
         ]],
     ]],
     ["/config/network/access_point", "#status_access_point", { method: "wifi_ap_status", id: 2 }, [

@@ -35,12 +35,8 @@ class RunningDevice(unittest.TestCase):
         self.assertEqual("two words\n", self.device.enter("cat", input="two words\n").stdout)
         self.assertEqual("a  b", self.device.output("printf", "%s", "a  b"))
 
-    def test_network_has_the_device_interfaces(self):
-        interfaces = {line.split("@")[0].split()[0] for line in self.device.output("ip", "-br", "link").splitlines()}
-        self.assertEqual({"lo", "eth0", "eth1", "br1", "ppp0"}, interfaces)
+    def test_cables_lead_to_the_lan(self):
         lan = self.device.output("prm", "get", "net/lan_ipaddr")
-        self.assertIn(f" {lan}/24 ", self.device.output("ip", "-br", "address", "show", "br1") + " ")
-        # The cables lead somewhere: the LAN host reaches the device's web server.
         self.device.output("nsenter", "--net=/run/netns/lan", "curl", "-sfk", "--digest", "-u", "admin:admin",
                            f"https://{lan}/media/css/screen.css")
 

@@ -18,6 +18,7 @@ HEADERS = ("Content-Security-Policy", "X-Content-Type-Options", "X-Frame-Options
 
 ANSWERS = (
     ("302", "SITE/"),
+    *(("401", "SITE/" + path) for path in ("config/", "media/css/screen.css", "status/rpc", "progress", "no/such")),
     ("200", ADMIN + "SITE/config/"),
     ("404", ADMIN + "SITE/config/no/such"),
     ("200", ADMIN + "SITE/config/settings/advanced -d submit=Download"),
@@ -26,8 +27,10 @@ ANSWERS = (
     ("304", ADMIN + "SITE/media/css/screen.css -z '1 Jan 2100'"),
     ("200", ADMIN + "SITE/plugins/traffic/head/traffic.js"),
     ("403", ADMIN + "SITE/plugins/traffic"),
+    ("403", ADMIN + "SITE/config/settings/reboot -H 'Origin: http://evil.example' -d x=y"),
+    ("421", ADMIN + "SITE/config/ -H 'Host: evil.example'"),
     ("200", ADMIN + "SITE/progress"),
-    ("404", ADMIN + "SITE/no/such"),
+    *(("404", ADMIN + "SITE/" + path) for path in ("no/such", "connections", "server-status")),
     ("400", "SITE/ -H Host:"),
     ("413", "SITE/config/ -H 'Content-Length: 99999999999' -d x"),
     ("501", "SITE/ -X BREW"),
@@ -57,6 +60,8 @@ class Front(unittest.TestCase):
         return json.loads(self.shell(f"{LAN}{PROJECT}/tests/attack/front {options}"))
 
     def test_every_answer_binds_the_browser(self):
+        (_, head), = self.heads("SITE/config/?a=b", "http://192.168.0.1")
+        self.assertIn("ocation: https://192.168.0.1/config/?a=b", head)
         values = {name: set() for name in HEADERS}
         for wanted, options in ANSWERS:
             if wanted == "503":
@@ -114,6 +119,8 @@ class Front(unittest.TestCase):
         result = self.attack(f"silent {SITE} --connections 256 --seconds 3 --probe-from {OTHER}")
         self.assertIn(result["held"], range(1, 33))
         self.assertEqual(0, result["unanswered"], result)
+        own = self.shell("curl -s -o /dev/null -w '%{http_code}' http://127.0.0.1:8079/config/")
+        self.assertEqual("403", own, "what tells of connections tells nothing else")
 
     def test_an_uploaded_certificate_is_served_at_once(self):
         subject = f"{LAN}curl -skv {SITE} 2>&1 | grep -o 'subject: CN=.*'"

@@ -58,11 +58,7 @@ constexpr char cancel[] = "Refreshing (click to cancel)";
 }  // namespace
 
 TEST_F(CellularTest, ShowsTheSettingsOfTheSimCardAndTheFoundNetworks) {
-    struct {
-        char const *type;
-        char const *name;
-        char const *apn;
-    } const cards[] = {
+    std::tuple<char const *, char const *, char const *> const cards[] = {
         {"att", "AT&T", "att-apn"}, {"kpn", "Varnel KPN", "kpn-apn"}, {"KPN", "Unknown", "gprs-apn"}};
     for (auto const &[type, name, apn] : cards)
         Show({{"gprs/sim_type", type}},

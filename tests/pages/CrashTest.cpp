@@ -2,17 +2,13 @@
 #include <filesystem>
 #include <iostream>
 
-#include "tests/pages/support/Page.h"
+#include "tests/pages/support/OnTrial.h"
 
 namespace pages {
 
 namespace {
 
-constexpr int port = 8096;
-std::string const address = "http://127.0.0.1:" + std::to_string(port);
-constexpr char trialFile[] = "/tmp/crash/trial";
-constexpr char armed[] = "/tmp/crash/armed";
-constexpr char guardProgram[] = "/usr/sbin/webconfig-guard";
+constexpr char armed[] = "/tmp/trial/armed";
 
 /// More than a save or a taking back has.
 constexpr int mostCalls = 300;
@@ -23,10 +19,9 @@ int Step() {
     return step ? std::atoi(step) : 7;
 }
 
-/// A rule is stored, and goes back: two keys, one change set, one trial.
-class CrashTest : public testing::Test {
+class CrashTest : public OnTrial {
   protected:
-    CrashTest() { Reset(); }
+    CrashTest() : OnTrial("60") {}
 
     void SetUp() override {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -34,24 +29,8 @@ class CrashTest : public testing::Test {
 #endif
     }
 
-    void Reset() const {
-        device::Shell("rm -rf /tmp/crash; mkdir /tmp/crash");
-        store.Set(
-            {{"net/portfwd/tcp/08443/d_port", device::none}, {"net/portfwd/tcp/08443/d_ip", device::none}});
-    }
     static std::vector<std::string> Endable() {
         return {"LD_PRELOAD=" END_AT_LIBRARY, std::string("END_ARMED=") + armed};
-    }
-    static void AddRule() {
-        Browser(address).Post("/config/network/port_forwarding", {{"protocol", "tcp"},
-                                                                  {"sourcePort", "8443"},
-                                                                  {"destinationIP", "192.168.0.33"},
-                                                                  {"destinationPort", "443"},
-                                                                  {"add", "Add Row"}});
-    }
-    /// How much of the rule is stored: 0 to 2 keys.
-    static std::size_t Keys() {
-        return device::Count(device::Shell("prm list net/portfwd/tcp/08443"), "/d_");
     }
     /// Lets a sound guard end what is on trial.
     void ComesBack() const {
@@ -63,11 +42,6 @@ class CrashTest : public testing::Test {
         device::Process const guard(configuration, {}, guardProgram);
         EXPECT_TRUE(device::WaitForText(trialFile, "state returned")) << device::ReadFile(trialFile);
     }
-
-    std::string const configuration = device::Configuration(
-        port,
-        R"("history":{"file":"/tmp/crash/history.db"},"trial":{"file":"/tmp/crash/trial","seconds":60},)");
-    device::KeptStore const store;
 };
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <signal.h>
 
-#include <chrono>
 #include <filesystem>
 #include <future>
 #include <optional>

@@ -16,14 +16,10 @@ TEST(HardeningTest, ValuesStandInCommandsAsTheConfigurationSays) {
     std::string const password = "-5 $((6 * 7))";
     Fields const root = {
         {"passwordRoot", password}, {"passwordConfirmRoot", password}, {"submit", "Save Root Password"}};
-    struct {
-        Browser &browser;
-        std::string argument;
-        std::string given;
-        std::string result;
-    } const cases[] = {{plain, " -5 42", "", "42"},
-                       {hardened, "", password + '\n', "$((6 * 7))"},
-                       {escaped, " -- " + password, "", "$((6 * 7))"}};
+    std::tuple<Browser &, std::string, std::string, std::string> const cases[] = {
+        {plain, " -5 42", "", "42"},
+        {hardened, "", password + '\n', "$((6 * 7))"},
+        {escaped, " -- " + password, "", "$((6 * 7))"}};
     for (auto const &[browser, argument, given, result] : cases) {
         device::TakeCommands();
         browser.Post("/config/settings/advanced", root);
@@ -42,12 +38,7 @@ TEST(HardeningTest, NoPageHasAStoredSecretWhereTheyAreHidden) {
         "system/digest/root; do prm set $key s3cret; done");
     device::Process process(device::Configuration(9108));
     auto const leaks = [](Browser browser) {
-        Strings pages = {"/", "/service/assemblysn", "/regulatory/wifi"};
-        for (char const *name : {"firmware", "reboot", "advanced", "about"})
-            pages.push_back(std::string("/settings/") + name);
-        for (char const *name : {"ethernet1", "openvpn", "orvane", "port_forwarding", "cellular", "ntp",
-                                 "dns_server", "access_point", "wlan"})
-            pages.push_back(std::string("/network/") + name);
+        Strings pages = DeclaredPages();
         std::erase_if(pages, [&](auto const &path) {
             return browser.Get("/config" + path).body.find("s3cret") == std::string::npos;
         });

@@ -169,10 +169,7 @@ TEST_F(OpenVPNTest, ProvisioningFetchesAcknowledgesAndInstalls) {
 
 TEST_F(OpenVPNTest, TheServersNamesMakeTheFileName) {
     std::string const longest(124, 'n');
-    struct {
-        std::string names;
-        std::string file;
-    } const cases[] = {
+    std::pair<std::string, std::string> const cases[] = {
         {"client_full_name = \\/:?\"<>|'\n", "client.ovpn"},
         {"client_full_name = solo\norganisation_name =\n", "solo"},
         {"client_full_name = ../../x\norganisation_name = ..\n", "....x(..)"},
@@ -181,21 +178,17 @@ TEST_F(OpenVPNTest, TheServersNamesMakeTheFileName) {
         {"client_full_name = " + longest + "\norganisation_name = X\n", longest + "(X)"},
         {"client_full_name = $(touch ran)`touch ran`\norganisation_name =\n", "$(touch ran)`touch ran`"},
     };
-    for (auto const &c : cases) {
-        Server(c.names);
-        Expect(provision, {.written = Name(c.file)});
-        EXPECT_EQ(Installed(), c.file + '\n');
+    for (auto const &[names, file] : cases) {
+        Server(names);
+        Expect(provision, {.written = Name(file)});
+        EXPECT_EQ(Installed(), file + '\n');
         EmptyFolder();
     }
 }
 
 TEST_F(OpenVPNTest, AServerInABadMoodChangesNothing) {
     device::WriteFile("/etc/openvpn/client.conf", "kept");
-    struct {
-        char const *behaviour;
-        char const *message;
-        char const *requests;
-    } const cases[] = {
+    std::tuple<char const *, char const *, char const *> const cases[] = {
         {"status = 200\nconfig_size = 1023\n", "File is too small to be a configuration file", "2\n"},
         {"config_size = 1\nclient_full_name = webconfig_fwsugd_flag\norganisation_name =\n",
          "File is too small to be a configuration file", "2\n"},
@@ -205,11 +198,11 @@ TEST_F(OpenVPNTest, AServerInABadMoodChangesNothing) {
         {"answer = redirect\n", "Failed to communicate with server.", "6\n"},
         {"answer = endless\n", "Failed to communicate with server.", "1\n"},
     };
-    for (auto const &c : cases) {
-        Server(c.behaviour);
+    for (auto const &[behaviour, message, requests] : cases) {
+        Server(behaviour);
         device::WriteFile(requestLog, "");
-        Expect(provision, {.failure = c.message});
-        EXPECT_EQ(device::Shell(std::string("wc -l <") + requestLog), c.requests) << c.behaviour;
+        Expect(provision, {.failure = message});
+        EXPECT_EQ(device::Shell(std::string("wc -l <") + requestLog), requests) << behaviour;
         EXPECT_EQ(Installed() + Temporary(), "client.conf\n");
         EXPECT_FALSE(std::filesystem::exists("/tmp/webconfig_fwsugd_flag"));
     }

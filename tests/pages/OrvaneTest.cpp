@@ -53,10 +53,8 @@ TEST_F(OrvaneTest, SwitchingTheLinkTellsTheSupervisorOnce) {
 }
 
 TEST_F(OrvaneTest, APathsSettingsAreItsOwnAndTheDaemonGoesOn) {
-    struct {
-        char const *path;
-        char const *tab;
-    } const paths[] = {{"mesh", "1"}, {"cellular", "2"}, {"openvpn", "3"}};
+    std::pair<char const *, char const *> const paths[] = {
+        {"mesh", "1"}, {"cellular", "2"}, {"openvpn", "3"}};
     for (auto const &[name, tab] : paths) {
         std::string const path = name;
         Run({{"server", "<i>&"}, {"port", "65535"}, {path, "Save"}},

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <filesystem>
 #include <thread>
 
 #include "tests/pages/support/Browser.h"
@@ -16,10 +17,11 @@ constexpr char page[] = "/config/traffic/interfaces";
 constexpr char status[] = "/status/traffic";
 constexpr char call[] = R"({"method":"traffic_counters","params":[],"id":1})";
 
-std::string WithPlugins() {
-    std::string text = device::Configuration(port);
-    text.insert(text.find("\"media_root\""), R"("plugins":{"enable":true},"plugin_media_root":"plugins",)");
-    return text;
+constexpr char keys[] = R"("plugins":{"enable":true},"plugin_media_root":"plugins",)";
+
+std::size_t Entries(std::string const &folder) {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
 }
 
 /// The paths of a plug-in's media, and ways to leave their folder.
@@ -47,12 +49,16 @@ TEST(PluginsTest, ByDefaultThereAreNoneAndTheWebServerHasTheirMediaOnly) {
     ExpectOnlyMedia(browser);
 }
 
-TEST(PluginsTest, EachReloadUnloadsThemAndLoadsThemAfresh) {
-    device::Process process(WithPlugins());
+TEST(PluginsTest, EachReloadUnloadsThemAndLoadsThemAfreshAndLeaksNothing) {
+    device::Process process(device::Configuration(port, keys));
     Browser browser = device::Up(address);
     ExpectOnlyMedia(browser);
-    constexpr std::size_t reloads = 10;
-    for (std::size_t count = 0; count < reloads; ++count) {
+    std::string const proc = "/proc/" + std::to_string(process.Pid());
+    ASSERT_TRUE(device::Reload(process, browser));
+    std::size_t const descriptors = Entries(proc + "/fd");
+    std::size_t const threads = Entries(proc + "/task");
+    constexpr std::size_t reloads = 20;
+    for (std::size_t count = 1; count < reloads; ++count) {
         // At the same time, so that there are several roots with pages of the plug-in.
         std::vector<std::jthread> others;
         for (int number = 0; number < 3; ++number)
@@ -62,10 +68,13 @@ TEST(PluginsTest, EachReloadUnloadsThemAndLoadsThemAfresh) {
         ASSERT_TRUE(device::Reload(process, browser));
     }
     EXPECT_EQ(browser.Get(page).status, 200);
+    EXPECT_LE(Entries(proc + "/fd"), descriptors + 1);  // a connection may just come or go
+    EXPECT_EQ(Entries(proc + "/task"), threads);
     process.Signal(SIGTERM);
     EXPECT_EQ(process.Wait(), 0);
     EXPECT_EQ(device::Count(process.Log(), "load plugin OK: "), reloads + 1);
     EXPECT_EQ(device::Count(process.Log(), "Unloaded plugin OK"), reloads + 1);
+    EXPECT_EQ(device::Count(process.Log(), "webconfig start"), reloads + 1) << "each line once";
 }
 
 }  // namespace pages

@@ -67,10 +67,7 @@ TEST_F(PortForwardingTest, ShowsPresetRulesAndThatOfTheSharedScreen) {
 }
 
 TEST_F(PortForwardingTest, AddedRulesAreSortedStoredAndApplied) {
-    struct {
-        Strings row;
-        std::string folder;
-    } const cases[] = {
+    std::pair<Strings, std::string> const cases[] = {
         {{"0", "udp", "8002", "192.168.0.5", "53"}, "udp/08002"},
         {{"1", "tcp", "65535", "255.255.255.255", "70000"}, "tcp/65535"},
         {{"2", "tcp", "5", "01.2.3.4", "0"}, "tcp/00005"},
@@ -146,11 +143,7 @@ TEST_F(PortForwardingTest, AFailedSaveKeepsTheRowOpenWithItsOldValues) {
                                                                   {"sourcePortOld", "80"},
                                                                   {"destinationIPOld", "192.168.0.5"},
                                                                   {"destinationPortOld", "8080"}});
-    struct {
-        Fields changes;
-        char const *failure;
-        Strings errors;
-    } const cases[] = {
+    std::tuple<Fields, char const *, Strings> const cases[] = {
         {{{"destinationIP", "192.168.0.300"}}, invalid, {"Invalid IP address"}},
         {{{"sourcePort", "90"}}, ruleExists, {}},
         {{{"sourcePort", "8003"}}, presetExists, {}},

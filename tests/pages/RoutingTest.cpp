@@ -49,12 +49,4 @@ TEST(RoutingTest, LinksFollowTheConfiguredRoot) {
     EXPECT_EQ(pages.find("/config/"), std::string::npos) << pages.substr(pages.find("/config/") - 200, 400);
 }
 
-TEST(RoutingTest, TheRebootAlertFollowsTheFlag) {
-    Browser browser(device::address);
-    std::string const alert = "//div[@id='alertsBox']/a[@href='/config/settings/reboot']";
-    EXPECT_EQ(Html(browser.Get("/config/").body).Count(alert), 0U);
-    device::ReplacedFile const flag("/tmp/webconfig_reboot_flag", "");
-    EXPECT_EQ(Html(browser.Get("/config/").body).Count(alert), 1U);
-}
-
 }  // namespace pages

@@ -47,10 +47,7 @@ class StatusMethodsTest : public testing::Test {
 }  // namespace
 
 TEST_F(StatusMethodsTest, TellWhatToolsPrint) {
-    struct {
-        char const *method;
-        Strings parts;
-    } const cases[] = {
+    std::pair<char const *, Strings> const cases[] = {
         {"ethernet1_status",
          {R"("br1":"br1       Link encap:Ethernet)", R"("brctl":"bridge name\tbridge id)"}},
         {"port_forwarding_status", {R"("filtering":"Chain INPUT)", "Chain FORWARD", R"("nat":"Chain PRE)"}},
@@ -187,12 +184,7 @@ TEST_F(StatusMethodsTest, OpenVpn) {
     device::ReplacedFile const standard("/etc/openvpn/client.conf");
     std::string const embedded = std::string("\"Embedded in ") + path + '"';
     std::string const names = R"("organization":"Field","organizationalUnit":"","server":"vpn")";
-    struct {
-        char const *uploaded;
-        char const *authority;
-        char const *key;
-        Strings parts;
-    } const cases[] = {
+    std::tuple<char const *, char const *, char const *, Strings> const cases[] = {
         {none,
          none,
          none,

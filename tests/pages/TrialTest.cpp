@@ -1,46 +1,26 @@
 #include <filesystem>
 #include <memory>
 
-#include "tests/pages/support/Page.h"
+#include "tests/pages/support/OnTrial.h"
 
 namespace pages {
 
 namespace {
 
-constexpr int port = 8095;
-std::string const address = "http://127.0.0.1:" + std::to_string(port);
-constexpr char trialFile[] = "/tmp/trial/trial";
-constexpr char forwarding[] = "/config/network/port_forwarding";
 constexpr char rule[] = "net/portfwd/tcp/08443/d_port";
 
 /// A service and a guard of the test's own, with trials of two seconds.
-class TrialTest : public testing::Test {
+class TrialTest : public OnTrial {
   protected:
-    TrialTest() {
-        device::Shell("rm -rf /tmp/trial; mkdir /tmp/trial");
-        store.Set({{rule, device::none}, {"net/portfwd/tcp/08443/d_ip", device::none}});
-        StartService();
-    }
+    TrialTest() : OnTrial("2") { StartService(); }
 
     void StartService() {
         service = std::make_unique<device::Process>(configuration);
         browser = std::make_unique<Browser>(device::Up(address));
         device::TakeCommands();
     }
-    void StartGuard() {
-        guard = std::make_unique<device::Process>(configuration, std::vector<std::string>(),
-                                                  "/usr/sbin/webconfig-guard");
-    }
+    void StartGuard() { guard = std::make_unique<device::Process>(configuration, Strings(), guardProgram); }
 
-    Html AddRule() {
-        return Html(browser
-                        ->Post(forwarding, {{"protocol", "tcp"},
-                                            {"sourcePort", "8443"},
-                                            {"destinationIP", "192.168.0.33"},
-                                            {"destinationPort", "443"},
-                                            {"add", "Add Row"}})
-                        .body);
-    }
     Html Press(std::string const &button) {
         return Html(browser->Post("/config/settings/history", {{"action", button}}).body);
     }
@@ -49,10 +29,6 @@ class TrialTest : public testing::Test {
     bool Becomes(std::string const &state) { return device::WaitForText(trialFile, "state " + state); }
     static bool IsStored() { return device::Shell(std::string("prm get ") + rule + " 2>&1") == "443\n"; }
 
-    std::string const configuration = device::Configuration(
-        port,
-        R"("history":{"file":"/tmp/trial/history.db"},"trial":{"file":"/tmp/trial/trial","seconds":2},)");
-    device::KeptStore const store;
     std::unique_ptr<device::Process> service;
     std::unique_ptr<device::Process> guard;
     std::unique_ptr<Browser> browser;

@@ -29,28 +29,18 @@ struct Wrong {
     Strings marked;
 };
 
+/// The parameters before each case.
+Settings const usualSettings = {
+    {"vendor", "laird"},         {"region_code", "FCC"},        {"country", "US"},
+    {"ap/enabled", "no"},        {"ap/channel", "6:2437"},      {"ap/essid", "field"},
+    {"ap/wpa_psk", storedKey},   {"client/enabled", "no"},      {"client/essid", "plant"},
+    {"client/security", "wpa"},  {"client/wpa_psk", storedKey}, {"client/eap/identity", ""},
+    {"client/eap/password", ""}, {"client/mobile_qx", "no"}};
+
 class WifiTest : public PageTest {
   protected:
     WifiTest(std::string const &path, Strings const &applies)
-        : PageTest({path,
-                    "net/wifi/",
-                    {{"vendor", "laird"},
-                     {"region_code", "FCC"},
-                     {"country", "US"},
-                     {"ap/enabled", "no"},
-                     {"ap/channel", "6:2437"},
-                     {"ap/essid", "field"},
-                     {"ap/wpa_psk", storedKey},
-                     {"client/enabled", "no"},
-                     {"client/essid", "plant"},
-                     {"client/security", "wpa"},
-                     {"client/wpa_psk", storedKey},
-                     {"client/eap/identity", ""},
-                     {"client/eap/password", ""},
-                     {"client/mobile_qx", "no"}},
-                    {},
-                    "Configuration saved successfully",
-                    applies}) {
+        : PageTest({path, "net/wifi/", usualSettings, {}, "Configuration saved successfully", applies}) {
         browser.Get(path);  // the countries are read once, for the domain set then
         device::TakeCommands();
     }
@@ -248,11 +238,7 @@ TEST_F(WlanTest, BadInputIsRefused) {
 }
 
 TEST_F(WlanTest, TheCountriesAreThoseOfTheModulesDomain) {
-    struct {
-        char const *vendor;
-        char const *domain;
-        Strings countries;
-    } const cases[] = {
+    std::tuple<char const *, char const *, Strings> const cases[] = {
         {"laird", "none", {}},
         {"laird", "AU", {"AU", "NZ"}},
         {"other",

@@ -36,8 +36,6 @@ class base_widget;
 /// How forms are written.
 struct form_flags {
     typedef enum { as_html = 0, as_xhtml = 1 } html_type;
-    /// The markup around each widget.
-    typedef enum { as_p = 0, as_table = 1, as_ul = 2, as_dl = 3, as_space = 4 } html_list_type;
     /// A control is written in two parts; its attributes string stands between them.
     typedef enum { first_part = 0, second_part = 1 } widget_part_type;
 };
@@ -46,23 +44,19 @@ struct form_flags {
 class form_context : public form_flags {
   public:
     form_context() = default;
-    form_context(std::ostream &out, html_type html = as_html, html_list_type list = as_p)
-        : html_(html), list_(list), out_(&out) {}
+    form_context(std::ostream &out, html_type html = as_html) : html_(html), out_(&out) {}
 
     void html(html_type type) { html_ = type; }
-    void html_list(html_list_type type) { list_ = type; }
     void widget_part(widget_part_type part) { part_ = part; }
     void out(std::ostream &out) { out_ = &out; }
 
     html_type html() const { return html_; }
-    html_list_type html_list() const { return list_; }
     widget_part_type widget_part() const { return part_; }
     /// cppcms_error where no stream was given.
     std::ostream &out() const;
 
   private:
     html_type html_ = as_html;
-    html_list_type list_ = as_p;
     widget_part_type part_ = first_part;
     std::ostream *out_ = nullptr;
 };
@@ -70,7 +64,6 @@ class form_context : public form_flags {
 /// What forms and widgets have in common.
 class base_form : public form_flags {
   public:
-    virtual void render(form_context &context) = 0;
     /// Takes the values that the request carries.
     virtual void load(http::context &context) = 0;
     /// Whether the loaded values are acceptable.
@@ -81,12 +74,11 @@ class base_form : public form_flags {
     virtual ~base_form() = default;
 };
 
-/// A list of widgets and sub-forms. load(), validate(), clear() and render() go through it in order.
+/// A list of widgets and sub-forms. load(), validate() and clear() go through it in order.
 class form : public booster::noncopyable, public base_form {
   public:
     class iterator;
 
-    void render(form_context &context) override;
     void load(http::context &context) override;
     /// Validates all elements, also after one that is not valid.
     bool validate() override;
@@ -206,8 +198,6 @@ class base_widget : public booster::noncopyable, public base_form {
     void help(std::string const &text) { help_.emplace(text); }
     void help(locale::message const &text) { help_ = text; }
 
-    /// Writes label, error, control and help in the markup of the context's list type.
-    void render(form_context &context) override;
     /// Writes one part of the control.
     virtual void render_input(form_context &context) = 0;
     /// Forgets that there is a value; valid() stays.
@@ -225,13 +215,7 @@ class base_widget : public booster::noncopyable, public base_form {
     void auto_generate(form_context *context = nullptr);
 
   private:
-    friend class hidden;
-
     void number(unsigned place);
-    void render_control(form_context &context);
-    void render_message(form_context &context);
-    void render_error(std::ostream &out);
-    void render_field(form_context &context);
 
     base_form *parent_ = nullptr;
     std::string id_;
@@ -307,11 +291,10 @@ class text : public base_html_input, public base_text {
     int size_ = -1;
 };
 
-/// A field that is not shown: render() writes the control only.
+/// A field that is not shown.
 class hidden : public text {
   public:
     hidden() : text("hidden") {}
-    void render(form_context &context) override;
 };
 
 class password : public text {

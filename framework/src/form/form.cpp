@@ -12,11 +12,6 @@ base_form &form::base(element const &element) {
     return *std::visit([](auto *form_or_widget) -> base_form * { return form_or_widget; }, element);
 }
 
-void form::render(form_context &context) {
-    for (auto const &element : elements_)
-        base(element).render(context);
-}
-
 void form::load(http::context &context) {
     for (auto const &element : elements_)
         base(element).load(context);

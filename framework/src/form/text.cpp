@@ -81,10 +81,6 @@ void text::render_value(form_context &context) {
         context.out() << " value=\"" << filters::escape(text_) << '"';
 }
 
-void hidden::render(form_context &context) {
-    render_control(context);
-}
-
 bool password::validate() {
     if (!text::validate()) {
         value("");

@@ -120,7 +120,7 @@ Html PageTest::ExpectAnswer(std::string const &what, std::function<Answer()> con
     EXPECT_EQ(device::TakeCommands(), commands);
     bool const reboot = expected.reboot || (own && page.reboots);
     EXPECT_EQ(std::filesystem::remove(rebootFlag), reboot);
-    EXPECT_EQ(html.Count("//div[@id='alertsBox']"), reboot ? 1U : 0U);
+    EXPECT_EQ(html.Count("//div[@id='alertsBox']/a[@href='/config/settings/reboot']"), reboot ? 1U : 0U);
     for (auto const &[element, value] : expected.shown)
         EXPECT_EQ(html.Value(element), value) << element;
     if (!expected.tab.empty()) {

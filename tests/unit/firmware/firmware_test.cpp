@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 
 #include "WebApps/webconfig/util/FirmwareVerdict.h"
+#include "tests/unit/platform/TemporaryFolder.h"
 #include "tests/unit/util/LogCapture.h"
 
 namespace {
@@ -12,37 +12,34 @@ namespace {
 using namespace webconfig::util;
 namespace fs = std::filesystem;
 
-std::string const folder = "/tmp/firmware_test-" + std::to_string(::getpid());  // tests run side by side
-std::string const path = folder + "/image.itb";
-
-void Shell(std::string const &command) {
-    ASSERT_EQ(std::system(("cd " + folder + " && " + command).c_str()), 0) << command;
-}
-
 /// A device with the key "maker", images by device/make-image, and a key that the device does not have.
 class FirmwareVerdictTest : public testing::Test {
   protected:
     FirmwareVerdictTest() {
-        fs::remove_all(folder);
-        fs::create_directories(folder + "/keys");
         Shell(
-            "for key in maker stranger; do openssl genpkey -algorithm ed25519 -out $key.key; done;"
+            "mkdir keys; for key in maker stranger; do openssl genpkey -algorithm ed25519 -out $key.key; "
+            "done;"
             "openssl pkey -in maker.key -pubout -out keys/maker.pem; echo nothing >keys/broken.pem;"
             "openssl genpkey -algorithm ed448 | openssl pkey -pubout -out keys/another.pem");
     }
-    ~FirmwareVerdictTest() override { fs::remove_all(folder); }
 
-    static void Make(std::string const &options) {
+    void Shell(std::string const &command) const {
+        ASSERT_EQ(std::system(("cd " + folder.Path() + " && " + command).c_str()), 0) << command;
+    }
+    void Make(std::string const &options) const {
         Shell(PROJECT_SOURCE_DIR "/device/make-image " + options + " image.itb --size 200000");
     }
 
-    static FirmwareVerdict Judge(bool signedOnly = false) {
+    FirmwareVerdict Judge(bool signedOnly = false) const {
         return JudgeFirmware(path, {.soundTree = true,
                                     .signature = signedOnly,
                                     .platform = "brq4",
                                     .running = "1.9.0",
-                                    .keyFolder = folder + "/keys"});
+                                    .keyFolder = folder / "keys"});
     }
+
+    TemporaryFolder const folder;
+    std::string const path = folder / "image.itb";
 };
 
 constexpr char newer[] = "1.10.0, newer than the running 1.9.0";
@@ -105,7 +102,7 @@ TEST_F(FirmwareVerdictTest, TellsWhatAnImageIsAndRefusesWhatIsNotForThisDevice) 
 TEST_F(FirmwareVerdictTest, KeysOfAnotherKindAreLoggedAndAWithdrawnKeyCountsNoMore) {
     Make("1.9.0 --sign maker.key");
     LogCapture log(booster::log::warning);
-    fs::remove(folder + "/keys/maker.pem");
+    fs::remove(folder / "keys/maker.pem");
     EXPECT_STREQ(Judge(true).reason, "unknown-key");
     for (char const *const name : {"another", "broken"})
         EXPECT_TRUE(log.Contains(name + std::string(".pem is no public Ed25519 key"))) << name;
@@ -116,11 +113,7 @@ TEST_F(FirmwareVerdictTest, KeysOfAnotherKindAreLoggedAndAWithdrawnKeyCountsNoMo
 }
 
 TEST(FirmwareVersions, AreComparedByTheirNumbers) {
-    struct {
-        char const *offered;
-        char const *running;
-        Age age;
-    } const cases[] = {
+    std::tuple<char const *, char const *, Age> const cases[] = {
         {"1.10", "1.9", Age::Newer},      {"v2", "1.99.99", Age::Newer},     {"1.9.1", "1.9", Age::Newer},
         {"1.9.0", "1.9", Age::Same},      {"1.0-rc1", "1.0", Age::Unknown},  {"", "1", Age::Unknown},
         {"1", "", Age::Unknown},          {"1.9 (test)", "2.0", Age::Older}, {"0.0", "0", Age::Same},

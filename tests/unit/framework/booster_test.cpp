@@ -10,21 +10,16 @@ namespace {
 using namespace std::string_literals;
 
 TEST(RegexTest, MatchWantsTheWholeTextAndSearchAnyPart) {
-    struct {
-        char const *pattern;
-        std::string text;
-        bool matches;
-        bool found;
-    } const cases[] = {
+    std::tuple<char const *, std::string, bool, bool> const cases[] = {
         {"a|ab", "ab", true, true},   {"a", "ba", false, true},
         {"a$", "a\n", false, true},   {"(a+)+", std::string(60, 'a') + '!', false, true},
         {"[^/]*", "a\n", true, true}, {".", "\n", false, false},
         {"", "", true, true},         {"a.b", "a\0b"s, true, true},
     };
-    for (auto const &c : cases) {
-        booster::regex const expression(c.pattern);
-        EXPECT_EQ(booster::regex_match(c.text, expression), c.matches) << c.pattern;
-        EXPECT_EQ(booster::regex_search(c.text, expression), c.found) << c.pattern;
+    for (auto const &[pattern, text, matches, found] : cases) {
+        booster::regex const expression(pattern);
+        EXPECT_EQ(booster::regex_match(text, expression), matches) << pattern;
+        EXPECT_EQ(booster::regex_search(text, expression), found) << pattern;
     }
     EXPECT_THROW(booster::regex("(?:x"), booster::regex_error);
 }

@@ -2,15 +2,25 @@
 
 #include <cppcms/http_context.h>
 #include <cppcms/http_response.h>
+#include <cppcms/json.h>
 #include <cppcms/service.h>
 #include <fcntl.h>
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "fronts/connection.h"
 #include "http/body_reader.h"
 #include "http/environment.h"
+
+/// Settings without a log on the screen.
+inline cppcms::json::value QuietSettings(std::string const &locale = "C.UTF-8") {
+    cppcms::json::value settings;
+    settings.set("logging.stderr", false);
+    settings.set("localization.locales", std::vector<std::string>{locale});
+    return settings;
+}
 
 /// What a test's client sends.
 struct FakeInput {

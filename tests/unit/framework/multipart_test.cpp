@@ -72,10 +72,7 @@ TEST(MultipartParser, NeverCompletesABodyThatIsCutShort) {
 TEST(MultipartParser, RefusesMalformedBodies) {
     std::string const disposition = "Content-Disposition: form-data; name=\"a\"";
     std::string const head = "--B\r\n" + disposition + "\r\n\r\n";
-    struct {
-        char const *problem;
-        std::string body;
-    } const cases[] = {
+    std::pair<char const *, std::string> const cases[] = {
         {"preamble", "x" + head + "v\r\n--B--\r\n"},
         {"empty line first", "\r\n" + head + "v\r\n--B--\r\n"},
         {"other boundary", "--C\r\n"},
@@ -95,9 +92,9 @@ TEST(MultipartParser, RefusesMalformedBodies) {
         {"rubbish behind the name", "--B\r\nContent-Disposition: form-data; name=\"a\" b\r\n\r\n"},
         {"endless headers", "--B\r\nX: " + std::string(multipart_parser::max_header_size, 'x')},
     };
-    for (auto const &c : cases) {
+    for (auto const &[problem, body] : cases) {
         Recorder parts;
-        EXPECT_EQ(Parse({c.body}, parts), Result::malformed) << c.problem;
+        EXPECT_EQ(Parse({body}, parts), Result::malformed) << problem;
     }
 }
 

@@ -46,13 +46,6 @@ class Methods : public rpc::json_rpc_server {
 
 class Rpc : public testing::Test {
   protected:
-    static json::value Settings() {
-        json::value settings;
-        settings.set("logging.stderr", false);
-        settings.set("localization.locales", std::vector<std::string>{"en_US.UTF-8"});
-        return settings;
-    }
-
     /// Sends a request; returns the media type and the body of the answer as "TYPE|BODY".
     std::string Answered(FakeInput const &input) {
         FakeRequest request(service, input);
@@ -72,7 +65,7 @@ class Rpc : public testing::Test {
         return Answered({.content_type = "application/json", .body = body});
     }
 
-    cppcms::service service{Settings()};
+    cppcms::service service{QuietSettings()};
     Methods methods{service};
 };
 
@@ -118,12 +111,7 @@ TEST_F(Rpc, CallsWithoutAnAnswer) {
 TEST_F(Rpc, RequestsThatAreNoCalls) {
     std::string const good = R"({"method":"none","params":[],"id":1})";
     std::string const json = "application/json";
-    struct {
-        char const *method;
-        std::string type;
-        std::string body;
-        char const *problem;
-    } const cases[] = {
+    std::tuple<char const *, std::string, std::string, char const *> const cases[] = {
         {"GET", json, "", "Invalid request method"},
         {"POST", "text/json", good, "Invalid content type"},
         {"POST", json, "", "Invalid JSON"},
@@ -134,10 +122,10 @@ TEST_F(Rpc, RequestsThatAreNoCalls) {
         {"POST", json, R"({"method":"none","params":{},"id":1})", "Invalid JSON-RPC"},
         {"POST", json, R"({"method":"none","params":[]})", "Invalid JSON-RPC"},
     };
-    for (auto const &c : cases) {
-        EXPECT_EQ(Answered({.method = c.method, .content_type = c.type, .body = c.body}),
-                  std::string("text/plain; charset=utf-8|") + c.problem + '\n')
-            << c.method << ' ' << c.type << ' ' << c.body;
+    for (auto const &[method, type, body, problem] : cases) {
+        EXPECT_EQ(Answered({.method = method, .content_type = type, .body = body}),
+                  std::string("text/plain; charset=utf-8|") + problem + '\n')
+            << method << ' ' << type << ' ' << body;
     }
     for (auto const *type :
          {"Application/JSON ; charset=x", "application/jsonrequest", "application/json-rpc"})

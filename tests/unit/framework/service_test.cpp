@@ -41,10 +41,7 @@ class CommandLine : public testing::Test {
 };
 
 TEST_F(CommandLine, GivesSettings) {
-    struct {
-        std::vector<std::string> arguments;
-        char const *settings;
-    } const cases[] = {
+    std::pair<std::vector<std::string>, char const *> const cases[] = {
         {{"-c", file_}, R"({"a":{"b":1,"c":"x"},"d":true})"},
         {{"-c", file_, "--a-b=2", "--d-e_f=no"}, R"({"a":{"b":2,"c":"x"},"d":{"e_f":"no"}})"},
         {{"--d=1", "-c", file_}, R"({"a":{"b":1,"c":"x"},"d":1})"},
@@ -53,8 +50,8 @@ TEST_F(CommandLine, GivesSettings) {
          R"({"a":true,"b":false,"c":null,"d":[1,{}],"e":"a=b"})"},
         {{"--a=1", "-U", "--b=2", "-c"}, R"({"a":1})"},
     };
-    for (auto const &c : cases)
-        EXPECT_EQ(Load(c.arguments).save(), c.settings);
+    for (auto const &[arguments, settings] : cases)
+        EXPECT_EQ(Load(arguments).save(), settings);
     setenv("CPPCMS_CONFIG", file_.c_str(), 1);
     EXPECT_EQ(Load({"--d=0"}).save(), R"({"a":{"b":1,"c":"x"},"d":0})");
 }

@@ -89,11 +89,7 @@ TEST_F(UrlTest, KeysAreLookedUpFromTheTopFromHereAndFromTheParent) {
     settings->mapper().assign("one", "/one/{1}");
     network->mapper().assign("general", "/general");
 
-    struct {
-        cppcms::application *app;
-        char const *key;
-        char const *url;
-    } const cases[] = {
+    std::tuple<cppcms::application *, char const *, char const *> const cases[] = {
         {&root, "/settings/general", "/config/settings/general"},
         {settings, "/settings/general", "/config/settings/general"},
         {settings, "./general", "/config/settings/general"},
@@ -106,8 +102,8 @@ TEST_F(UrlTest, KeysAreLookedUpFromTheTopFromHereAndFromTheParent) {
         {&root, "/nochild/x", "url_mapper: key `nochild' not found for url `/nochild/x'"},
         {&root, "/settings/one", "url_mapper: invalid number of parameters for onein url `/settings/one'"},
     };
-    for (auto const &c : cases)
-        EXPECT_EQ(Mapped(*c.app, c.key), c.url) << c.key;
+    for (auto const &[app, key, url] : cases)
+        EXPECT_EQ(Mapped(*app, key), url) << key;
 
     std::ostringstream out;
     root.mapper().map(out, "/settings/about", "a b", 7);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,8 +10,8 @@
 /// A folder that lives as long as the object.
 class TemporaryFolder {
   public:
-    TemporaryFolder() {
-        std::string name = "/tmp/webconfig-test.XXXXXX";
+    explicit TemporaryFolder(std::string const &parent = "/tmp") {
+        std::string name = parent + "/webconfig-test.XXXXXX";
         if (!::mkdtemp(name.data()))
             throw std::runtime_error("cannot make " + name);
         path_ = name;
@@ -25,6 +23,7 @@ class TemporaryFolder {
     TemporaryFolder(TemporaryFolder const &) = delete;
     TemporaryFolder &operator=(TemporaryFolder const &) = delete;
 
+    std::string const &Path() const { return path_; }
     std::string operator/(std::string const &name) const { return path_ + '/' + name; }
 
     /// Makes a file and returns its path.

@@ -35,11 +35,7 @@ TEST_F(PrmTool, CommandsAnswerAsDocumented) {
     folder.File("ca.pem", "secret");
     std::string const file = folder / "ca.pem";
     // In this order: each line works on what the ones before have left.
-    struct {
-        std::string arguments;
-        int code;
-        std::string output;
-    } const cases[] = {
+    std::tuple<std::string, int, std::string> const cases[] = {
         {"set /net/hostname 'field box'", 0, ""},
         {"get net/hostname", 0, "field box\n"},
         {"get net/none", 1, "prm: net/none: no such parameter\n"},
@@ -47,7 +43,7 @@ TEST_F(PrmTool, CommandsAnswerAsDocumented) {
         {"set net/mtu 1400x", 1,
          "prm: net/mtu: '1400x' is not an int, the type of this parameter (-t changes it)\n"},
         {"set net/mtu -5", 0, ""},
-        {"set -t float gain 0.50", 0, ""},
+        {"set -t float gain 0.10", 0, ""},
         {"set -t int gain 1.5", 1, "prm: gain: '1.5' is not an int\n"},
         {"addfile net/ca " + file + " 0640", 0, ""},
         {"addfile net/ca /none", 1, "prm: /none: not a readable file of at most 4 MiB\n"},
@@ -56,15 +52,15 @@ TEST_F(PrmTool, CommandsAnswerAsDocumented) {
          "\"net/ca\",\"secret\", file 0640\n\"net/hostname\",\"field box\", s\n\"net/mtu\",\"-5\", i\n"},
         {"del /net", 0, ""},
         {"del /net", 1, "prm: /net: no such parameter\n"},
-        {"export", 0, "\"gain\",\"0.5\", f\n"},
+        {"export", 0, "\"gain\",\"0.1\", f\n"},
         {"get ''", 1, "prm: '' is not a key\n"},
         {"get", 2, "prm: wrong number of arguments for get\nTry 'prm --help'.\n"},
         {"list > /dev/full", 1, "prm: cannot write the output\n"},
     };
-    for (auto const &expected : cases) {
-        Outcome const outcome = Run(expected.arguments);
-        EXPECT_EQ(outcome.code, expected.code) << expected.arguments;
-        EXPECT_EQ(outcome.output, expected.output) << expected.arguments;
+    for (auto const &[arguments, code, output] : cases) {
+        Outcome const outcome = Run(arguments);
+        EXPECT_EQ(outcome.code, code) << arguments;
+        EXPECT_EQ(outcome.output, output) << arguments;
     }
 }
 

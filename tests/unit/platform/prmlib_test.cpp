@@ -43,43 +43,20 @@ class PrmLib : public testing::Test {
     cPrmLib client{webClient};
 };
 
-TEST_F(PrmLib, ValuesKeepTypeAndTextOfWhatWasSet) {
-    std::string const bytes("a\0\"\n\xff", 5);
-    EXPECT_EQ(client.setPar("i", INT_MIN), Ok);
-    EXPECT_EQ(client.setPar("f", 0.1f), Ok);
-    EXPECT_EQ(client.setPar("s", bytes), Ok);
-    struct {
-        char const *key;
-        std::string text;
-        int type;
-    } const cases[] = {{"i", "-2147483648", 0}, {"f", "0.1", 1}, {"s", bytes, 2}};
-    for (auto const &expected : cases) {
-        std::string text = "(none)";
-        auto type = static_cast<PRM_PAR_T>(3);
-        EXPECT_EQ(client.getPar(expected.key, text, &type), Ok) << expected.key;
-        EXPECT_EQ(text, expected.text);
-        EXPECT_EQ(static_cast<int>(type), expected.type) << expected.key;
-    }
-}
-
 TEST_F(PrmLib, NumbersAreReadFromAnyValueThatIsOne) {
-    struct {
-        char const *stored;
-        int code;
-        int number;
-    } const cases[] = {{"42", Ok, 42},
-                       {"-7.9", Ok, -7},
-                       {"1e3", Ok, 1000},
-                       {"2147483648", Invalid, 5},
-                       {"-2147483648", Ok, INT_MIN},
-                       {"nan", Invalid, 5},
-                       {"4 2", Invalid, 5},
-                       {"", Invalid, 5}};
-    for (auto const &expected : cases) {
-        client.setPar("n", expected.stored);
+    std::tuple<char const *, int, int> const cases[] = {{"42", Ok, 42},
+                                                        {"-7.9", Ok, -7},
+                                                        {"1e3", Ok, 1000},
+                                                        {"2147483648", Invalid, 5},
+                                                        {"-2147483648", Ok, INT_MIN},
+                                                        {"nan", Invalid, 5},
+                                                        {"4 2", Invalid, 5},
+                                                        {"", Invalid, 5}};
+    for (auto const &[stored, code, read] : cases) {
+        client.setPar("n", stored);
         int number = 5;
-        EXPECT_EQ(client.getPar("n", &number), expected.code) << expected.stored;
-        EXPECT_EQ(number, expected.number) << expected.stored;
+        EXPECT_EQ(client.getPar("n", &number), code) << stored;
+        EXPECT_EQ(number, read) << stored;
     }
     float real = 0;
     client.setPar("n", 0.3f);

@@ -142,22 +142,18 @@ TEST(SerialdClient, ADaemonThatStoppedReadingHoldsNobody) {
 TEST(SerialdClient, ConnectingIsTriedThreeTimes) {
     std::string const line = "cSerialdClient: bind: Address already in use\n";
     Server server;
-    struct {
-        int failures;
-        bool sent;
-        std::string told;
-    } const cases[] = {
+    std::tuple<int, bool, std::string> const cases[] = {
         {0, true, ""}, {1, true, line}, {2, true, line + line}, {3, false, line + line + line}};
-    for (auto const &expected : cases) {
+    for (auto const &[failures, sent, told] : cases) {
         cSerialdClient client(clientId);
-        failingBinds = expected.failures;
+        failingBinds = failures;
         auto const start = Clock::now();
         testing::internal::CaptureStderr();
-        EXPECT_EQ(client.RequestStats(), expected.sent);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), expected.told);
-        EXPECT_GE(Clock::now() - start, expected.failures * 100ms);
+        EXPECT_EQ(client.RequestStats(), sent);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), told);
+        EXPECT_GE(Clock::now() - start, failures * 100ms);
         EXPECT_EQ(failingBinds, 0);
-        EXPECT_EQ(server.Receive(), expected.sent ? Control(99, 2).bytes() : "nothing");
+        EXPECT_EQ(server.Receive(), sent ? Control(99, 2).bytes() : "nothing");
     }
 }
 

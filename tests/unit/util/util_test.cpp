@@ -35,12 +35,10 @@ using namespace webconfig::util;
 namespace fs = std::filesystem;
 
 TEST(Commands, OutputIsCutAtTheMaximum) {
-    struct {
-        unsigned maximum;
-        char const *output;
-    } const cases[] = {{10, "0123456789"}, {9, "012345..."}, {4, "0..."}, {3, "012"}, {0, ""}};
-    for (auto const &expected : cases)
-        EXPECT_EQ(ShellCommand("printf 0123456789", expected.maximum), expected.output);
+    std::pair<unsigned, char const *> const cases[] = {
+        {10, "0123456789"}, {9, "012345..."}, {4, "0..."}, {3, "012"}, {0, ""}};
+    for (auto const &[maximum, output] : cases)
+        EXPECT_EQ(ShellCommand("printf 0123456789", maximum), output);
     EXPECT_EQ(ShellCommand("yes", 5), "y\n...");
 }
 
@@ -95,25 +93,15 @@ TEST(Partition, FiguresAreThoseOfExtendedFileSystems) {
 
 class Files : public testing::Test {
   public:
-    Files() {
-        for (auto const &folder : {folder_, other_}) {
-            fs::remove_all(folder);
-            fs::create_directories(folder);
-        }
-    }
-    ~Files() override {
-        fs::remove_all(folder_);
-        fs::remove_all(other_);
-    }
-
-  protected:
     static std::string Make(fs::path const &path, std::string const &content) {
         std::ofstream(path) << content;
         return path;
     }
 
-    fs::path const folder_ = "/tmp/webconfig-util-test";
-    fs::path const other_ = "/dev/shm/webconfig-util-test." + std::to_string(::getpid());
+    TemporaryFolder const inTmp_;
+    TemporaryFolder const inMemory_{"/dev/shm"};
+    fs::path const folder_ = inTmp_.Path();
+    fs::path const other_ = inMemory_.Path();
 };
 
 TEST_F(Files, MoveReplacesAlsoBetweenFileSystemsWhateverTheNames) {
@@ -172,20 +160,16 @@ TEST_F(Files, FindSelectsByTypeAndPattern) {
         Make(folder_ / name, "");
     fs::create_directory(folder_ / "d.so");
     fs::create_symlink("a.so", folder_ / "l.so");
-    struct {
-        FindFilesType type;
-        char const *pattern;
-        std::vector<std::string> names;
-    } const cases[] = {
+    std::tuple<FindFilesType, char const *, std::vector<std::string>> const cases[] = {
         {FindFilesType::Files, "so", {"a.so", "b.so"}},
         {FindFilesType::Files, "^(a|b)\\.so$", {"a.so", "b.so"}},
         {FindFilesType::Directories, ".*", {"d.so"}},
         {FindFilesType::All, "", {".", "..", "a.so", "b.so", "b.txt", "d.so", "l.so"}},
     };
-    for (auto const &expected : cases) {
-        auto names = FindFiles(folder_, expected.type, expected.pattern);
+    for (auto const &[type, pattern, found] : cases) {
+        auto names = FindFiles(folder_, type, pattern);
         std::sort(names.begin(), names.end());
-        EXPECT_EQ(names, expected.names) << expected.pattern;
+        EXPECT_EQ(names, found) << pattern;
     }
     EXPECT_TRUE(FindFiles(folder_ / "none", FindFilesType::All, ".*").empty());
 }
@@ -204,21 +188,6 @@ class Flags : public testing::Test {
             ::unlink(path);
     }
 };
-
-TEST_F(Flags, AreFilesThatComeAndGo) {
-    for (bool const on : {true, false}) {
-        MarkForceReload(on);
-        EXPECT_EQ(FileExists("/tmp/webconfig_freload_flag"), on);
-        EXPECT_EQ(IsForceReloadFlagged(), on);
-        MarkFirmwareUpgrade(on);
-        EXPECT_EQ(FileExists("/tmp/webconfig_fwsugd_flag"), on);
-        EXPECT_EQ(IsFirmwareUpgradeFlagged(), on);
-    }
-    EXPECT_FALSE(IsRebootRequired());
-    MarkRebootRequired();
-    EXPECT_TRUE(FileExists("/tmp/webconfig_reboot_flag"));
-    EXPECT_TRUE(IsRebootRequired());
-}
 
 TEST_F(Flags, AFinishedUpgradeNeedsAReboot) {
     std::pair<char const *, bool> const cases[] = {
@@ -289,32 +258,6 @@ TEST_F(Flags, UpgradeIsInProgressWhileItsLockIsHeld) {
     fs::create_directory(lockFile);  // cannot be opened for writing, by nobody
     EXPECT_TRUE(IsFirmareUpgradeInProgress());
     fs::remove(lockFile);
-}
-
-/// Without a firmware tool in this place the child ends after the scripts.
-TEST_F(Files, UpgradeStopsTheApplicationsFromACleanDaemon) {
-    std::string const report = folder_ / "report";
-    fs::path const scripts = folder_ / "mnt/app/etc/init.d";
-    fs::create_directories(scripts);
-    Make(scripts / "rcS",
-         "#!/bin/sh\n{ echo \"$*\"; pwd; umask; readlink /proc/self/fd/0 /proc/$PPID/fd/2; ls /proc/$PPID/fd;"
-         " grep SigBlk /proc/self/status; echo end; } > " +
-             report);
-    fs::permissions(scripts / "rcS", fs::perms::owner_all);
-    int const inheritable = ::dup(STDERR_FILENO);
-    SignalDisposition const restored(SIGCHLD, SIG_DFL);
-    pid_t pid = -1;
-    {
-        BlockedSignals const blocked;
-        pid = ForkFirmwareUpgrade("/tmp/image", folder_ / "mnt");
-    }
-    EXPECT_GT(pid, 0);
-    for (int i = 0; i < 100 && !ContentOf(report).ends_with("end\n"); ++i)
-        ::usleep(20000);
-    EXPECT_EQ(ContentOf(report),
-              "stop\n/\n0000\n/dev/null\n/dev/null\n0\n1\n2\nSigBlk:\t0000000000000000\nend\n");
-    EXPECT_EQ(::waitpid(pid, nullptr, 0), -1) << "nobody waits for it";
-    ::close(inheritable);
 }
 
 }  // namespace

@@ -15,11 +15,7 @@ using namespace webconfig::util;
 
 // What WPA's standard gives as examples.
 TEST(Wifi, TheKeyIsThatOfTheStandardWhoeverComputesIt) {
-    struct {
-        std::string ssid;
-        std::string passPhrase;
-        char const *key;
-    } const examples[] = {
+    std::tuple<std::string, std::string, char const *> const examples[] = {
         {"IEEE", "password", "f42c6fc52df0ebef9ebb4b90b38a5f902e83fe1b135a70e23aed762e9710a12e"},
         {"ThisIsASSID", "ThisIsAPassword",
          "0dc0d6eb90555ed6419756b9a15ec3e3209b63df707dd508d14581f8982721af"},

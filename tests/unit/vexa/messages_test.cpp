@@ -61,11 +61,7 @@ std::string const gprsStats =
         .bytes();
 
 TEST(Messages, LayoutIsTheSameBothWays) {
-    struct {
-        std::string bytes;
-        unsigned type;
-        std::string fields;
-    } const cases[] = {
+    std::tuple<std::string, unsigned, std::string> const cases[] = {
         {gprsStats, 8,
          std::string(31, 'M') + " 1.2.3 35661 +4915^VA-1 8949 2 -75 7 Field 1 6 800 11 " +
              std::string(127, 'a') + " 18001 -2147483648 -2 1001 1002 1003 1004 1005 4294967295 "},
@@ -91,12 +87,7 @@ TEST(Messages, LayoutIsTheSameBothWays) {
 }
 
 TEST(Messages, SmallBuffersGetTheTypeOrNothing) {
-    struct {
-        std::string bytes;
-        unsigned size;
-        int result;
-        unsigned written;
-    } const cases[] = {
+    std::tuple<std::string, unsigned, int, unsigned> const cases[] = {
         {Wire(4, {{0, {14}}}).bytes(), 3, -1, 0},
         {Wire(4, {{0, {14}}}).bytes(), 4, 4, 4},
         {serverStats, 3, -1, 0},

@@ -18,11 +18,7 @@ TEST(Audit, NoValueForgesALineAndAllAreReadAsTheyWere) {
                         {{"key", "net/hostname"}, {"x", ""}}),
               "audit event=setting result=failed user=admin address=192.168.0.20 page=/config/ "
               "time=2026-11-22T12:00:00Z key=net/hostname x=-");
-    struct {
-        std::string value;
-        char const *word;
-        char const *read;
-    } const cases[] = {
+    std::tuple<std::string, char const *, char const *> const cases[] = {
         {"a b", "a%20b", "a b"},
         {"x\nNov 22 08:15:00 vm authpriv.notice web: audit event=reboot",
          "x%0ANov%2022%2008:15:00%20vm%20authpriv.notice%20web:%20audit%20event%3Dreboot",

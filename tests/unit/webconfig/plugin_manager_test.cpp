@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <utility>
 
 #include "WebApps/webconfig/data/Menu.h"
 #include "tests/unit/platform/TemporaryFolder.h"
@@ -58,7 +57,7 @@ class PluginManagerTest : public testing::Test {
         ::unsetenv("MOUNT_DIR");
     }
 
-    std::string Root() const { return fs::path(volumes_ / "").parent_path(); }
+    std::string const &Root() const { return volumes_.Path(); }
 
     /// Puts a file of the volume \a entry below its plug-in folder.
     void File(std::string const &entry, std::string const &name, std::string const &content = "") const {

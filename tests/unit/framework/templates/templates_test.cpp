@@ -36,11 +36,13 @@ TEST_F(Templates, LoopsFiltersAndWhiteSpace) {
 
     lists.numbers = {7, 1234567};
     lists.pairs = {{"a", "<1>"}, {"b&", "2"}};
-    lists.text = "<\"'&/ \n>";
+    lists.text = "<\"'&/ \n>\\-_.~\xC3\xA9\x01";
     EXPECT_EQ(Render("Lists", lists),
               "[list 1:7, 2:1234567 end]\n[0:1234567 1:7 ]\n[a=<1>;b&amp;=2;]\n"
-              "&lt;&quot;&#39;&amp;/ \n&gt;|<\"'&/ \n>|<\\\"\\u0027&/ \\n>|%3c%22%27%26%2f%20%0a%3e|"
-              "%26lt%3b%26quot%3b%26%2339%3b%26amp%3b%2f%20%0a%26gt%3b|0\n  \n  neither\n  \n.");
+              "&lt;&quot;&#39;&amp;/ \n&gt;\\-_.~\xC3\xA9\x01|<\"'&/ \n>\\-_.~\xC3\xA9\x01|"
+              "<\\\"\\u0027&/ \\n>\\\\-_.~\xC3\xA9\\u0001|%3c%22%27%26%2f%20%0a%3e%5c-_.~%c3%a9%01|"
+              "%26lt%3b%26quot%3b%26%2339%3b%26amp%3b%2f%20%0a%26gt%3b%5c-_.~%c3%a9%01|0\n"
+              "  \n  neither\n  \n.");
     lists.flag = true;
     EXPECT_NE(Render("Lists", lists).find("|1\n  \n  flag\n  \n"), std::string::npos);
 }

@@ -1,5 +1,5 @@
-// A plug-in that tells the test program what happens to it. NAME is its name; with THROWS it fails in every
-// operation, with FACTORY_THROWS already when it is made, with NO_FACTORY it is none.
+// A plug-in that tells the test program what happens to it. NAME is its name; with PLUGIN_THROWS it fails in
+// every operation, with PLUGIN_FACTORY_THROWS already when it is made, with PLUGIN_NO_FACTORY it is none.
 
 #include <cppcms/views_pool.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 void Tell(std::string const &event) {
     PluginEvent((NAME " " + event).c_str());
-#ifdef THROWS
+#ifdef PLUGIN_THROWS
     throw std::runtime_error(event + " failed");
 #endif
 }
@@ -48,10 +48,10 @@ class Fixture : public webconfig::Plugin {
 
 }  // namespace
 
-#ifndef NO_FACTORY
+#ifndef PLUGIN_NO_FACTORY
 webconfig::Plugin *create_webconfig_plugin() {
     static Fixture fixture;  // outlives a manager that forgets it
-#ifdef FACTORY_THROWS
+#ifdef PLUGIN_FACTORY_THROWS
     throw std::runtime_error("factory failed");
 #endif
     PluginEvent(NAME " created");
