@@ -1,9 +1,9 @@
-// A file of parameters, as `prm import` takes it and the backup of the pages is written: what is read can be
+// A file of parameters, as `prm import` takes it: what is read can be
 // written, and is read as the same parameters.
 #include <cassert>
 #include <sstream>
 
-#include "platform/prm/tool/ParameterFile.h"
+#include "parameters/ParameterFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(unsigned char const *data, std::size_t size) {
     std::istringstream in(std::string(reinterpret_cast<char const *>(data), size));

@@ -1,6 +1,7 @@
 // Changes and their way back: the history, and settings on trial.
 
 import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
 import { after, describe, test } from "node:test";
 import { desktop, eventually, inDevice, submit, waitForText, withPage } from "./device.mjs";
 
@@ -35,6 +36,28 @@ describe("changes", () => {
             await Promise.all([page.waitForNavigation(), page.click(".saved_changes a")]);
             await submit(page, ".history_set:target >> input[value='Undo']");
             assert.match(await page.textContent(".form_result_msg.success"), /^Undo of \d+ is done\.$/);
+        });
+        assert.equal(storedName(), before);
+    });
+
+    test("a backup comes as a file, and is taken back when it has been shown", async () => {
+        await withPage("/config/settings/advanced#advanced_configuration_tab", desktop, async (page) => {
+            const [download] = await Promise.all([
+                page.waitForEvent("download"),
+                page.click("input[value='Backup Configuration']"),
+            ]);
+            inDevice("prm", "set", "net/hostname", `${before}-3`);
+            await page.setInputFiles("input[name='configurationFile']", {
+                name: download.suggestedFilename(),
+                mimeType: "text/plain",
+                buffer: readFileSync(await download.path()),
+            });
+            await submit(page, "input[value='Restore Configuration']");
+            assert.equal(await page.textContent("#restore_form del"), "-3");
+            assert.ok(!(await page.isVisible("#restore_form .caution")), "a backup of this device");
+            await page.uncheck("#restore_form >> text=Reboot afterwards");
+            await submit(page, "input[value='Apply Backup']");
+            assert.equal(await page.textContent(".form_result_msg.success"), "The backup is restored.");
         });
         assert.equal(storedName(), before);
     });

@@ -8,7 +8,12 @@
 namespace webconfig::data {
 struct Advanced;
 struct Firmware;
+struct Reboot;
 }  // namespace webconfig::data
+
+namespace webconfig::history {
+struct RestorePlan;
+}  // namespace webconfig::history
 
 namespace webconfig::forms {
 class AdvancedPassword;
@@ -44,7 +49,7 @@ class Settings : public Base {
     bool _StartFirmwareUpgrade(data::Firmware &content);
     bool _AcceptImage(data::Firmware &content, std::string const &image, std::string const &sha256);
 
-    // The actions of the Advanced page. They return true where they have answered with a download.
+    // The actions of the Advanced page. They return true where they have answered themselves.
     bool _SaveAdministration(data::Advanced &content);
     bool _EraseConfiguration(data::Advanced &content);
     bool _ErasePartition(data::Advanced &content);
@@ -53,10 +58,18 @@ class Settings : public Base {
     bool _BackupConfiguration(data::Advanced &content);
     bool _DownloadSyslog(data::Advanced &content);
     bool _DownloadDeployerLog(data::Advanced &content);
+    bool _UploadBackup(data::Advanced &content);
+    bool _AnswerBackup(data::Advanced &content);
+    bool _DiscardBackup(data::Advanced &content);
     bool _InstallCertificate(data::Advanced &content);
     void _DescribeCertificate(data::Advanced &content);
     /// Fills the audit's tab, where the policy asks for one, with what the query asks for.
     void _ShowAudit(data::Advanced &content);
+    /// Shows what the kept upload would change, or lets it.
+    bool _TakeBackup(data::Advanced &content, bool apply);
+    bool _ApplyBackup(data::Advanced &content, history::RestorePlan plan);
+    /// Answers with the page that waits for the device, which reboots then.
+    void _RebootAndWait(data::Reboot &content);
     data::Message _WebPassword(forms::AdvancedPassword &form);
     data::Message _RootPassword(forms::AdvancedPassword &form);
 

@@ -5,6 +5,7 @@
 
 #include "WebApps/webconfig/data/AdvancedAudit.h"
 #include "WebApps/webconfig/data/AdvancedCertificate.h"
+#include "WebApps/webconfig/data/AdvancedRestore.h"
 #include "WebApps/webconfig/data/BaseTabbed.h"
 #include "WebApps/webconfig/forms/AdvancedAdministration.h"
 #include "WebApps/webconfig/forms/AdvancedDownloads.h"
@@ -21,6 +22,8 @@ struct Advanced : public BaseTabbed {
     forms::AdvancedPassword web_password{"Web"};
     forms::AdvancedPassword root_password{"Root"};
     forms::AdvancedConfiguration configuration;
+    bool can_restore = false;                // where the configuration asks for it
+    std::optional<AdvancedRestore> restore;  // where a backup was uploaded
     forms::AdvancedSyslog syslog;
     forms::AdvancedDeployerLog deployer_log;
     std::optional<AdvancedCertificate> certificate;  // where the policy lets it be uploaded

@@ -5,13 +5,37 @@
 #include <ctime>
 
 #include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/util/Utf8.h"
 
 namespace webconfig::data {
 
 namespace {
 
+/// Of a value that is a file, or a long text, so much is shown: what has changed, and around it.
+constexpr std::size_t mostMarked = 200;
+constexpr std::size_t mostBeside = 60;
+constexpr char ellipsis[] = "\xE2\x80\xA6";
+
 bool IsContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
+/// The first or the last \a most bytes of a text, or a little less, so that no character is cut in two. What
+/// cannot be shown is replaced.
+std::string Begin(std::string const &text, std::size_t most) {
+    if (text.size() <= most)
+        return util::CleanText(text);
+    while (most > 0 && IsContinuation(text[most]))
+        --most;
+    return util::CleanText(std::string_view(text).substr(0, most)) + ellipsis;
+}
+std::string End(std::string const &text, std::size_t most) {
+    if (text.size() <= most)
+        return util::CleanText(text);
+    std::size_t begin = text.size() - most;
+    while (begin < text.size() && IsContinuation(text[begin]))
+        ++begin;
+    return ellipsis + util::CleanText(std::string_view(text).substr(begin));
 }
 
 /// Marks what the two texts do not have in common at their ends. No character is cut in two.
@@ -29,8 +53,9 @@ void Mark(std::string const &before, std::string const &after, MarkedText &left,
     while (tail > 0 && IsContinuation(before[before.size() - tail]))
         --tail;
     auto const cut = [&](std::string const &text) {
-        return MarkedText{text.substr(0, head), text.substr(head, text.size() - head - tail),
-                          text.substr(text.size() - tail)};
+        return MarkedText{End(text.substr(0, head), mostBeside),
+                          Begin(text.substr(head, text.size() - head - tail), mostMarked),
+                          Begin(text.substr(text.size() - tail), mostBeside)};
     };
     left = cut(before);
     right = cut(after);
@@ -67,6 +92,19 @@ std::vector<ChangedSetting> Described(std::vector<history::Change> const &change
     for (auto const &change : changes)
         described.push_back(Described(change));
     return described;
+}
+
+Message ResultOf(history::Applied applied, std::string const &done) {
+    switch (applied) {
+        case history::Applied::All:
+            return Message::OK(done);
+        case history::Applied::NotInEffect:
+            return Message::Error(
+                "Stored, but a command that puts it into effect has failed: see the system log.");
+        case history::Applied::NotStored:
+            break;
+    }
+    return Message::SaveError();
 }
 
 TrialNotice Told(std::optional<history::Trial> const &trial) {

@@ -8,6 +8,7 @@
 #include "WebApps/webconfig/data/Base.h"
 #include "WebApps/webconfig/data/ChangedSetting.h"
 #include "WebApps/webconfig/history/ChangeLog.h"
+#include "WebApps/webconfig/history/Patch.h"
 #include "WebApps/webconfig/history/Trial.h"
 
 namespace webconfig::data {
@@ -39,9 +40,12 @@ struct History : public Base {
     std::vector<HistoryQuestion> question;                   ///< one, where something is asked
 };
 
-/// As people read them.
+/// As people read them. What is long is shown in part.
 ChangedSetting Described(history::Change const &change);
 std::vector<ChangedSetting> Described(std::vector<history::Change> const &changes);
+
+/// What pages say of writes that went as \a applied; \a done where all went well.
+Message ResultOf(history::Applied applied, std::string const &done);
 
 /// What pages say of \a trial.
 TrialNotice Told(std::optional<history::Trial> const &trial);

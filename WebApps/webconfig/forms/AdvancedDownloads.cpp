@@ -4,6 +4,12 @@
 
 namespace webconfig::forms {
 
+namespace {
+
+constexpr int maxBackupSize = 4 << 20;  // bytes: the largest value of the store
+
+}  // namespace
+
 AdvancedConfiguration::AdvancedConfiguration() {
     SetUpSubmit(backup, "submit", noId, "Backup Configuration", "Backup Configuration");
     add(backup);
@@ -19,6 +25,16 @@ AdvancedConfiguration::AdvancedConfiguration() {
     SetUpSubmit(restore, "submit", noId, "Restore Configuration", "Restore Configuration (not available)");
     restore.disabled(true);
     add(restore);
+}
+
+void AdvancedConfiguration::EnableRestore() {
+    file.disabled(false);
+    file.non_empty();
+    file.limits(1, maxBackupSize);
+    file.error_message("A file of 4 MB at most is required");
+    reboot.disabled(false);
+    restore.disabled(false);
+    restore.message("Restore Configuration (shows first what would change)");
 }
 
 AdvancedSyslog::AdvancedSyslog() {

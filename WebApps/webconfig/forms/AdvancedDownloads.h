@@ -4,10 +4,13 @@
 
 namespace webconfig::forms {
 
-/// The backup of all parameters. To restore one is not possible yet: that part is disabled.
+/// The backup of all parameters, and the upload of one. Where the configuration does not ask for that, its
+/// part is disabled.
 class AdvancedConfiguration : public Base {
   public:
     AdvancedConfiguration();
+
+    void EnableRestore();
 
     cppcms::widgets::submit backup;
     cppcms::widgets::file file;

@@ -21,6 +21,7 @@
 
 #include "WebApps/webconfig/apps/DevelopmentSite.h"
 #include "WebApps/webconfig/apps/JsonRpc.h"
+#include "WebApps/webconfig/apps/KeptUpload.h"
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/WebConfig.h"
 #include "WebApps/webconfig/history/Configuration.h"
@@ -138,6 +139,9 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
     history::Configuration const changes = history::ReadConfiguration(service->settings());
     history::Keep(changes.file, changes.keep);
     history::Try(changes.trial_file, changes.trial_seconds);
+    if (service->settings().get("webconfig.restore", false) && !history::IsKept())
+        WEBCONFIG_LOG(warning, logTag) << "webconfig.restore does nothing without webconfig.history.file";
+    apps::KeptUpload(service->settings()).Drop();
     MountPages(*service);
     auto const status = MountStatus(*service);
     stop.Run(*service);

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <mutex>
 
+#include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
 
@@ -18,6 +19,8 @@ constexpr auto clientId = static_cast<PRM_CLIENT_ID_T>(3);
 
 /// A type code that the store never reports for a number.
 constexpr auto unknownType = static_cast<PRM_PAR_T>(3);
+
+constexpr std::size_t largestFile = 4 << 20;  // that the store takes
 
 std::mutex guard;
 std::atomic<WriteWatcher *> watcher{nullptr};
@@ -115,7 +118,10 @@ bool Prm::Delete(std::string const &key) {
 }
 
 bool Prm::AddFile(std::string const &key, std::string const &path, unsigned mode) {
-    return Apply("addFile", key, path, PRM_PAR_FILE,
+    // Who is told of it, is told what a read would give.
+    std::string const content =
+        watcher ? ReadTrusted(path, std::min<std::size_t>(FileSize(path), largestFile)).value_or("") : "";
+    return Apply("addFile", key, content, PRM_PAR_FILE,
                  [&](cPrmLib &library) { return library.addFile(key.c_str(), path.c_str(), mode); });
 }
 

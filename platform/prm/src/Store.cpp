@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdlib>
 
 #include "sqlite/Sqlite.h"
@@ -27,37 +26,6 @@ constexpr auto reportInterval = 1min;
 /// Incremented when the table changes; a file of a newer version is refused.
 constexpr int schemaVersion = 1;
 
-template <typename Number>
-std::string Format(Number number) {
-    std::array<char, 32> text{};
-    auto const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
-    return std::string(text.data(), end);
-}
-
-template <typename Number>
-bool Parse(std::string_view text, Number &number) {
-    Number parsed{};
-    char const *const end = text.data() + text.size();
-    auto const [stop, error] = std::from_chars(text.data(), end, parsed);
-    if (error != std::errc() || stop != end)
-        return false;
-    number = parsed;
-    return true;
-}
-
-bool IsControl(char c) {
-    auto const byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7f;
-}
-
-/// The one spelling of a key; empty where \a key is not acceptable.
-std::string_view Normal(std::string_view key) {
-    key.remove_prefix(std::min(key.find_first_not_of('/'), key.size()));
-    if (key.size() > Store::maxKeyLength || std::any_of(key.begin(), key.end(), IsControl))
-        return {};
-    return key;
-}
-
 void Prepare(Connection const &connection) {
     sqlite::MakeTables(connection, schemaVersion,
                        "CREATE TABLE IF NOT EXISTS parameter("
@@ -68,22 +36,6 @@ void Prepare(Connection const &connection) {
 }
 
 }  // namespace
-
-std::string FormatNumber(int number) {
-    return Format(number);
-}
-
-std::string FormatNumber(float number) {
-    return Format(number);
-}
-
-bool ParseNumber(std::string_view text, int &number) {
-    return Parse(text, number);
-}
-
-bool ParseNumber(std::string_view text, float &number) {
-    return Parse(text, number);
-}
 
 Status ReadFile(std::string const &path, std::string &content) {
     // Without O_NONBLOCK a named pipe would hang the caller.
@@ -147,10 +99,6 @@ std::string Store::DefaultPath() {
     return path && *path ? path : "/var/lib/prm/prm.db";
 }
 
-bool Store::IsKey(std::string_view key) {
-    return !Normal(key).empty();
-}
-
 Store::Database &Store::Open() {
     if (database_ && database_->connection.IsReplaced())
         database_.reset();
@@ -184,7 +132,7 @@ void Store::Failed(std::string const &reason) {
 }
 
 Status Store::Read(std::string_view key, Value &value) {
-    key = Normal(key);
+    key = NormalKey(key);
     if (key.empty())
         return Status::Invalid;
     return Guarded([&](Database &database) {
@@ -199,7 +147,7 @@ Status Store::Read(std::string_view key, Value &value) {
 }
 
 Status Store::Write(std::string_view key, Value const &value) {
-    key = Normal(key);
+    key = NormalKey(key);
     if (key.empty())
         return Status::Invalid;
     return Guarded([&](Database &database) {
@@ -210,27 +158,27 @@ Status Store::Write(std::string_view key, Value const &value) {
 
 Status Store::Write(std::vector<Parameter> const &parameters) {
     for (auto const &parameter : parameters) {
-        if (!IsKey(parameter.key))
+        if (NormalKey(parameter.key).empty())
             return Status::Invalid;
     }
     return Guarded([&](Database &database) {
         Transaction transaction(database.connection);
         for (auto const &parameter : parameters)
-            database.Write(Normal(parameter.key), parameter.value);
+            database.Write(NormalKey(parameter.key), parameter.value);
         transaction.Commit();
         return Status::Ok;
     });
 }
 
 Status Store::Remove(std::string_view key) {
-    key = Normal(key);
+    key = NormalKey(key);
     if (key.empty())
         return Status::Invalid;
     return Guarded([&](Database &database) { return database.Remove(database.remove, key); });
 }
 
 Status Store::RemoveTree(std::string_view key) {
-    key = Normal(key);
+    key = NormalKey(key);
     if (!key.empty())
         key = key.substr(0, key.find_last_not_of('/') + 1);
     if (key.empty())

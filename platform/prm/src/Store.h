@@ -8,32 +8,12 @@
 #include <string_view>
 #include <vector>
 
+#include "parameters/Parameter.h"
+
 namespace prm {
 
 /// Result of an operation; the values are what cPrmLib returns.
 enum class Status : int { Ok = 0, NotFound = 1, Invalid = 2, Unavailable = 3 };
-
-/// Type codes as in PRM_PAR_T.
-enum class Type : int { Integer = 0, Float = 1, String = 2, File = 4 };
-
-/// A typed value. The text form is the one that is stored.
-struct Value {
-    std::string text;
-    Type type = Type::String;
-    unsigned mode = 0;  ///< permission bits of a file parameter
-};
-
-struct Parameter {
-    std::string key;
-    Value value;
-};
-
-/// Text forms of numbers: the shortest that reads back as the same number.
-std::string FormatNumber(int number);
-std::string FormatNumber(float number);
-/// Reads a number that is the whole of \a text; false, with \a number unchanged, where it is none.
-bool ParseNumber(std::string_view text, int &number);
-bool ParseNumber(std::string_view text, float &number);
 
 /// Largest file that ReadFile() takes, in bytes.
 constexpr std::size_t maxFileSize = std::size_t{4} << 20;
@@ -54,9 +34,6 @@ class Store {
 
     /// PRM_STORE, or /var/lib/prm/prm.db.
     static std::string DefaultPath();
-    static constexpr std::size_t maxKeyLength = 1023;
-    /// Whether \a key is acceptable as a key.
-    static bool IsKey(std::string_view key);
 
     std::string const &Path() const { return path_; }
 

@@ -12,8 +12,8 @@
 #include <optional>
 #include <span>
 
-#include "ParameterFile.h"
 #include "Store.h"
+#include "parameters/ParameterFile.h"
 
 namespace {
 
@@ -106,16 +106,6 @@ std::optional<Type> TypeNamed(std::string_view name) {
     return std::nullopt;
 }
 
-/// A number is stored in the form in which the library would write it, so that 007 becomes 7.
-void MakeCanonical(Value &value) {
-    int integer = 0;
-    float real = 0;
-    if (value.type == Type::Integer && prm::ParseNumber(value.text, integer))
-        value.text = prm::FormatNumber(integer);
-    if (value.type == Type::Float && prm::ParseNumber(value.text, real))
-        value.text = prm::FormatNumber(real);
-}
-
 int Set(Store &store, Arguments arguments) {
     std::optional<Type> type;
     if (std::string_view(arguments[0]) == "-t") {
@@ -133,11 +123,10 @@ int Set(Store &store, Arguments arguments) {
         value.type = *type;
     else if (store.Read(key, old) == Status::Ok && old.type != Type::File)
         value.type = old.type;
-    if (!prm::IsOfType(value.text, value.type))
+    if (!prm::MakeCanonical(value))
         return Fail(key + ": '" + value.text + "' is not " +
                     (value.type == Type::Integer ? "an int" : "a float") +
                     (type ? "" : ", the type of this parameter (-t changes it)"));
-    MakeCanonical(value);
     return Finish(store.Write(key, value), key);
 }
 

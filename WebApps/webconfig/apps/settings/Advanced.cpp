@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <iterator>
 
+#include "WebApps/webconfig/apps/KeptUpload.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/settings/Effects.h"
@@ -54,20 +56,26 @@ void LoadFromStore(data::Advanced &content) {
 void Settings::Advanced() {
     struct Action {
         char const *submit;
-        unsigned tab;
-        /// Returns true where it has answered with a download.
+        /// Returns true where it has answered itself, with a download, say.
         bool (Settings::*run)(data::Advanced &);
+        unsigned tab;
+        bool restores = false;
     };
     static constexpr Action actions[] = {
-        {"Save", 0, &Settings::_SaveAdministration},
-        {"Erase", 0, &Settings::_EraseConfiguration},
-        {"ErasePartition", 0, &Settings::_ErasePartition},
-        {"Save Web Password", 1, &Settings::_SaveWebPassword},
-        {"Save Root Password", 1, &Settings::_SaveRootPassword},
-        {"Backup Configuration", 2, &Settings::_BackupConfiguration},
-        {"Download", 3, &Settings::_DownloadSyslog},
-        {"Download log", 4, &Settings::_DownloadDeployerLog},
-        {"Install Certificate", 5, &Settings::_InstallCertificate},
+        {"Save", &Settings::_SaveAdministration, 0},
+        {"Erase", &Settings::_EraseConfiguration, 0},
+        {"ErasePartition", &Settings::_ErasePartition, 0},
+        {"Save Web Password", &Settings::_SaveWebPassword, 1},
+        {"Save Root Password", &Settings::_SaveRootPassword, 1},
+        {"Backup Configuration", &Settings::_BackupConfiguration, 2},
+        {"Restore Configuration", &Settings::_UploadBackup, 2, true},
+        {"Read as Backup", &Settings::_AnswerBackup, 2, true},
+        {"Read as Export", &Settings::_AnswerBackup, 2, true},
+        {"Apply Backup", &Settings::_AnswerBackup, 2, true},
+        {"Discard Backup", &Settings::_DiscardBackup, 2, true},
+        {"Download", &Settings::_DownloadSyslog, 3},
+        {"Download log", &Settings::_DownloadDeployerLog, 4},
+        {"Install Certificate", &Settings::_InstallCertificate, 5},
     };
 
     data::Advanced content;
@@ -76,11 +84,18 @@ void Settings::Advanced() {
     DescribePartitions(content);
     if (security::ThePolicy().certificate_upload)
         content.certificate.emplace();
+    content.can_restore = settings().get("webconfig.restore", false) && history::IsKept();
+    if (content.can_restore) {
+        content.configuration.EnableRestore();
+        KeptUpload(settings()).DropOld();
+    }
 
     if (HttpPost()) {
-        auto const *const action = std::find_if(
-            std::begin(actions), std::end(actions),
-            [submit = HttpPost("submit")](Action const &known) { return submit == known.submit; });
+        auto const *const action =
+            std::find_if(std::begin(actions), std::end(actions),
+                         [submit = HttpPost("submit"), &content](Action const &known) {
+                             return submit == known.submit && (content.can_restore || !known.restores);
+                         });
         if (action == std::end(actions)) {
             WEBCONFIG_LOG(error, logTag) << "Unknown submit received";
         } else {

@@ -104,19 +104,6 @@ void ReadEntries(history::ChangeLog &log, std::int64_t before, data::History &co
     }
 }
 
-data::Message ResultOf(history::Applied applied, std::string const &what) {
-    switch (applied) {
-        case history::Applied::All:
-            return data::Message::OK(what);
-        case history::Applied::NotInEffect:
-            return data::Message::Error(
-                "Stored, but a command that puts it into effect has failed: see the system log.");
-        case history::Applied::NotStored:
-            break;
-    }
-    return data::Message::SaveError();
-}
-
 /// The changes that \a action on the set \a number takes back; none where the set is gone.
 std::vector<history::Change> ChangesOf(history::ChangeLog &log, std::string const &action,
                                        std::int64_t number) {
@@ -147,7 +134,7 @@ void TakeBack(history::ChangeLog &log, data::History &content, data::HistoryQues
     } else {
         if (auto *const recording = history::Recording::Current())
             recording->SetReason(what);
-        content.message = ResultOf(history::Apply(plan.writes), what + " is done.");
+        content.message = data::ResultOf(history::Apply(plan.writes), what + " is done.");
         content.reboot_required = util::IsRebootRequired();
     }
 }

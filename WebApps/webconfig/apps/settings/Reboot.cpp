@@ -22,18 +22,21 @@ void Settings::Reboot() {
 
     if (HttpPost()) {
         if (ValidateForm(content.form)) {
-            content.message =
-                data::Message(data::Message::ResultClass::Custom, "Please wait..rebooting", false);
-            content.lan_address = util::Prm::GetString(lanAddressKey);
-            content.current_address = util::GetCurrentIPAddress();
-            content.reboot_required = false;
-            render("WaitReboot", content);
-            util::ForkReboot();
+            _RebootAndWait(content);
             return;
         }
         content.message = data::Message::ValidationError();
     }
     render("Reboot", content);
+}
+
+void Settings::_RebootAndWait(data::Reboot &content) {
+    content.message = data::Message(data::Message::ResultClass::Custom, "Please wait..rebooting", false);
+    content.lan_address = util::Prm::GetString(lanAddressKey);
+    content.current_address = util::GetCurrentIPAddress();
+    content.reboot_required = false;
+    render("WaitReboot", content);
+    util::ForkReboot();
 }
 
 }  // namespace webconfig::apps

@@ -1,4 +1,4 @@
-#include "ParameterFile.h"
+#include "parameters/ParameterFile.h"
 
 #include <algorithm>
 #include <array>
@@ -75,7 +75,7 @@ class LineReader {
         parameter.value.text = ReadQuoted("value");
         Expect(',');
         ReadType(parameter.value);
-        if (!IsOfType(parameter.value.text, parameter.value.type))
+        if (!MakeCanonical(parameter.value))
             Fail("'" + parameter.value.text + "' is not a value of its type");
         return parameter;
     }
@@ -166,7 +166,7 @@ std::string FormatLine(Parameter const &parameter) {
     return Quoted(parameter.key) + ',' + Quoted(parameter.value.text) + ", " + TypeText(parameter.value);
 }
 
-std::vector<Parameter> ReadParameters(std::istream &in) {
+std::vector<Parameter> ReadParameters(std::istream &in, std::size_t most) {
     std::vector<Parameter> parameters;
     std::string line;
     int number = 1;
@@ -175,25 +175,14 @@ std::vector<Parameter> ReadParameters(std::istream &in) {
         if (start == std::string::npos || line[start] == '#')
             continue;
         parameters.push_back(LineReader(std::string_view(line).substr(start), number).Read());
-        if (!Store::IsKey(parameters.back().key))
+        if (NormalKey(parameters.back().key).empty())
             throw ParameterFileError(number, "'" + parameters.back().key + "' is not a key");
+        if (parameters.size() > most)
+            throw ParameterFileError(number, "these are too many parameters");
     }
     if (in.bad())
         throw ParameterFileError(number, "cannot be read");
     return parameters;
-}
-
-bool IsOfType(std::string_view text, Type type) {
-    int integer = 0;
-    float real = 0;
-    switch (type) {
-        case Type::Integer:
-            return ParseNumber(text, integer);
-        case Type::Float:
-            return ParseNumber(text, real);
-        default:
-            return true;
-    }
 }
 
 }  // namespace prm

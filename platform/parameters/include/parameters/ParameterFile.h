@@ -1,12 +1,12 @@
 #pragma once
 
 #include <istream>
+#include <limits>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "Store.h"
+#include "parameters/Parameter.h"
 
 /// The text form of parameters, one a line:
 ///
@@ -23,16 +23,19 @@ namespace prm {
 class ParameterFileError : public std::runtime_error {
   public:
     ParameterFileError(int line, std::string const &reason)
-        : std::runtime_error("line " + std::to_string(line) + ": " + reason) {}
+        : std::runtime_error("line " + std::to_string(line) + ": " + reason), line_(line) {}
+
+    int Line() const { return line_; }
+
+  private:
+    int line_;
 };
 
 /// The line of \a parameter, without line end.
 std::string FormatLine(Parameter const &parameter);
 
-/// Reads all lines of \a in. Throws ParameterFileError.
-std::vector<Parameter> ReadParameters(std::istream &in);
-
-/// Whether \a text is a value of \a type.
-bool IsOfType(std::string_view text, Type type);
+/// Reads all lines of \a in, of which \a most may be parameters. Throws ParameterFileError.
+std::vector<Parameter> ReadParameters(std::istream &in,
+                                      std::size_t most = std::numeric_limits<std::size_t>::max());
 
 }  // namespace prm
