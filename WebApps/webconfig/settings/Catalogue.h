@@ -107,6 +107,7 @@ inline constexpr char accessPoint[] = "/network/access_point";
 inline constexpr char wlan[] = "/network/wlan";
 inline constexpr char advanced[] = "/settings/advanced";
 inline constexpr char regulatory[] = "/regulatory/wifi";
+inline constexpr char machines[] = "machines";  // no page, but who calls the methods of docs/api.md
 
 inline constexpr Setting catalogue[] = {
     {"net/hostname", "Device name", general, Kind::Text, Effect::None, !reach, deviceName},

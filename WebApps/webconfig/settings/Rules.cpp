@@ -147,6 +147,12 @@ std::string WrongAnyway(std::string const & /*value*/) {
     return "This is only set on its page";
 }
 
+/// What is needed only by what is on, or has an address of its own: rules for values together see to that.
+constexpr char const *neededSometimes[] = {
+    fixedAddressKeys[0], fixedAddressKeys[1], fixedAddressKeys[2], countryKey,
+    clientSsidKey,       securityKey,         apSsidKey,           apChannelKey,
+};
+
 struct Special {
     char const *key;
     std::string (*wrong)(std::string const &value);
@@ -191,7 +197,8 @@ struct Together {
     }
     bool IsOn(char const *key) const { return after(key) == util::SwitchText(true); }
     void Check(char const *key) {
-        if (std::string reason = WrongValue(key, after(key)); !reason.empty())
+        std::string const value = after(key);
+        if (std::string reason = value.empty() ? isRequired : WrongValue(key, value); !reason.empty())
             wrong[key] = std::move(reason);
     }
     void Need(char const *key, bool there) {
@@ -297,7 +304,8 @@ bool IsChannelBlocked(std::string const &channel) {
 
 bool IsSetting(std::string const &key) {
     Setting const *const setting = Find(key);
-    return setting && key.find('*') == std::string::npos && IsPart(setting->limits, PartOf(*setting, key));
+    return setting && !key.starts_with('/') && key.find('*') == std::string::npos &&
+           IsPart(setting->limits, PartOf(*setting, key));
 }
 
 std::string WrongValue(std::string const &key, std::string const &value) {
@@ -305,6 +313,9 @@ std::string WrongValue(std::string const &key, std::string const &value) {
         return noSetting;
     if (util::HasControls(value))
         return "Line ends and control characters are not taken";
+    if (value.empty() &&
+        std::find(std::begin(neededSometimes), std::end(neededSometimes), key) != std::end(neededSometimes))
+        return {};
     for (auto const &special : specials) {
         if (std::string reason = key == special.key ? special.wrong(value) : ""; !reason.empty())
             return reason;

@@ -50,7 +50,7 @@ inline constexpr char vncAddressKey[] = "net/vnc/ipaddr";
 /// Whether \a key is one of the table's, with parts that the device has.
 bool IsSetting(std::string const &key);
 /// What is wrong with giving \a key this value, whatever other settings have; that of a secret is as people
-/// know it.
+/// know it. Empty may be what is needed only while other settings say so.
 std::string WrongValue(std::string const &key, std::string const &value);
 /// The same for a machine that wants \a key gone.
 std::string WrongRemoval(std::string const &key);

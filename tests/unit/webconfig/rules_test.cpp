@@ -14,8 +14,8 @@ TEST(Rules, ASingleValue) {
         {"net/hostname", {"a", std::string(64, 'h'), "\xC3\xA4"}, {"", std::string(65, 'h'), "a\nb"}},
         {"language", {""}, {"de"}},
         {"net/lan_addr_mode", {"static", "dhcp"}, {"", "Static"}},
-        {"net/lan_ipaddr", {"10.0.0.1", "10.00.0.1"}, {"", "10.0.0", "10.0.0.256", " 10.0.0.1"}},
-        {"net/lan_netmask", {"255.0.0.0", "255.255.255.252"}, {"", "254.0.0.0", "255.255.255.254"}},
+        {"net/lan_ipaddr", {"", "10.0.0.1", "10.00.0.1"}, {"10.0.0", "10.0.0.256", " 10.0.0.1"}},
+        {"net/lan_netmask", {"", "255.0.0.0", "255.255.255.252"}, {"254.0.0.0", "255.255.255.254"}},
         {"net/lan_advertise_speed", {"1", "15"}, {"0", "16", "", "+1", "01", "1.0", "99999999999999999999"}},
         {"net/lan_dns1", {"", "anything"}, {"a\tb"}},
         {"tern/mesh/server", {"s"}, {""}},
@@ -26,7 +26,7 @@ TEST(Rules, ASingleValue) {
         {"net/portfwd/udp/00000/d_port", {"0"}, {"-1"}},
         {"net/portfwd/udp/0443/d_port", {}, {"443"}},
         {"net/portfwd/udp/65536/d_port", {}, {"443"}},
-        {"net/wifi/client/essid", {name32}, {"", name32 + "n", std::string(11, '\xE2') + name32}},
+        {"net/wifi/client/essid", {"", name32}, {name32 + "n", std::string(11, '\xE2') + name32}},
         {"net/wifi/client/wpa_psk",
          {"", "12345678", std::string(64, 'a')},
          {"1234567", std::string(64, 'g')}},
@@ -47,7 +47,7 @@ TEST(Rules, ASingleValue) {
     EXPECT_EQ(WrongValue("net/lan_addr_mode", "x"), "None of \"static\", \"dhcp\"");
     for (char const *const key : {"system/ntpd/enabled", "net/lan_dns1", "net/portfwd/tcp/00443/d_ip"})
         EXPECT_EQ(WrongRemoval(key), "") << key;
-    for (char const *const key : {"net/hostname", "net/lan_ipaddr", "system/digest/root", "nothing"})
+    for (char const *const key : {"net/hostname", "net/lan_addr_mode", "system/digest/root", "nothing"})
         EXPECT_NE(WrongRemoval(key), "") << key;
 }
 
