@@ -64,7 +64,7 @@ Gathering::~Gathering() {
         _thread.join();
 }
 
-void Gathering::Start(Gather gather, Done done) {
+void Gathering::Start(Gather const &gather, Done const &done) {
     if (_thread.joinable())
         _thread.join();  // it has posted its answer: there is nothing to wait for
     try {

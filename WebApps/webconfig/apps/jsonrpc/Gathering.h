@@ -46,7 +46,7 @@ class Gathering : public booster::noncopyable {
     using Done = std::function<void(Outcome const &outcome)>;
     /// Runs \a gather, then \a done on the service's event loop, where this is to be called, too; not before
     /// the last one is done.
-    void Start(Gather gather, Done done);
+    void Start(Gather const &gather, Done const &done);
 
   private:
     cppcms::service &_service;
