@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "WebApps/webconfig/apps/jsonrpc/CallQueue.h"
 #include "WebApps/webconfig/apps/jsonrpc/SharedPoll.h"
 
 namespace webconfig::apps {
@@ -41,15 +42,29 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
     static cppcms::json::value TrialKeep();
     static cppcms::json::value TrialTakeBack();
 
+    // For machines: docs/api.md.
+    static cppcms::json::value SettingsDescribe();
+    static cppcms::json::value SettingsGet(CallQueue::Call const &call);
+    static cppcms::json::value SettingsDiff(CallQueue::Call const &call);
+    static cppcms::json::value SettingsSet(CallQueue::Call const &call);
+    static cppcms::json::value HistoryList(CallQueue::Call const &call);
+    static cppcms::json::value HistoryUndo(CallQueue::Call const &call);
+    void Discover();
+
     void wifiGetChannels(std::string const &countryCode);
     /// Rebuilds the whole service in this process. There is no result: the service stops.
     void Reload();
 
   private:
-    /// Binds a method without parameters that takes time, as a call: notifications are refused.
-    void _BindStatus(char const *method, SharedPoll::Gather gather);
+    // Bind a method as a call: notifications are refused.
+    void _Bind(char const *method, std::size_t parameters, SharedPoll::Gather gather);
+    void _Bind(char const *method, std::size_t parameters, CallQueue::Serve serve);
+    template <typename... Parameters>
+    void _Bind(char const *method, std::size_t parameters, void (JsonRpc::*handler)(Parameters...));
 
+    bool const _machines;  // whether the configuration asks for what is for machines
     std::vector<std::unique_ptr<SharedPoll>> _polls;
+    std::vector<std::unique_ptr<CallQueue>> _queues;
 };
 
 }  // namespace webconfig::apps

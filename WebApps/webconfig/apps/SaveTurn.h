@@ -1,5 +1,11 @@
 #pragma once
 
+#include <cppcms/service.h>
+
+#include <optional>
+
+#include "WebApps/webconfig/history/Trial.h"
+
 namespace webconfig::apps {
 
 /// To store settings and to put them into effect is one step for the whole process, so the requests that may
@@ -19,6 +25,25 @@ class SaveTurn {
 
   private:
     bool _isMine = false;
+};
+
+/// What whoever stores settings has to have, as long as the object lives: its turn in this process, and the
+/// one with the guard of settings on trial.
+class Saving {
+  public:
+    explicit Saving(cppcms::service &service);
+
+    /// Why nothing may be stored now, for the log and for people; null where it may be.
+    struct Refusal {
+        char const *reason;
+        char const *text;
+    };
+    Refusal const *Refused() const { return _refusal; }
+
+  private:
+    SaveTurn _turn;
+    std::optional<history::TrialTurn> _trialTurn;
+    Refusal const *_refusal = nullptr;
 };
 
 }  // namespace webconfig::apps

@@ -7,8 +7,6 @@
 #include <cppcms/url_dispatcher.h>
 #include <cppcms/url_mapper.h>
 
-#include <algorithm>
-#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -19,7 +17,6 @@
 #include "WebApps/webconfig/apps/Service.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/history/Recorder.h"
-#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/security/Audit.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -30,13 +27,6 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/WebConfig";
 constexpr int serviceUnavailable = 503;
-constexpr char busy[] =
-    "Other settings are still being saved. Nothing of this form was: go back and save it again in a moment.";
-
-constexpr char goingBack[] =
-    "Earlier settings are being taken back. Nothing of this form was saved: look at the page again in a "
-    "moment.";
-constexpr std::chrono::seconds guardLimit{3};
 
 }  // namespace
 
@@ -58,26 +48,13 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
 
 void WebConfig::main(std::string url) {
     security::AuditedRequest const audited(*this);
-    std::optional<SaveTurn> turn;
-    std::optional<history::TrialTurn> trialTurn;
+    std::optional<Saving> saving;
     if (request().request_method() == "POST") {
-        // One worker is left to pages that only show, but two who save at once are always served.
-        turn.emplace(std::max(2, service().threads_no() - 1));
-        bool const ends = util::AreCommandsEnding();  // what is stored now could not be put into effect
-        if (ends || !turn->IsMine()) {
-            WEBCONFIG_LOG(warning, logTag)
-                << "Refused to save: " << (ends ? "the service ends" : "too many others wait for their turn");
-            response().make_error_response(serviceUnavailable, busy);
+        saving.emplace(service());
+        if (auto const *const refusal = saving->Refused()) {
+            WEBCONFIG_LOG(warning, logTag) << "Refused to save: " << refusal->reason;
+            response().make_error_response(serviceUnavailable, refusal->text);
             return;
-        }
-        if (auto const *const trial = history::TheTrialFile()) {
-            trialTurn.emplace(*trial, guardLimit);
-            auto const current = trial->Read();
-            if (!trialTurn->IsMine() || (current && current->state == history::TrialState::Returning)) {
-                WEBCONFIG_LOG(warning, logTag) << "Refused to save: earlier settings are being taken back";
-                response().make_error_response(serviceUnavailable, goingBack);
-                return;
-            }
         }
     }
     history::Recording const recording([this, &url] {

@@ -33,7 +33,7 @@ bool AccessPoint::validate() {
     bool const valid = Base::validate();
     if (!enabled.value())
         return valid;
-    bool const named = util::validation::IsSsid(ssid);
+    bool const named = util::validation::IsName(ssid, settings::Row("net/wifi/ap/essid"));
     bool const offered = country.IsOffered();
     return valid && named && offered;
 }

@@ -5,19 +5,13 @@
 
 namespace webconfig::forms {
 
-namespace {
-
-constexpr unsigned minLength = 5;
-
-}  // namespace
-
 AdvancedPassword::AdvancedPassword(std::string const &word) {
     SetUp(password, "password" + word, "cfg_adv_passwd_" + word, "New Password");
-    util::validation::MinLength(password, minLength);
+    util::validation::Limit(password, settings::Row("webman/digest/admin"));
     add(password);
 
     SetUp(confirmation, "passwordConfirm" + word, "cfg_adv_passwd_cnfm_" + word, "Confirm Password");
-    util::validation::MinLength(confirmation, minLength);
+    util::validation::Limit(confirmation, settings::Row("webman/digest/admin"));
     add(confirmation);
 
     SetUpSubmit(save, "submit", noId, "Save " + word + " Password");

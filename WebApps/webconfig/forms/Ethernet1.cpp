@@ -1,10 +1,10 @@
 #include "WebApps/webconfig/forms/Ethernet1.h"
 
-#include <cstdint>
 #include <string>
 
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
+#include "WebApps/webconfig/settings/Rules.h"
 
 namespace webconfig::forms {
 
@@ -12,30 +12,16 @@ namespace {
 
 constexpr char invalidAddress[] = "Invalid IP address";
 
-/// Networks that leave room for hosts, from the smallest to a whole class A.
-constexpr unsigned longestPrefix = 30;
-constexpr unsigned shortestPrefix = 8;
-
 /// Bit i of a speed mask is the speed i.
 constexpr char const *speeds[] = {"10Mbs Half duplex", "10Mbs Full duplex", "100Mbs Half duplex",
                                   "100Mbs Full duplex"};
-
-std::string DottedNetmask(unsigned prefix) {
-    std::uint32_t const mask = ~std::uint32_t{0} << (32 - prefix);
-    std::string dotted;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        dotted += std::to_string(mask >> shift & 0xFF) + (shift ? "." : "");
-    return dotted;
-}
 
 }  // namespace
 
 Ethernet1::Ethernet1() {
     SetUp(addressMode, "addressMode", "cfg_eth1_address_mode", "Address Mode");
-    addressMode.add("Static", "static");
-    addressMode.add("DHCP", "dhcp");
+    util::validation::Limit(addressMode, settings::Row("net/lan_addr_mode"));
     addressMode.selected_id("static");
-    util::validation::NonEmpty(addressMode);
     add(addressMode);
 
     SetUp(ipAddress, "ipAddress", "cfg_eth1_ip", "IP Address");
@@ -43,8 +29,9 @@ Ethernet1::Ethernet1() {
     add(ipAddress);
 
     SetUp(netmask, "netmask", "cfg_eth1_netmask", "Netmask");
-    for (unsigned prefix = longestPrefix; prefix >= shortestPrefix; --prefix) {
-        std::string const dotted = DottedNetmask(prefix);
+    settings::Limits const &prefixes = settings::Row("net/lan_netmask").limits;
+    for (long prefix = prefixes.most; prefix >= prefixes.least; --prefix) {
+        std::string const dotted = settings::DottedNetmask(static_cast<unsigned>(prefix));
         netmask.add(dotted + '/' + std::to_string(prefix), dotted);
     }
     add(netmask);

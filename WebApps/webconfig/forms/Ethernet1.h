@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/widgets/IpAddress.h"
 
 namespace webconfig::forms {
@@ -15,7 +16,7 @@ class Ethernet1 : public Base {
     /// The mask of the selected speeds.
     unsigned SpeedMask();
 
-    bool IsDhcp() { return addressMode.selected_id() == "dhcp"; }
+    bool IsDhcp() { return !settings::NeedsAddress(addressMode.selected_id()); }
 
     /// With DHCP the address fields may stay empty.
     bool validate() override;

@@ -7,11 +7,11 @@ namespace webconfig::forms {
 
 General::General() {
     SetUp(deviceName, "deviceName", "cfg_grl_device_name", "Device Name");
-    util::validation::Length(deviceName, 1, 64);
+    util::validation::Limit(deviceName, settings::Row("net/hostname"));
     add(deviceName);
 
     SetUp(language, "language", "cfg_grl_lang", "Language");
-    language.add("English", "");
+    util::validation::Limit(language, settings::Row("language"));
     util::validation::NonEmpty(language);
     add(language);
 

@@ -5,13 +5,6 @@
 
 namespace webconfig::forms {
 
-namespace {
-
-constexpr int minPort = 1;
-constexpr int maxPort = 65535;
-
-}  // namespace
-
 OrvaneConfig::OrvaneConfig() {
     SetUp(enabled, "enabled", "cfg_orvane_enabled", "Orvane Enabled");
     add(enabled);
@@ -22,14 +15,11 @@ OrvaneConfig::OrvaneConfig() {
 
 Orvane::Orvane(std::string const &path) {
     SetUp(server, "server", "cfg_orv_server", "Server Address");
-    util::validation::NonEmpty(server);
+    util::validation::Limit(server, settings::Row("tern/*/server"));
     add(server);
 
     SetUp(port, "port", "cfg_orv_port", "Port");
-    port.range(minPort, maxPort);
-    // With two blanks: translations are found by the whole text.
-    port.error_message("Invalid range;  minimum " + std::to_string(minPort) + ", maximum " +
-                       std::to_string(maxPort));
+    util::validation::Limit(port, settings::Row("tern/*/ipport"));
     add(port);
 
     SetUpSubmit(save, path, "cfg_orv_save", "Save");

@@ -2,6 +2,8 @@
 
 #include <booster/regex.h>
 
+#include <utility>
+
 namespace webconfig::util::validation {
 
 void Length(cppcms::widgets::text &widget, unsigned min, unsigned max) {
@@ -23,12 +25,37 @@ void MinLength(cppcms::widgets::text &widget, unsigned min) {
     widget.error_message("Invalid length; minimum " + std::to_string(min));
 }
 
-bool IsSsid(cppcms::widgets::text &widget) {
-    constexpr std::size_t max = 32;
-    std::size_t const length = widget.value().size();
-    if (length >= 1 && length <= max)
+void Limit(cppcms::widgets::text &widget, settings::Setting const &setting) {
+    auto const least = static_cast<unsigned>(setting.limits.least);
+    if (setting.limits.most > 0)
+        Length(widget, least, static_cast<unsigned>(setting.limits.most));
+    else if (least == 1)
+        NonEmpty(widget);
+    else if (least > 1)
+        MinLength(widget, least);
+}
+
+void Limit(cppcms::widgets::numeric<int> &widget, settings::Setting const &setting) {
+    auto const [least, most] = std::pair(setting.limits.least, setting.limits.most);
+    widget.range(static_cast<int>(least), static_cast<int>(most));
+    // With two blanks: translations are found by the whole text.
+    widget.error_message("Invalid range;  minimum " + std::to_string(least) + ", maximum " +
+                         std::to_string(most));
+}
+
+void Limit(cppcms::widgets::select &widget, settings::Setting const &setting) {
+    for (auto const &choice : setting.limits.choices)
+        widget.add(choice.label, choice.value);
+    if (setting.limits.least > 0)
+        NonEmpty(widget);
+}
+
+bool IsName(cppcms::widgets::text &widget, settings::Setting const &setting) {
+    auto const [least, most] = std::pair(setting.limits.least, setting.limits.most);
+    auto const length = static_cast<long>(widget.value().size());
+    if (length >= least && length <= most)
         return widget.valid();
-    Refuse(widget, "Invalid length; minimum 1, maximum " + std::to_string(max));
+    Refuse(widget, "Invalid length; minimum " + std::to_string(least) + ", maximum " + std::to_string(most));
     return false;
 }
 

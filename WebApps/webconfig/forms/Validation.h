@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "WebApps/webconfig/settings/Catalogue.h"
+
 /// Rules that a form sets on its widgets, each with its error message. A widget has one message: a later
 /// rule replaces that of an earlier one.
 namespace webconfig::util::validation {
@@ -27,8 +29,14 @@ void Length(cppcms::widgets::file &widget, unsigned min, unsigned max);
 /// Limits a text to at least \a min characters.
 void MinLength(cppcms::widgets::text &widget, unsigned min);
 
-/// Whether a text that was validated is a network name of 1 to 32 bytes; marks it where it is not.
-bool IsSsid(cppcms::widgets::text &widget);
+/// Gives a text, an integer or a select the limits of its setting in the table; a select its choices, too.
+void Limit(cppcms::widgets::text &widget, settings::Setting const &setting);
+void Limit(cppcms::widgets::numeric<int> &widget, settings::Setting const &setting);
+void Limit(cppcms::widgets::select &widget, settings::Setting const &setting);
+
+/// Whether a text that was validated is a name with as many bytes as its setting takes; marks it where it is
+/// not.
+bool IsName(cppcms::widgets::text &widget, settings::Setting const &setting);
 
 /// Marks a widget that was validated, for a reason that only its form or its page knows.
 void Refuse(cppcms::widgets::base_widget &widget, std::string const &reason);

@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/Select.h"
 #include "WebApps/webconfig/forms/SetUp.h"
+#include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/util/CountryChannels.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Wifi.h"
@@ -45,7 +46,7 @@ std::string WifiCountry::Posted() {
 }
 
 bool WifiCountry::IsOffered() {
-    code.valid(util::getCountryChannels().count(Posted()) || Posted() == util::WifiCountry());
+    code.valid(settings::IsCountryOffered(Posted()));
     return code.valid();
 }
 

@@ -16,9 +16,8 @@ Wlan::Wlan() {
     add(country);
 
     SetUp(security, "wlanSecurity", "wlan_security", "Security Type");
-    security.add("None", "none");
-    security.add("WPA/WPA2 - Personal", "wpa");
-    security.add("WPA/WPA2 - Enterprise", "wpa_eap");
+    for (auto const &choice : settings::Row("net/wifi/client/security").limits.choices)
+        security.add(choice.label, choice.value);
     security.error_message("This field is required");
     SetInlineAttribute(security, onSecurityChange);
     add(security);
@@ -42,7 +41,7 @@ bool Wlan::validate() {
     bool const valid = Base::validate();
     if (!enabled.value())
         return valid;
-    bool const named = util::validation::IsSsid(ssid);
+    bool const named = util::validation::IsName(ssid, settings::Row("net/wifi/client/essid"));
     bool const offered = country.IsOffered();
     security.valid(!security.selected_id().empty());
     return valid && named && offered && security.valid();

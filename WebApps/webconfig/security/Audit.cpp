@@ -26,6 +26,8 @@ constexpr std::string_view passwordFolders[] = {"webman/digest/", "webman/digest
 
 /// The request that this thread serves; null where none is, or nothing is recorded.
 thread_local AuditedRequest *current = nullptr;
+/// Who asks for what happens on this thread; null where nobody does.
+thread_local util::Requester const *asking = nullptr;
 
 bool StandsForItself(unsigned char c) {
     constexpr std::string_view others = "._-/:,+@";
@@ -52,9 +54,8 @@ void Record(char const *event, util::Outcome outcome, util::Details details) {
     if (kind == "upload" && current)
         current->NoteUpload();
     bool const password = kind == "setting" && IsOfPassword(details);
-    std::string const line =
-        AuditLine(password ? "password" : event, outcome,
-                  current ? current->TheRequester() : util::Requester{}, std::time(nullptr), details);
+    std::string const line = AuditLine(password ? "password" : event, outcome,
+                                       asking ? *asking : util::Requester{}, std::time(nullptr), details);
     syslog(LOG_AUTHPRIV | (outcome == util::Outcome::Ok ? LOG_NOTICE : LOG_WARNING), "%s", line.c_str());
 }
 
@@ -108,13 +109,22 @@ void SetAudit(bool on) {
     util::RecordWith(on ? Record : nullptr);
 }
 
+Asking::Asking(util::Requester const &requester) {
+    asking = &requester;
+}
+
+Asking::~Asking() {
+    asking = nullptr;
+}
+
 AuditedRequest::AuditedRequest(cppcms::application &application)
-    : application_(application), exceptions_(std::uncaught_exceptions()) {
-    if (!util::IsRecorded())
-        return;
-    cppcms::http::request &request = application_.request();
-    requester_ = {request.remote_user(), request.remote_addr(), request.path_info()};
-    current = this;
+    : application_(application),
+      requester_{application.request().remote_user(), application.request().remote_addr(),
+                 application.request().path_info()},
+      asking_(requester_),
+      exceptions_(std::uncaught_exceptions()) {
+    if (util::IsRecorded())
+        current = this;
 }
 
 AuditedRequest::~AuditedRequest() {

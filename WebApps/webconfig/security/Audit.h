@@ -41,6 +41,15 @@ std::string AuditLine(char const *event, util::Outcome outcome, util::Requester 
 /// Makes the audit, from now on, the record of what happens; or nothing.
 void SetAudit(bool on);
 
+/// Names who asks for what happens on this thread while the object lives.
+class Asking {
+  public:
+    explicit Asking(util::Requester const &requester);
+    ~Asking();
+    Asking(Asking const &) = delete;
+    Asking &operator=(Asking const &) = delete;
+};
+
 /// Names who asks, from the request at hand, for what happens on this thread while the object lives. In the
 /// end it tells what only the request as a whole shows: the download that it was answered with, and files
 /// that nobody took.
@@ -51,7 +60,6 @@ class AuditedRequest {
     AuditedRequest(AuditedRequest const &) = delete;
     AuditedRequest &operator=(AuditedRequest const &) = delete;
 
-    util::Requester const &TheRequester() const { return requester_; }
     void NoteUpload() { uploadsTold_ = true; }
 
   private:
@@ -59,7 +67,8 @@ class AuditedRequest {
     void TellUnusedUploads();
 
     cppcms::application &application_;
-    util::Requester requester_;
+    util::Requester const requester_;
+    Asking const asking_;
     bool uploadsTold_ = false;
     int const exceptions_;
 };

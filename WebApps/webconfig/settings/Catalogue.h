@@ -1,20 +1,40 @@
 #pragma once
 
 #include <iterator>
+#include <span>
 #include <string>
 #include <string_view>
 
-/// The table of settings: all that the pages write to the parameter store. Handlers take their keys from it;
-/// history and undo read what a setting is called and what puts it into effect.
+/// The table of settings: all that the pages write to the parameter store. Handlers take their keys from it,
+/// forms and machines' calls its limits; history and undo read what a setting is called and what puts it
+/// into effect.
 namespace webconfig::settings {
 
 enum class Kind {
     Text,
+    Name,     ///< a text whose limits count bytes, as those of a network do
+    Choice,   ///< one of the choices
     Switch,   ///< "yes" or "no"
     Number,   ///< an integer between the limits
-    Address,  ///< of IPv4, or empty
+    Port,     ///< a number that the store has as a text
+    Address,  ///< of IPv4
+    Netmask,  ///< of IPv4, with a prefix between the limits
     Secret,   ///< never shown
     File,     ///< the path of a file that the store holds as well
+};
+
+/// What a select offers.
+struct Choice {
+    char const *label;
+    char const *value;
+};
+
+/// Which values a setting takes.
+struct Limits {
+    long least = 0;  ///< of a number, or how many characters a text needs
+    long most = 0;   ///< of a number, or how many characters a text may have: 0 for any number of them
+    std::span<Choice const> choices = {};
+    std::string_view parts = {};  ///< what the "*" of the key may be, in words; empty: anything
 };
 
 /// What puts settings into effect when they are stored (settings/Effects.h).
@@ -38,13 +58,42 @@ struct Setting {
     Kind kind = Kind::Text;
     Effect effect = Effect::None;
     bool reach = false;  ///< whether it decides how the device is reached
-    int least = 0;       ///< the limits of a number
-    int most = 0;
+    Limits limits = {};
 };
 
 // The columns of the table below.
 inline constexpr bool reach = true;
-inline constexpr int highestPort = 65535;
+inline constexpr Choice languages[] = {{"English", ""}};
+inline constexpr Choice addressModes[] = {{"Static", "static"}, {"DHCP", "dhcp"}};
+inline constexpr Choice cellularFunctions[] = {{"Off", "none"}, {"On", "gprs_dialup"}};
+inline constexpr Choice radioTechnologies[] = {{"GSM/UMTS", "GSM"}};
+inline constexpr Choice carriers[] = {{"Verizon", "verizon"}, {"Sprint", "sprint"}, {"Custom", "custom"}};
+inline constexpr Choice wlanSecurities[] = {
+    {"None", "none"}, {"WPA/WPA2 - Personal", "wpa"}, {"WPA/WPA2 - Enterprise", "wpa_eap"}};
+inline constexpr std::string_view simTypes = "kpn att";
+/// In the place of parts: the five digits of a port.
+inline constexpr std::string_view fiveDigits = "00000";
+
+inline constexpr Limits required{.least = 1};
+inline constexpr Limits deviceName{.least = 1, .most = 64};
+inline constexpr Limits language{.choices = languages};
+inline constexpr Limits addressMode{.least = 1, .choices = addressModes};
+inline constexpr Limits netmask{.least = 8, .most = 30};    // networks that leave room for hosts
+inline constexpr Limits speedMask{.least = 1, .most = 15};  // four speeds
+inline constexpr Limits siteServer{.least = 1, .parts = "mesh cellular openvpn"};
+inline constexpr Limits sitePort{.least = 1, .most = 65535, .parts = siteServer.parts};
+inline constexpr Limits forwardedAddress{.least = 1, .parts = fiveDigits};
+inline constexpr Limits forwardedPort{.least = 0, .most = 65535, .parts = fiveDigits};
+inline constexpr Limits cellularFunction{.least = 1, .choices = cellularFunctions};
+inline constexpr Limits radioTechnology{.least = 1, .choices = radioTechnologies};
+inline constexpr Limits carrier{.choices = carriers};
+inline constexpr Limits ofSim{.parts = simTypes};
+inline constexpr Limits requiredOfSim{.least = 1, .parts = simTypes};
+inline constexpr Limits timeServer{.parts = "0 1 2 3"};
+inline constexpr Limits networkName{.least = 1, .most = 32};
+inline constexpr Limits wlanSecurity{.least = 1, .choices = wlanSecurities};
+inline constexpr Limits debugLevel{.least = 0, .most = 5};
+inline constexpr Limits password{.least = 5};
 
 inline constexpr char general[] = "/";
 inline constexpr char ethernet[] = "/network/ethernet1";
@@ -58,19 +107,21 @@ inline constexpr char accessPoint[] = "/network/access_point";
 inline constexpr char wlan[] = "/network/wlan";
 inline constexpr char advanced[] = "/settings/advanced";
 inline constexpr char regulatory[] = "/regulatory/wifi";
+inline constexpr char machines[] = "machines";  // no page, but who calls the methods of docs/api.md
 
 inline constexpr Setting catalogue[] = {
-    {"net/hostname", "Device name", general},
-    {"language", "Language", general},
+    {"net/hostname", "Device name", general, Kind::Text, Effect::None, !reach, deviceName},
+    {"language", "Language", general, Kind::Choice, Effect::None, !reach, language},
 
-    {"net/lan_addr_mode", "Address mode", ethernet, Kind::Text, Effect::Restart, reach},
-    {"net/lan_ipaddr", "IP address", ethernet, Kind::Address, Effect::Restart, reach},
-    {"net/lan_netmask", "Netmask", ethernet, Kind::Address, Effect::Restart, reach},
-    {"net/lan_gateway", "Gateway", ethernet, Kind::Address, Effect::Restart, reach},
-    {"net/lan_advertise_speed", "Available speeds", ethernet, Kind::Number, Effect::Restart, reach, 0, 255},
+    {"net/lan_addr_mode", "Address mode", ethernet, Kind::Choice, Effect::Restart, reach, addressMode},
+    {"net/lan_ipaddr", "IP address", ethernet, Kind::Address, Effect::Restart, reach, required},
+    {"net/lan_netmask", "Netmask", ethernet, Kind::Netmask, Effect::Restart, reach, netmask},
+    {"net/lan_gateway", "Gateway", ethernet, Kind::Address, Effect::Restart, reach, required},
+    {"net/lan_advertise_speed", "Available speeds", ethernet, Kind::Number, Effect::Restart, reach,
+     speedMask},
 
-    {"net/lan_dns1", "Preferred DNS server", dns, Kind::Address, Effect::Restart},
-    {"net/lan_dns2", "Alternate DNS server", dns, Kind::Address, Effect::Restart},
+    {"net/lan_dns1", "Preferred DNS server", dns, Kind::Text, Effect::Restart},
+    {"net/lan_dns2", "Alternate DNS server", dns, Kind::Text, Effect::Restart},
     {"net/lan_dns_suffix", "DNS suffix", dns, Kind::Text, Effect::Restart},
     {"net/lan_dns_is_append", "Append to system DNS configuration", dns, Kind::Switch, Effect::Restart},
 
@@ -78,53 +129,58 @@ inline constexpr Setting catalogue[] = {
     {"net/openvpn/client_ovpn", "OpenVPN configuration", vpn, Kind::File, Effect::None, reach},
 
     {"tern/enabled", "Orvane enabled", site, Kind::Switch, Effect::SiteServer},
-    {"tern/*/server", "Site server (*)", site},
-    {"tern/*/ipport", "Site server's port (*)", site, Kind::Number, Effect::None, !reach, 0, highestPort},
+    {"tern/*/server", "Site server (*)", site, Kind::Text, Effect::None, !reach, siteServer},
+    {"tern/*/ipport", "Site server's port (*)", site, Kind::Number, Effect::None, !reach, sitePort},
 
-    {"net/portfwd/tcp/*/d_ip", "TCP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding,
-     reach},
-    {"net/portfwd/tcp/*/d_port", "TCP * forwarded to port", forwarding, Kind::Number, Effect::PortForwarding,
-     reach, 0, highestPort},
-    {"net/portfwd/udp/*/d_ip", "UDP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding,
-     reach},
-    {"net/portfwd/udp/*/d_port", "UDP * forwarded to port", forwarding, Kind::Number, Effect::PortForwarding,
-     reach, 0, highestPort},
+    {"net/portfwd/tcp/*/d_ip", "TCP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding, reach,
+     forwardedAddress},
+    {"net/portfwd/tcp/*/d_port", "TCP * forwarded to port", forwarding, Kind::Port, Effect::PortForwarding,
+     reach, forwardedPort},
+    {"net/portfwd/udp/*/d_ip", "UDP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding, reach,
+     forwardedAddress},
+    {"net/portfwd/udp/*/d_port", "UDP * forwarded to port", forwarding, Kind::Port, Effect::PortForwarding,
+     reach, forwardedPort},
 
-    {"serial/port/gprs/function", "Cellular port", cellular},
-    {"cellular/radio_technology", "Radio technology", cellular},
+    {"serial/port/gprs/function", "Cellular port", cellular, Kind::Choice, Effect::None, !reach,
+     cellularFunction},
+    {"cellular/radio_technology", "Radio technology", cellular, Kind::Choice, Effect::None, !reach,
+     radioTechnology},
     {"cellular/allow_roaming", "Allow roaming", cellular, Kind::Switch},
     {"cellular/check_ppp_receiving", "Reset on no data reception", cellular, Kind::Switch},
     {"cellular/use_sim_pin", "Use SIM PIN", cellular, Kind::Switch},
     {"cellular/sim_pin", "SIM PIN", cellular, Kind::Secret},
-    {"gprs/apn", "APN", cellular},
+    {"gprs/apn", "APN", cellular, Kind::Text, Effect::None, !reach, required},
     {"gprs/username", "GPRS user", cellular},
     {"gprs/password", "GPRS password", cellular, Kind::Secret},
-    {"gprs/*/apn", "APN (*)", cellular},
-    {"gprs/*/username", "GPRS user (*)", cellular},
-    {"gprs/*/password", "GPRS password (*)", cellular, Kind::Secret},
-    {"gprs/dial_command", "GPRS dial command", cellular},
-    {"gprs/network/mode", "Preferred network", cellular},
+    {"gprs/*/apn", "APN (*)", cellular, Kind::Text, Effect::None, !reach, requiredOfSim},
+    {"gprs/*/username", "GPRS user (*)", cellular, Kind::Text, Effect::None, !reach, ofSim},
+    {"gprs/*/password", "GPRS password (*)", cellular, Kind::Secret, Effect::None, !reach, ofSim},
+    {"gprs/dial_command", "GPRS dial command", cellular, Kind::Text, Effect::None, !reach, required},
+    {"gprs/network/mode", "Preferred network", cellular, Kind::Text, Effect::None, !reach, required},
     {"gprs/network/refresh", "Search for networks", cellular, Kind::Switch},
-    {"cdma/current_carrier", "CDMA carrier", cellular},
+    {"cdma/current_carrier", "CDMA carrier", cellular, Kind::Choice, Effect::None, !reach, carrier},
     {"cdma/username", "CDMA user", cellular},
     {"cdma/password", "CDMA password", cellular, Kind::Secret},
-    {"cdma/dial_command", "CDMA dial command", cellular},
+    {"cdma/dial_command", "CDMA dial command", cellular, Kind::Text, Effect::None, !reach, required},
     {"cdma/custom/activation_command", "CDMA activation command", cellular},
     {"cdma/custom/activation_response", "CDMA activation response", cellular},
     {"cdma/force_activation", "Force CDMA activation", cellular, Kind::Switch},
 
     {"system/ntpd/enabled", "Allow ntpd", time, Kind::Switch, Effect::TimeServers},
-    {"system/ntpd/servers/*", "Time server *", time, Kind::Text, Effect::TimeServers},
+    {"system/ntpd/servers/*", "Time server *", time, Kind::Text, Effect::TimeServers, !reach, timeServer},
 
-    {"net/wifi/country", "Wi-Fi country", wlan, Kind::Text, Effect::WifiClient},
+    {"net/wifi/country", "Wi-Fi country", wlan, Kind::Text, Effect::WifiClient, !reach, required},
     {"net/wifi/ap/enabled", "Access point enabled", accessPoint, Kind::Switch, Effect::AccessPoint, reach},
-    {"net/wifi/ap/channel", "Access point's channel", accessPoint, Kind::Text, Effect::AccessPoint, reach},
-    {"net/wifi/ap/essid", "Access point's SSID", accessPoint, Kind::Text, Effect::AccessPoint, reach},
+    {"net/wifi/ap/channel", "Access point's channel", accessPoint, Kind::Text, Effect::AccessPoint, reach,
+     required},
+    {"net/wifi/ap/essid", "Access point's SSID", accessPoint, Kind::Name, Effect::AccessPoint, reach,
+     networkName},
     {"net/wifi/ap/wpa_psk", "Access point's key", accessPoint, Kind::Secret, Effect::AccessPoint, reach},
 
     {"net/wifi/client/enabled", "WLAN enabled", wlan, Kind::Switch, Effect::WifiClient, reach},
-    {"net/wifi/client/essid", "WLAN SSID", wlan, Kind::Text, Effect::WifiClient, reach},
-    {"net/wifi/client/security", "WLAN security type", wlan, Kind::Text, Effect::WifiClient, reach},
+    {"net/wifi/client/essid", "WLAN SSID", wlan, Kind::Name, Effect::WifiClient, reach, networkName},
+    {"net/wifi/client/security", "WLAN security type", wlan, Kind::Choice, Effect::WifiClient, reach,
+     wlanSecurity},
     {"net/wifi/client/wpa_psk", "WLAN key", wlan, Kind::Secret, Effect::WifiClient, reach},
     {"net/wifi/client/eap/identity", "WLAN user", wlan, Kind::Text, Effect::WifiClient, reach},
     {"net/wifi/client/eap/password", "WLAN password", wlan, Kind::Secret, Effect::WifiClient, reach},
@@ -134,10 +190,11 @@ inline constexpr Setting catalogue[] = {
     {"system/remote/web_enabled", "Remote web access", advanced, Kind::Switch, Effect::RemoteAccess, reach},
     {"system/remote/icmp_enabled", "Remote ping", advanced, Kind::Switch, Effect::RemoteAccess, reach},
     {"syslogd/persistent", "Persistent system log", advanced, Kind::Switch, Effect::Restart},
-    {"debug/seriald", "Cellular debug level", advanced, Kind::Number, Effect::None, !reach, 0, 5},
-    {"webman/digest/admin", "Web password", advanced, Kind::Secret, Effect::WebPassword, reach},
-    {"webman/digest256/admin", "Web password (SHA-256)", advanced, Kind::Secret, Effect::WebPassword, reach},
-    {"system/digest/root", "Root password", advanced, Kind::Secret, Effect::RootPassword, reach},
+    {"debug/seriald", "Cellular debug level", advanced, Kind::Number, Effect::None, !reach, debugLevel},
+    {"webman/digest/admin", "Web password", advanced, Kind::Secret, Effect::WebPassword, reach, password},
+    {"webman/digest256/admin", "Web password (SHA-256)", advanced, Kind::Secret, Effect::WebPassword, reach,
+     password},
+    {"system/digest/root", "Root password", advanced, Kind::Secret, Effect::RootPassword, reach, password},
 
     {"net/wifi/region_code", "Regulatory domain", regulatory},
 };
@@ -177,12 +234,36 @@ constexpr Setting const *Find(std::string_view key) {
     return row < std::size(catalogue) ? &catalogue[row] : nullptr;
 }
 
+/// The row of \a key, which does not compile where it is none of the table.
+consteval Setting const &Row(std::string_view key) {
+    if (RowOf(key) == std::size(catalogue))
+        throw "the table of settings lacks this key";
+    return catalogue[RowOf(key)];
+}
+
 /// \a key, which does not compile where it is none of the table.
 consteval char const *Key(char const *key) {
     if (RowOf(key) == std::size(catalogue))
         throw "the table of settings lacks this key";
     return key;
 }
+
+/// A row of the table whose key has one "*", which does not compile where there is no such row.
+class Pattern {
+  public:
+    consteval explicit Pattern(std::string_view key) : key_(key) {
+        if (RowOf(key) == std::size(catalogue) || catalogue[RowOf(key)].key != key)
+            throw "the table of settings lacks this key";
+    }
+
+    /// The key that has \a part in the place of the "*".
+    std::string With(std::string_view part) const {
+        return std::string(key_).replace(key_.find('*'), 1, part);
+    }
+
+  private:
+    std::string_view key_;
+};
 
 /// What people call \a key; the key itself where it is no setting.
 std::string LabelOf(std::string const &key);

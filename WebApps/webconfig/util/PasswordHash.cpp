@@ -44,8 +44,9 @@ std::string WebPasswordHash(std::string const &password) {
         Command("echo -n").DoubleQuoted(webAccount + password).Then("| md5sum | cut -d' ' -f1"), maxOutput));
 }
 
-std::string WebPasswordSha256(std::string const &password) {
-    return WebHash(EVP_sha256(), password);
+std::string WebPasswordSha256(std::string const &hash, std::string const &password) {
+    std::string const sha256 = WebHash(EVP_sha256(), password);
+    return sha256.empty() ? sha256 : hash + ':' + sha256;
 }
 
 std::string RootPasswordHash(std::string const &password) {

@@ -10,8 +10,10 @@ namespace webconfig::util {
 /// where none can be made.
 std::string WebPasswordHash(std::string const &password);
 
-/// The same for log-ins by SHA-256.
-std::string WebPasswordSha256(std::string const &password);
+/// The same for log-ins by SHA-256, behind the other \a hash: who changes only that one, as all did when
+/// there was no other, makes this one void. So this one is to be stored first: what fails then leaves none
+/// that counts.
+std::string WebPasswordSha256(std::string const &hash, std::string const &password);
 
 /// The hash that the device's "cryptpw" makes of \a password. Empty where it makes none.
 std::string RootPasswordHash(std::string const &password);

@@ -2,6 +2,8 @@
 
 #include <booster/regex.h>
 
+#include "WebApps/webconfig/settings/Rules.h"
+
 namespace webconfig::widgets {
 
 namespace {
@@ -18,9 +20,7 @@ booster::regex const &Expression(bool allowEmpty) {
 IpAddress::IpAddress() : cppcms::widgets::regex_field(Expression(false)) {}
 
 std::string const &IpAddress::RegexString(bool allowEmpty) {
-    static std::string const address =
-        "^(([0-9]|[0-9][0-9]|1[0-9][0-9]|2[0-4][0-9]|25[0-5])\\.){3}"
-        "([0-9]|[0-9][0-9]|1[0-9][0-9]|2[0-4][0-9]|25[0-5])$";
+    static std::string const address = settings::addressExpression;
     static std::string const addressOrEmpty = '(' + address + "|^$)";
     return allowEmpty ? addressOrEmpty : address;
 }

@@ -6,7 +6,7 @@
 
 namespace webconfig::widgets {
 
-/// A field for an IPv4 address in dotted notation. A leading zero is let through in two-digit numbers.
+/// A field for an IPv4 address in dotted notation.
 class IpAddress : public cppcms::widgets::regex_field {
   public:
     IpAddress();

@@ -1,12 +1,9 @@
 #include "WebApps/webconfig/data/AccessPoint.h"
 
-#include <algorithm>
-#include <cstdlib>
-
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/network/Wifi.h"
-#include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
@@ -22,11 +19,8 @@ constexpr char const *enabledKey = settings::Key("net/wifi/ap/enabled");
 constexpr char const *channelKey = settings::Key("net/wifi/ap/channel");
 constexpr char const *ssidKey = settings::Key("net/wifi/ap/essid");
 constexpr char const *pskKey = settings::Key("net/wifi/ap/wpa_psk");
-constexpr char vendorKey[] = "net/wifi/vendor";
 
 constexpr char channelField[] = "apChannel";
-constexpr char automaticChannel[] = "0:";
-constexpr int last2GHzChannel = 35;
 
 void LoadFromStore(data::AccessPoint &content) {
     content.enabled = util::IsOn(enabledKey);
@@ -38,10 +32,9 @@ void LoadFromStore(data::AccessPoint &content) {
 
 void LoadModule(data::AccessPoint &content) {
     content.country_locked = wifi::IsCountryLocked();
-    content.laird = util::Prm::GetString(vendorKey) == "laird";
+    content.laird = settings::IsLairdModule();
     content.channel_read_only = content.laird && util::IsOn(wifi::clientEnabledKey);
-    content.blocked =
-        content.channel_read_only && std::strtol(content.channel.c_str(), nullptr, 10) > last2GHzChannel;
+    content.blocked = content.channel_read_only && settings::IsChannelBlocked(content.channel);
 }
 
 void ShowStored(data::AccessPoint &content) {
@@ -50,15 +43,6 @@ void ShowStored(data::AccessPoint &content) {
     content.form.country.Show(content.country);
     content.form.security.selected_id("wpa");
     content.chosen_channel = content.channel;
-}
-
-/// Whether the page offers this channel in this country. What is stored may stay.
-bool IsChannelOffered(data::AccessPoint const &content, std::string const &channel,
-                      std::string const &country) {
-    if (channel == content.channel || (channel == automaticChannel && !content.laird))
-        return true;
-    auto const entries = util::ChannelEntries(country);
-    return std::find(entries.begin(), entries.end(), channel) != entries.end();
 }
 
 void Save(data::AccessPoint &content, std::string const &channel) {
@@ -78,7 +62,7 @@ void Save(data::AccessPoint &content, std::string const &channel) {
         auto const key = wifi::Key({content.ssid, content.key}, ssid, form.passPhrase.value());
         if (!key)
             wifi::Refuse(form.passPhrase);
-        if (!key || !IsChannelOffered(content, channel, country)) {
+        if (!key || !settings::IsChannelOffered(channel, content.channel, country)) {
             content.message = data::Message::ValidationError();
             return;
         }

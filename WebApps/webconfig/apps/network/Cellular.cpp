@@ -39,10 +39,18 @@ enum Tab : unsigned { MainTab = 0, GprsTab = 1, StatusTab = 2, CdmaTab = StatusT
 struct Sim {
     char const *type;
     char const *name;
-    char const *apnPrefix;
+
+    std::string ApnKey() const { return *type ? apn.With(type) : settings::Key("gprs/apn"); }
+    std::string UsernameKey() const { return *type ? username.With(type) : settings::Key("gprs/username"); }
+    std::string PasswordKey() const { return *type ? password.With(type) : settings::Key("gprs/password"); }
+
+  private:
+    static constexpr settings::Pattern apn{"gprs/*/apn"};
+    static constexpr settings::Pattern username{"gprs/*/username"};
+    static constexpr settings::Pattern password{"gprs/*/password"};
 };
-constexpr Sim sims[] = {{"kpn", "Varnel KPN", "gprs/kpn/"}, {"att", "AT&T", "gprs/att/"}};
-constexpr Sim unknownSim = {"", "Unknown", "gprs/"};
+constexpr Sim sims[] = {{"kpn", "Varnel KPN"}, {"att", "AT&T"}};
+constexpr Sim unknownSim = {"", "Unknown"};
 
 Sim CurrentSim() {
     std::string const type = util::Prm::GetString(simTypeKey);
@@ -63,14 +71,13 @@ void Load(forms::Cellular &form) {
 }
 
 void Load(forms::CellularGprs &form, Sim const &sim) {
-    std::string const prefix = sim.apnPrefix;
     form.SelectNetwork(util::Prm::GetString(form.modeKey));
     if (util::IsOn(form.refreshKey))
         form.refresh.value(form.cancelCaption);
     form.simType.value(sim.name);
-    form.apn.value(util::Prm::GetString(prefix + "apn"));
-    form.username.value(util::Prm::GetString(prefix + "username"));
-    form.password.ShowStored(util::Prm::GetString(prefix + "password"));
+    form.apn.value(util::Prm::GetString(sim.ApnKey()));
+    form.username.value(util::Prm::GetString(sim.UsernameKey()));
+    form.password.ShowStored(util::Prm::GetString(sim.PasswordKey()));
     form.dialCommand.value(util::Prm::GetString(gprsDialCommandKey));
 }
 
@@ -104,10 +111,9 @@ data::Message Store(forms::Cellular &form) {
 }
 
 data::Message Store(forms::CellularGprs &form, Sim const &sim) {
-    std::string const prefix = sim.apnPrefix;
     ParameterWriter writer;
-    writer.Set(prefix + "apn", form.apn.value()).Set(prefix + "username", form.username.value());
-    SetSecret(writer, prefix + "password", form.password)
+    writer.Set(sim.ApnKey(), form.apn.value()).Set(sim.UsernameKey(), form.username.value());
+    SetSecret(writer, sim.PasswordKey(), form.password)
         .Set(gprsDialCommandKey, form.dialCommand.value())
         .Set(form.modeKey, form.NetworkMode());
     return writer.Result();

@@ -14,8 +14,10 @@ namespace {
 
 constexpr char const *enabledKey = settings::Key("system/ntpd/enabled");
 
+constexpr settings::Pattern serverKey("system/ntpd/servers/*");
+
 std::string ServerKey(std::size_t number) {
-    return "system/ntpd/servers/" + std::to_string(number);
+    return serverKey.With(std::to_string(number));
 }
 
 data::Message Store(forms::Ntpd &form) {

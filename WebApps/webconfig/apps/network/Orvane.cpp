@@ -16,6 +16,8 @@ namespace webconfig::apps {
 namespace {
 
 constexpr char const *enabledKey = settings::Key("tern/enabled");
+constexpr settings::Pattern serverKey("tern/*/server");
+constexpr settings::Pattern portKey("tern/*/ipport");
 
 /// A way to the site server, in the order of the tabs, which begin with the common one.
 struct Path {
@@ -23,8 +25,8 @@ struct Path {
     forms::Orvane data::Orvane::*form;
     unsigned tab;
 
-    std::string ServerKey() const { return "tern/" + name + "/server"; }
-    std::string PortKey() const { return "tern/" + name + "/ipport"; }
+    std::string ServerKey() const { return serverKey.With(name); }
+    std::string PortKey() const { return portKey.With(name); }
 };
 Path const paths[] = {
     {"mesh", &data::Orvane::mesh, 1},

@@ -7,6 +7,7 @@
 
 #include "WebApps/webconfig/apps/Network.h"
 #include "WebApps/webconfig/settings/Effects.h"
+#include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -16,9 +17,6 @@ namespace webconfig::apps {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
-
-constexpr char vncPortKey[] = "net/vnc/port";
-constexpr char vncAddressKey[] = "net/vnc/ipaddr";
 
 constexpr auto integerParameter = static_cast<PRM_PAR_T>(0);
 
@@ -32,31 +30,39 @@ struct Protocol {
     unsigned id;
     char const *parent;
     char const *badParameter;  // log text
+    settings::Pattern address;
+    settings::Pattern port;
 };
 constexpr Protocol protocols[] = {
-    {PortForwardingKey::Tcp, "net/portfwd/tcp", "PortForwarding load TCP values: Bad PRM parameter "},
-    {PortForwardingKey::Udp, "net/portfwd/udp", "PortForwarding load UDP values: Bad PRM parameter "},
+    {PortForwardingKey::Tcp, "net/portfwd/tcp", "PortForwarding load TCP values: Bad PRM parameter ",
+     settings::Pattern("net/portfwd/tcp/*/d_ip"), settings::Pattern("net/portfwd/tcp/*/d_port")},
+    {PortForwardingKey::Udp, "net/portfwd/udp", "PortForwarding load UDP values: Bad PRM parameter ",
+     settings::Pattern("net/portfwd/udp/*/d_ip"), settings::Pattern("net/portfwd/udp/*/d_port")},
 };
 
-std::string ParameterOf(PortForwardingKey const &key, char const *name) {
-    std::array<char, 128> parameter{};
-    std::snprintf(parameter.data(), parameter.size(), "net/portfwd/%s/%05u/%s", key.ProtocolId(),
-                  key.source_port, name);
-    return parameter.data();
+struct Parameters {
+    std::string address;
+    std::string port;
+};
+
+Parameters ParametersOf(PortForwardingKey const &key) {
+    std::array<char, 16> folder{};
+    std::snprintf(folder.data(), folder.size(), "%05u", key.source_port);
+    Protocol const &protocol = protocols[key.protocol == PortForwardingKey::Tcp ? 0 : 1];
+    return {protocol.address.With(folder.data()), protocol.port.With(folder.data())};
 }
 
 /// The rules that the device's NAT script has built in. They are shown only.
 PortForwardingRules PresetRules() {
     PortForwardingRules rules;
-    if (util::Prm::Exists(vncPortKey)) {
-        auto const port = static_cast<unsigned>(util::Prm::GetInt(vncPortKey));
-        rules[{PortForwardingKey::Tcp, port}] = {util::Prm::GetString(vncAddressKey), port};
+    if (util::Prm::Exists(settings::vncPortKey)) {
+        auto const port = static_cast<unsigned>(util::Prm::GetInt(settings::vncPortKey));
+        rules[{PortForwardingKey::Tcp, port}] = {util::Prm::GetString(settings::vncAddressKey), port};
     } else {
         WEBCONFIG_LOG(warning, logTag) << "net/vnc parameters not set";
     }
-    rules[{PortForwardingKey::Tcp, 8002}] = {"192.168.0.100", 8002};
-    rules[{PortForwardingKey::Tcp, 8003}] = {"192.168.0.101", 8003};
-    rules[{PortForwardingKey::Tcp, 8800}] = {"192.168.0.20", 80};
+    for (auto const &preset : settings::presetForwards)
+        rules[{PortForwardingKey::Tcp, preset.port}] = {preset.address, preset.toPort};
     return rules;
 }
 
@@ -236,14 +242,16 @@ bool Network::_PortForwardingCancelHandler(data::PortForwarding &content) {
 }
 
 void Network::_PortForwardingPrmWriteEntry(PortForwardingKey const &key, PortForwardingEntry const &entry) {
-    bool const address = util::Prm::Set(ParameterOf(key, "d_ip"), entry.destination_ip);
-    bool const port = util::Prm::Set(ParameterOf(key, "d_port"), std::to_string(entry.destination_port));
+    Parameters const parameters = ParametersOf(key);
+    bool const address = util::Prm::Set(parameters.address, entry.destination_ip);
+    bool const port = util::Prm::Set(parameters.port, std::to_string(entry.destination_port));
     if (!address || !port)
         LogRefusal(key, "stored");
 }
 
 void Network::_PortForwardingPrmDeleteEntry(PortForwardingKey const &key) {
-    for (std::string const &parameter : {ParameterOf(key, "d_ip"), ParameterOf(key, "d_port")}) {
+    Parameters const parameters = ParametersOf(key);
+    for (std::string const &parameter : {parameters.address, parameters.port}) {
         if (util::Prm::Exists(parameter) && !util::Prm::Delete(parameter))
             LogRefusal(key, "deleted");
     }

@@ -4,6 +4,7 @@
 
 #include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/settings/Effects.h"
+#include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -12,7 +13,6 @@ namespace webconfig::apps::wifi {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Network";
-constexpr std::size_t keyLength = 64;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ std::optional<std::string> Key(Credentials const &stored, std::string const &ssi
     std::string key;
     if (!passPhrase.empty())
         key = util::getPsk(ssid, passPhrase);
-    else if (ssid == stored.ssid && stored.key.size() >= keyLength)
+    else if (ssid == stored.ssid && stored.key.size() >= settings::wifiKeyLength)
         key = stored.key;
     return key.empty() ? std::nullopt : std::optional(key);
 }

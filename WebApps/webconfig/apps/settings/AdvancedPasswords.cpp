@@ -28,12 +28,10 @@ data::Message StoreHash(forms::AdvancedPassword &form, char const *key, std::str
     return writer.Result();
 }
 
-/// Stores the second hash of a web password behind the first one, \a hash: who changes only that one, as all
-/// did when there was no other, makes the second void. So it is written first: what fails then leaves no
-/// second one that counts.
+/// Stores the second hash of a web password, which comes before the first one, \a hash.
 bool StoreSha256(std::string const &hash, std::string const &password) {
-    std::string const sha256 = util::WebPasswordSha256(password);
-    return !sha256.empty() && ParameterWriter().Set(webSha256Key, hash + ':' + sha256).Ok();
+    std::string const sha256 = util::WebPasswordSha256(hash, password);
+    return !sha256.empty() && ParameterWriter().Set(webSha256Key, sha256).Ok();
 }
 
 }  // namespace

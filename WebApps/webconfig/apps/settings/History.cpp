@@ -40,6 +40,7 @@ constexpr std::pair<char const *, char const *> titles[] = {
     {settings::wlan, "WLAN"},
     {settings::advanced, "Advanced"},
     {"/settings/history", "History"},
+    {settings::machines, "Machines"},
 };
 
 std::string TitleOf(std::string const &page) {

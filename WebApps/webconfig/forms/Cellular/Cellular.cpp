@@ -11,8 +11,7 @@ Cellular::Cellular() {
     add(enabled);
 
     SetUp(radioTechnology, noName, "cfg_cell_radiotech", "Radio Technology");
-    radioTechnology.add("GSM/UMTS", "GSM");
-    util::validation::NonEmpty(radioTechnology);
+    util::validation::Limit(radioTechnology, settings::Row("cellular/radio_technology"));
     add(radioTechnology);
 
     SetUp(allowRoaming, noName, "cfg_cell_roam", "Allow Roaming");

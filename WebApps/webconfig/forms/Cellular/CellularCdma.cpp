@@ -8,9 +8,7 @@ namespace webconfig::forms {
 
 CellularCdma::CellularCdma() {
     SetUp(carrier, noName, "cfg_cell_cdma_carrier", "CDMA Carrier");
-    carrier.add("Verizon", "verizon");
-    carrier.add("Sprint", "sprint");
-    carrier.add("Custom", "custom");
+    util::validation::Limit(carrier, settings::Row("cdma/current_carrier"));
     add(carrier);
 
     SetUp(username, noName, "cfg_cell_username", "Username");
@@ -20,7 +18,7 @@ CellularCdma::CellularCdma() {
     add(password);
 
     SetUp(dialCommand, noName, "cfg_cell_cdma_dial_cmd", "Dial Command");
-    util::validation::NonEmpty(dialCommand);
+    util::validation::Limit(dialCommand, settings::Row("cdma/dial_command"));
     add(dialCommand);
 
     SetUp(activationCommand, noName, "cfg_cell_cdma_custom_activation_command",

@@ -40,7 +40,7 @@ CellularGprs::CellularGprs() {
     add(simType);
 
     SetUp(apn, noName, "cfg_cell_apn", "APN");
-    util::validation::NonEmpty(apn);
+    util::validation::Limit(apn, settings::Row("gprs/apn"));
     add(apn);
 
     SetUp(username, noName, "cfg_cell_username", "Username");
@@ -50,7 +50,7 @@ CellularGprs::CellularGprs() {
     add(password);
 
     SetUp(dialCommand, noName, "cfg_cell_gprs_dial_cmd", "Dial Command");
-    util::validation::NonEmpty(dialCommand);
+    util::validation::Limit(dialCommand, settings::Row("gprs/dial_command"));
     add(dialCommand);
 
     SetUpSaveButton(save, "gprs", "cfg_cell_gprs_save");
