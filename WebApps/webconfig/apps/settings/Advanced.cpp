@@ -57,6 +57,7 @@ void Settings::Advanced() {
         unsigned tab;
         /// Returns true where it has answered with a download.
         bool (Settings::*run)(data::Advanced &);
+        bool downloads = false;
     };
     static constexpr Action actions[] = {
         {"Save", 0, &Settings::_SaveAdministration},
@@ -64,9 +65,9 @@ void Settings::Advanced() {
         {"ErasePartition", 0, &Settings::_ErasePartition},
         {"Save Web Password", 1, &Settings::_SaveWebPassword},
         {"Save Root Password", 1, &Settings::_SaveRootPassword},
-        {"Backup Configuration", 2, &Settings::_BackupConfiguration},
-        {"Download", 3, &Settings::_DownloadSyslog},
-        {"Download log", 4, &Settings::_DownloadDeployerLog},
+        {"Backup Configuration", 2, &Settings::_BackupConfiguration, true},
+        {"Download", 3, &Settings::_DownloadSyslog, true},
+        {"Download log", 4, &Settings::_DownloadDeployerLog, true},
         {"Install Certificate", 5, &Settings::_InstallCertificate},
     };
 
@@ -85,7 +86,7 @@ void Settings::Advanced() {
             WEBCONFIG_LOG(error, logTag) << "Unknown submit received";
         } else {
             content.selected_tab = action->tab;
-            if ((this->*action->run)(content))
+            if (action->downloads ? _Download(content, action->run) : (this->*action->run)(content))
                 return;
         }
     }

@@ -1,9 +1,11 @@
 #include <cppcms/http_response.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <utility>
 
 #include "WebApps/webconfig/apps/SaveTurn.h"
@@ -19,6 +21,25 @@ namespace webconfig::apps {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
+constexpr int serviceUnavailable = 503;
+constexpr char retrySeconds[] = "10";
+constexpr char busy[] = "Others download at the moment. Go back and try again in a moment.";
+
+std::atomic<int> downloads{0};
+
+/// Downloads may take long and would hold all workers: only so many run at once.
+class DownloadPlace {
+  public:
+    explicit DownloadPlace(int most) : _isMine(downloads.fetch_add(1) < most) {}
+    ~DownloadPlace() { --downloads; }
+    DownloadPlace(DownloadPlace const &) = delete;
+    DownloadPlace &operator=(DownloadPlace const &) = delete;
+
+    bool IsMine() const { return _isMine; }
+
+  private:
+    bool const _isMine;
+};
 
 /// Starts the answer: a text that the browser saves as \a name. What would end the header or the name in it
 /// is left out.
@@ -48,6 +69,16 @@ char TypeLetter(PRM_PAR_T type) {
 }
 
 }  // namespace
+
+bool Settings::_Download(data::Advanced &content, bool (Settings::*run)(data::Advanced &)) {
+    DownloadPlace const place(settings().get("webconfig.downloads", std::numeric_limits<int>::max()));
+    if (place.IsMine())
+        return (this->*run)(content);
+    WEBCONFIG_LOG(warning, logTag) << "Refused to download: too many others do";
+    response().set_header("Retry-After", retrySeconds);
+    response().make_error_response(serviceUnavailable, busy);
+    return true;
+}
 
 bool Settings::_BackupConfiguration(data::Advanced & /*content*/) {
     std::ostream &out = StartDownload(response(), "Config_" + util::SystemAssemblySN() + ".txt");
