@@ -220,7 +220,9 @@ TEST_F(AdvancedTest, TheSystemLogIsTheOneInUse) {
 }
 
 TEST_F(AdvancedTest, DownloadsLeaveWorkersToPages) {
-    device::Process const process(device::Configuration(9121, R"("downloads":1,)"));
+    device::Process const process(device::Configuration(
+        9121,
+        R"("downloads":1,"history":{"file":"/tmp/h/history.db"},"trial":{"file":"/tmp/h/trial","seconds":9},)"));
     Browser other = device::Up("http://127.0.0.1:9121");
     Set({{"syslogd/persistent", "yes"}});
     device::ReplacedFile const log("/home/root/log/messages", "");

@@ -11,6 +11,7 @@
 #include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
@@ -47,6 +48,7 @@ std::ostream &StartDownload(cppcms::http::response &response, std::string name) 
     std::erase_if(name,
                   [](unsigned char c) { return c < ' ' || c == 0x7F || c == '"' || c == '\\' || c == '/'; });
     SaveTurn::End();
+    history::TrialTurn::End();
     response.set_plain_text_header();
     response.set_header("Content-disposition", "attachment; filename=\"" + name + '"');
     return response.out();
