@@ -1,5 +1,7 @@
 // What begins a FastCGI request: who sends it in pieces gets the same answer, and the same variables.
+#include <algorithm>
 #include <cassert>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>

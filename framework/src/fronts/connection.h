@@ -1,6 +1,7 @@
 #pragma once
 
 #include <booster/noncopyable.h>
+#include <sys/types.h>
 
 #include <boost/beast/core/flat_buffer.hpp>
 #include <chrono>
