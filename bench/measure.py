@@ -12,6 +12,7 @@ import fcntl
 import json
 import os
 import re
+import socket
 import statistics
 import subprocess
 import sys
@@ -37,6 +38,7 @@ METHODS = ("fw_upgrade_status", "general_dynamic_status", "ethernet1_status", "c
            "port_forwarding_status", "orvane_status", "tail_syslog", "ntpd_status", "dns_server_status",
            "wifi_ap_status", "wifi_client_status")
 DAEMON_METHODS = ("cellular_status", "openvpn_status", "orvane_status")
+SLOW_CLIENTS = 40
 POLLERS = 10
 POLLS = 5  # of each poller
 REQUESTS = 100_000
@@ -50,6 +52,8 @@ server.document-root = "/var/www/webconfig"
 server.port = {PORT}
 server.bind = "127.0.0.1"
 server.modules = ( "mod_fastcgi" )
+server.stream-request-body = 2
+server.stream-response-body = 1
 $HTTP["url"] =~ "^/(config|status)" {{
     fastcgi.server = ( "/" => (( "socket" => "{BACKEND_SOCKET}", "check-local" => "disable",
                                  "fix-root-scriptname" => "enable" )) )
@@ -124,13 +128,15 @@ def measure_throughput(bare_program):
         size = len(fetch(path))
         with running(bare_program, BARE_SOCKET, str(THREADS), str(size)):
             wait_until_up("/bare")
-            rounds = [(wrk(path)[0], wrk("/bare")[0]) for _ in range(ROUNDS)]
-        ratios = [page / bare for page, bare in rounds]
+            rounds = [(wrk(path), wrk("/bare")) for _ in range(ROUNDS)]
+        ratios = [page[0] / bare[0] for page, bare in rounds]
         ratio = statistics.median(ratios)
+        tail = [statistics.median(one[2] for one in side) for side in zip(*rounds)]
         note = f", target {target}: {verdict(ratio >= target)}" if target else ""
         print(f"throughput {path} ({size} bytes): {ratio:.2f} of the bare program "
               f"({min(ratios):.2f} to {max(ratios):.2f}; "
-              f"{statistics.median(page for page, _ in rounds):.0f} requests/s){note}", flush=True)
+              f"{statistics.median(page[0] for page, _ in rounds):.0f} requests/s), 99th percentile {tail[0]:.1f} ms, "
+              f"of the bare program {tail[1]:.1f} ms{note}", flush=True)
 
 
 def show_memory(pid, when):
@@ -192,6 +198,40 @@ def measure_blocked_latency():
         note = f", target at most {target}: {verdict(ratio <= target)}" if target else ""
         print(f"page latency while a status call blocks, {name}: {ratio:.2f} of the unloaded one "
               f"({statistics.median(blocked[at] for _, blocked in rounds):.2f} ms){note}", flush=True)
+
+
+@contextlib.contextmanager
+def slow_bodies():
+    """Clients that announce a body and send its beginning, then a byte now and then."""
+    with contextlib.ExitStack() as stack:
+        clients = [stack.enter_context(socket.create_connection(("127.0.0.1", PORT))) for _ in range(SLOW_CLIENTS)]
+        for client in clients:
+            client.sendall(b"POST /config/ HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 1000\r\n\r\nx=")
+        done = threading.Event()
+
+        def drip():
+            while not done.wait(0.5):
+                for client in clients:
+                    client.sendall(b"x")
+
+        dripping = threading.Thread(target=drip)
+        dripping.start()
+        yield
+        done.set()
+        dripping.join()
+
+
+def measure_slow_bodies():
+    path = "/config/settings/reboot"
+    rounds = []
+    for _ in range(ROUNDS):
+        free = wrk(path)[2]
+        with slow_bodies():
+            rounds.append((free, wrk(path)[2]))
+    ratio = statistics.median(slow / free for free, slow in rounds)
+    print(f"page latency beside {SLOW_CLIENTS} slow bodies, 99th percentile: {ratio:.2f} of the one without "
+          f"({statistics.median(slow for _, slow in rounds):.2f} ms), target at most 2.0: {verdict(ratio <= 2)}",
+          flush=True)
 
 
 def processor_seconds(pid):
@@ -295,6 +335,7 @@ def main():
         measure_memory(pid)
         measure_throughput(sys.argv[1])
         measure_blocked_latency()
+        measure_slow_bodies()
         measure_polls(pid)
         measure_history()
 

@@ -77,7 +77,7 @@ class Failures(unittest.TestCase):
                     break
                 trouble.append((attempt, status))
 
-    def test_reloads_under_load_cost_no_client_more_than_a_retry(self):
+    def test_reloads_under_load_cost_no_client_an_answer(self):
         for options in ((), ("--spawn",)):
             with self.subTest(options):
                 device = Device("reload" + "".join(options), *options)
@@ -91,12 +91,14 @@ class Failures(unittest.TestCase):
                 for _ in range(self.RELOADS):
                     try:
                         request(device.url + "status/rpc", reload, {"Content-Type": "application/json"})
-                    except OSError:
-                        pass  # the service may go before it has answered
+                    except OSError as error:
+                        trouble.append((1, error))
                 stop.set()
                 for client in clients:
                     client.join()
-                self.assertEqual([], [each for each in trouble if each[0] == 2], trouble)
+                # That one drops what waits for it, which costs a retry.
+                installed = "libcppcms" in device.shell("ldd /usr/sbin/webconfig")
+                self.assertEqual([], [each for each in trouble if each[0] == 2] if installed else trouble, trouble)
                 self.assertEqual("kept", device.output("prm", "get", "test/value"))
                 self.assertGreater(int(device.shell("grep -c 'forced reload' /var/log/messages")), self.RELOADS // 2)
 

@@ -39,6 +39,23 @@ TEST_F(AboutTest, ListsTheNoticesOfEachPackage) {
     EXPECT_TRUE(std::is_sorted(packages.begin(), packages.end()));
 }
 
+TEST_F(AboutTest, ShowsEachChangeAtOnceThoughTheFoldersAreNotReadAgain) {
+    auto const notices = [this] {
+        return Html(browser.Get("/config/settings/about").body).All(Row("//li/a[@class='ossnav']"));
+    };
+    device::Shell("sleep 2.1");  // older folders are remembered
+    for (int worker = 0; worker < 12; ++worker)
+        notices();
+    device::WriteFile(folder + "/D", "");
+    EXPECT_EQ(notices(), (Strings{"A", "b", "broken", "C", "D", "link"}));
+    device::Shell("rm " + folder + "/D");
+    EXPECT_EQ(notices(), (Strings{"A", "b", "broken", "C", "link"})) << "within the same tick";
+    device::Shell("cd " + std::string(licences) +
+                  "; mkdir test-new; echo >test-new/only; touch -r test-package test-new; "
+                  "rm -r test-package; mv test-new test-package");
+    EXPECT_EQ(notices(), Strings{"only"});
+}
+
 TEST_F(AboutTest, ShowsTheTextOfOneNotice) {
     Html const page(browser.Get("/config/settings/about/test-package/C").body);
     EXPECT_EQ(page.One("//pre"), "notice <C>\n");

@@ -1,4 +1,7 @@
+#include <chrono>
 #include <filesystem>
+#include <future>
+#include <thread>
 
 #include "tests/pages/support/Page.h"
 
@@ -214,6 +217,27 @@ TEST_F(AdvancedTest, TheSystemLogIsTheOneInUse) {
     Set({{"syslogd/persistent", "yes"}});
     device::ReplacedFile const persistent("/home/root/log/messages", "one\ntwo\n");
     EXPECT_EQ(Download("Download").body, "one\ntwo\n");
+}
+
+TEST_F(AdvancedTest, DownloadsLeaveWorkersToPages) {
+    device::Process const process(device::Configuration(
+        9121,
+        R"("downloads":1,"history":{"file":"/tmp/h/history.db"},"trial":{"file":"/tmp/h/trial","seconds":9},)"));
+    Browser other = device::Up("http://127.0.0.1:9121");
+    Set({{"syslogd/persistent", "yes"}});
+    device::ReplacedFile const log("/home/root/log/messages", "");
+    device::Shell("cd /home/root/log && rm messages && mkfifo messages");
+    auto slow = std::async(std::launch::async, [this] {
+        return Browser("http://127.0.0.1:9121").Post(page.path, Fields{{"submit", "Download"}}).body;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    Answer const refused = other.Post(page.path, Fields{{"submit", "Backup Configuration"}});
+    EXPECT_EQ(refused.status, 503);
+    EXPECT_NE(refused.headers.find("Retry-After: 10\r\n"), std::string::npos) << refused.headers;
+    EXPECT_EQ(other.Get(page.path).status, 200);
+    device::Shell("echo one >/home/root/log/messages");
+    EXPECT_EQ(slow.get(), "one\n");
+    EXPECT_EQ(other.Post(page.path, Fields{{"submit", "Backup Configuration"}}).status, 200);
 }
 
 TEST_F(AdvancedTest, TheDeployerLogIsSentOnceOrTheToolIsQuoted) {

@@ -55,6 +55,8 @@ class Settings : public Base {
     bool _ErasePartition(data::Advanced &content);
     bool _SaveWebPassword(data::Advanced &content);
     bool _SaveRootPassword(data::Advanced &content);
+    /// Runs one of the downloads, or refuses because too many others run.
+    bool _Download(data::Advanced &content, bool (Settings::*run)(data::Advanced &));
     bool _BackupConfiguration(data::Advanced &content);
     bool _DownloadSyslog(data::Advanced &content);
     bool _DownloadDeployerLog(data::Advanced &content);

@@ -30,6 +30,8 @@ constexpr std::chrono::milliseconds retryInterval{20};
 /// What the states are called in the file.
 constexpr char const *stateNames[] = {"saving", "running", "returning", "returned"};
 
+thread_local TrialTurn *current = nullptr;
+
 struct Settings {
     TrialFile file;
     int seconds;
@@ -100,6 +102,7 @@ TrialTurn::TrialTurn(TrialFile const &file, std::chrono::milliseconds limit)
     if (_file < 0)
         WEBCONFIG_LOG(error, logTag) << file.Path() << ".lock: " << std::strerror(errno);
     auto const deadline = std::chrono::steady_clock::now() + limit;
+    current = this;
     for (;;) {
         _isMine = _file < 0 || ::flock(_file, LOCK_EX | LOCK_NB) == 0;
         if (_isMine || std::chrono::steady_clock::now() >= deadline)
@@ -109,8 +112,19 @@ TrialTurn::TrialTurn(TrialFile const &file, std::chrono::milliseconds limit)
 }
 
 TrialTurn::~TrialTurn() {
+    _Close();
+    current = nullptr;
+}
+
+void TrialTurn::End() {
+    if (current)
+        current->_Close();
+}
+
+void TrialTurn::_Close() {
     if (_file >= 0)
         ::close(_file);
+    _file = -1;
 }
 
 std::string CurrentBoot() {

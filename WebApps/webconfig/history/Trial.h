@@ -61,7 +61,12 @@ class TrialTurn {
 
     bool IsMine() const { return _isMine; }
 
+    /// Ends the turn of the calling thread, if it has it, before its object ends.
+    static void End();
+
   private:
+    void _Close();
+
     int _file;
     bool _isMine = false;
 };

@@ -82,10 +82,13 @@ class context : public booster::noncopyable, public booster::enable_shared_from_
     // Internal.
 
     impl::environment const &environment();
-    /// Takes in the query and the body; see request.
-    impl::refusal load();
-    /// Ends the request with an error page, which may tell more, and the connection with it.
-    void refuse(int status, std::string const &message = {});
+    /// Takes in the query and what has come of the body. False where it is to be called again: see
+    /// await_body(). Where there is a \a problem the request has to be refused.
+    bool load(impl::refusal &problem);
+    /// \a resume is called, on some thread, when more of the body has come or its time is over.
+    void await_body(booster::function<void()> const &resume);
+    /// Ends the request with an error page, and the connection with it.
+    void refuse(impl::refusal const &problem);
 
   private:
     struct holder {

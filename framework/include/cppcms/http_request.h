@@ -13,6 +13,7 @@
 namespace cppcms {
 
 namespace impl {
+class body_reader;
 class connection;
 class environment;
 struct body_limits;
@@ -85,9 +86,9 @@ class request : public booster::noncopyable {
 
     request(impl::environment &&variables, impl::body_limits const &limits);
     impl::environment &variables();
-    /// Takes in the query and the body. A result with a status says that the request must be answered with
-    /// that error.
-    impl::refusal load(impl::connection &from);
+    /// Takes in the query and what has come of the body; see impl::body_reader.
+    bool load(impl::connection &from, impl::refusal &problem);
+    impl::body_reader const &body() const;
 
     struct data;
     std::unique_ptr<data> d;

@@ -2,154 +2,143 @@
 
 #include <booster/log.h>
 #include <http/environment.h>
-#include <sys/socket.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <chrono>
-#include <csignal>
-#include <cstdio>
-#include <thread>
-
-#include "fastcgi_head.h"
+#include <charconv>
 
 namespace cppcms::impl {
 
 namespace {
 
-/// A head that has begun to come has to be there within this time.
-constexpr auto head_patience = std::chrono::seconds(2);
-constexpr auto head_poll = std::chrono::milliseconds(2);
+using record = fastcgi_record_header::kind;
 
-/// Sets the library up, once. It would also take over signals that are not its business.
-bool set_up_library() {
-    constexpr std::array signals{SIGPIPE, SIGTERM, SIGUSR1};
-    std::array<struct sigaction, signals.size()> before{};
-    for (std::size_t i = 0; i < signals.size(); ++i)
-        sigaction(signals[i], nullptr, &before[i]);
-    bool const done = FCGX_Init() == 0;
-    for (std::size_t i = 0; i < signals.size(); ++i)
-        sigaction(signals[i], &before[i], nullptr);
-    return done;
-}
+constexpr std::size_t receive_size = 8192;
+constexpr std::size_t body_receive_size = 32768;
+constexpr std::size_t max_record_content = 65535;
+// How a request ended.
+constexpr char request_complete = 0;
+constexpr char unknown_role = 3;
 
-char const *problem_of(fastcgi_head_state state) {
+char const *problem_of(fastcgi_head::state state) {
     switch (state) {
-        case fastcgi_head_state::too_large:
+        case fastcgi_head::state::too_large:
             return "too many variables";
-        case fastcgi_head_state::unknown_role:
+        case fastcgi_head::state::unknown_role:
             return "a role other than responder";
-        case fastcgi_head_state::incomplete:
-            return "the beginning of a request only";
         default:
             return "malformed records";
     }
 }
 
+std::string end_of_request(unsigned id, char protocol_status) {
+    return fastcgi_record(record::end_request, id, 8) + std::string(4, '\0') + protocol_status +
+           std::string(3, '\0');
+}
+
 }  // namespace
 
-fastcgi_connection::fastcgi_connection(int descriptor, connection_registry &registry, int timeout)
-    : connection(descriptor, registry) {
-    set_timeouts(timeout);
-    // No listening socket: with an open connection the library reads a request from that one, as from one
-    // kept since an earlier request, and where it fails it cannot go on to accept another.
-    [[maybe_unused]] static bool const ready = set_up_library();
-    FCGX_InitRequest(&request_, -1, 0);
-    request_.ipcFd = descriptor;
-    request_.keepConnection = 1;
-    request_.detached = 1;  // do not wait for the peer when closing
-}
-
-fastcgi_connection::~fastcgi_connection() {
-    FCGX_Free(&request_, 0);
-}
-
-connection::head fastcgi_connection::read_head(environment &variables) {
-    switch (wait_for_head()) {
-        case head::complete:
-            break;
-        case head::incomplete:
-            return head::incomplete;
-        case head::closed:
-            return head::closed;
-    }
-    if (FCGX_Accept_r(&request_) != 0) {
-        if (request_.ipcFd < 0)
-            disown();
-        BOOSTER_WARNING("cppcms") << "FastCGI connection dropped: the library does not accept the request";
-        return head::closed;
-    }
-    // The first variable is the role, which the library adds.
-    for (char **variable = request_.envp; *variable; ++variable) {
-        std::string_view const text(*variable);
-        if (auto const equals = text.find('='); variable != request_.envp && equals != std::string_view::npos)
-            variables.add(text.substr(0, equals), text.substr(equals + 1));
-    }
-    return head::complete;
-}
-
-connection::head fastcgi_connection::wait_for_head() {
-    auto const deadline = std::chrono::steady_clock::now() + head_patience;
+connection::input fastcgi_connection::read_head(environment &variables) {
     for (;;) {
-        std::array<char, max_fastcgi_head> bytes;
-        ssize_t const got = ::recv(descriptor(), bytes.data(), bytes.size(), MSG_PEEK | MSG_DONTWAIT);
-        if (got <= 0)
-            return got < 0 && (errno == EAGAIN || errno == EINTR) ? head::incomplete : head::closed;
-        auto const state = check_fastcgi_head({bytes.data(), static_cast<std::size_t>(got)});
-        if (state == fastcgi_head_state::complete)
-            return head::complete;
-        if (state == fastcgi_head_state::incomplete && std::chrono::steady_clock::now() < deadline) {
-            // Looking takes nothing from the socket, so it cannot tell when there is more.
-            std::this_thread::sleep_for(head_poll);
-            continue;
+        std::string_view bytes = received();
+        auto const state = head_.take(bytes);
+        input_.consume(input_.size() - bytes.size());
+        if (std::string const replies = head_.take_replies(); !replies.empty() && !send({replies}))
+            return input::closed;
+        if (state == fastcgi_head::state::complete)
+            break;
+        if (state != fastcgi_head::state::incomplete) {
+            drop(state);
+            return input::closed;
         }
-        BOOSTER_WARNING("cppcms") << "FastCGI connection dropped: " << problem_of(state);
-        if (state == fastcgi_head_state::unknown_role)
-            answer_unknown_role({bytes.data(), static_cast<std::size_t>(got)});
-        return head::closed;
+        if (input const got = receive(input_, receive_size); got != input::complete)
+            return got;
+    }
+    head_.copy_variables(variables);
+    std::string_view const length = variables.get("CONTENT_LENGTH");
+    std::from_chars(length.data(), length.data() + length.size(), body_left_);
+    return input::complete;
+}
+
+void fastcgi_connection::drop(fastcgi_head::state why) {
+    BOOSTER_WARNING("cppcms") << "FastCGI connection dropped: " << problem_of(why);
+    if (why == fastcgi_head::state::unknown_role)
+        send({end_of_request(head_.id(), unknown_role)});
+}
+
+std::string_view fastcgi_connection::received() const {
+    return {static_cast<char const *>(input_.data().data()), input_.size()};
+}
+
+connection::piece fastcgi_connection::read_body() {
+    for (;;) {
+        std::size_t const skipped = std::min(skip_, input_.size());
+        input_.consume(skipped);
+        skip_ -= skipped;
+        if (skip_ == 0 && body_ended_)
+            return {body_left_ == 0 ? input::complete : input::closed, {}};
+        if (skip_ == 0 && content_left_ > 0 && input_.size() > 0) {
+            if (auto const content = take_content(); !content.empty())
+                return {input::incomplete, content};
+        } else if (skip_ == 0 && content_left_ == 0 && input_.size() >= fastcgi_record_header::size) {
+            if (!begin_record())
+                return {input::closed, {}};
+        } else {
+            input const got = receive(input_, body_left_ > receive_size ? body_receive_size : receive_size);
+            if (got != input::complete)
+                return {got, {}};
+        }
     }
 }
 
-void fastcgi_connection::answer_unknown_role(std::string_view begin_record) {
-    constexpr char end_request = 3;
-    constexpr char unknown_role = 3;
-    std::array<char, 16> const answer{
-        1, end_request, begin_record[2], begin_record[3], 0, 8, 0, 0, 0, 0, 0, 0, unknown_role, 0, 0, 0};
-    ::send(descriptor(), answer.data(), answer.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+/// What has come of the record at hand. Nothing, where the request has announced less.
+std::string_view fastcgi_connection::take_content() {
+    auto const content = received().substr(0, content_left_);
+    auto const wanted = content.substr(0, std::min<unsigned long long>(content.size(), body_left_));
+    content_left_ -= content.size();
+    body_left_ -= wanted.size();
+    skip_ = content.size() + (content_left_ == 0 ? padding_ : 0);
+    return wanted;
 }
 
-std::size_t fastcgi_connection::read(char *buffer, std::size_t size) {
-    return static_cast<std::size_t>(std::max(0, FCGX_GetStr(buffer, static_cast<int>(size), request_.in)));
+/// False where the request is given up.
+bool fastcgi_connection::begin_record() {
+    auto const header = fastcgi_record_header::read(received());
+    skip_ = fastcgi_record_header::size;
+    if (header.type == record::standard_input && header.id == head_.id() && header.length > 0) {
+        content_left_ = header.length;
+        padding_ = header.padding;
+    } else {
+        body_ended_ = header.type == record::standard_input && header.id == head_.id();
+        skip_ += header.length + header.padding;
+    }
+    return header.type != record::abort_request;
 }
 
 bool fastcgi_connection::write(std::string_view first, std::string_view second, chunk kind) {
-    FCGX_PutStr(first.data(), static_cast<int>(first.size()), request_.out);
-    FCGX_PutStr(second.data(), static_cast<int>(second.size()), request_.out);
-    switch (kind) {
-        case chunk::more:
-            break;
-        case chunk::flush:
-            FCGX_FFlush(request_.out);
-            break;
-        case chunk::last:
-            // The standard error of a request ends with its response: both ends leave with the last bytes.
-            FCGX_FClose(request_.err);
-            FCGX_FClose(request_.out);
-            break;
+    bool ended = false;
+    while (!failed_ && !ended && (first.size() + second.size() > 0 || kind == chunk::last)) {
+        auto const now = first.substr(0, max_record_content);
+        auto const then = second.substr(0, max_record_content - now.size());
+        first.remove_prefix(now.size());
+        second.remove_prefix(then.size());
+        ended = kind == chunk::last && first.size() + second.size() == 0;
+        std::string begin;
+        if (std::size_t const size = now.size() + then.size(); size > 0)
+            begin = fastcgi_record(record::standard_output, head_.id(), size);
+        std::string end;
+        if (ended)
+            end = fastcgi_record(record::standard_output, head_.id(), 0) +
+                  end_of_request(head_.id(), request_complete);
+        failed_ = !send({begin, now, then, end});
     }
-    return FCGX_GetError(request_.out) == 0;
+    return !failed_;
 }
 
 bool fastcgi_connection::finish() {
-    bool const keep = request_.keepConnection && !is_last_request() && FCGX_GetError(request_.out) == 0 &&
-                      FCGX_GetChar(request_.in) == EOF && FCGX_GetError(request_.in) == 0;
-    FCGX_Free(&request_, 0);
-    if (!keep) {
-        // The end of the body may be there unread; closing with it could cost the client its answer.
-        std::array<char, 16384> waste;
-        ::recv(descriptor(), waste.data(), waste.size(), MSG_DONTWAIT);
-    }
+    bool const keep = head_.keeps_connection() && !is_last_request() && !failed_ && body_ended_;
+    head_ = {};
+    body_left_ = 0;
+    body_ended_ = false;
     return keep;
 }
 

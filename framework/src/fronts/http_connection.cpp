@@ -7,11 +7,9 @@
 #include <http/header_text.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <sys/uio.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <limits>
@@ -27,6 +25,7 @@ constexpr char server_software[] = "CppCMS-Embedded/2.0.1";
 constexpr char bad_request_line[] = "HTTP/1.0 400 Bad Request\r\n";
 constexpr char length_required_line[] = "HTTP/1.0 411 Length Required\r\n";
 constexpr std::size_t receive_size = 8192;
+constexpr std::size_t body_receive_size = 32768;
 
 std::string_view view(boost::beast::string_view text) {
     return {text.data(), text.size()};
@@ -84,26 +83,21 @@ std::string hex(std::size_t number) {
 
 http_connection::http_connection(int descriptor, connection_registry &registry,
                                  std::shared_ptr<http_front const> front)
-    : connection(descriptor, registry), front_(std::move(front)) {
-    set_timeouts(front_->timeout);
-}
+    : connection(descriptor, registry, front->timeout), front_(std::move(front)) {}
 
-connection::head http_connection::read_head(environment &variables) {
+connection::input http_connection::read_head(environment &variables) {
     for (;;) {
         if (input_.size() > 0) {
-            head const state = parse_head(variables);
-            if (state != head::incomplete)
+            input const state = parse_head(variables);
+            if (state != input::incomplete)
                 return state;
         }
-        auto const space = input_.prepare(receive_size);
-        ssize_t const got = ::recv(descriptor(), space.data(), space.size(), MSG_DONTWAIT);
-        if (got <= 0)
-            return got < 0 && (errno == EAGAIN || errno == EINTR) ? head::incomplete : head::closed;
-        input_.commit(static_cast<std::size_t>(got));
+        if (input const got = receive(input_, receive_size); got != input::complete)
+            return got;
     }
 }
 
-connection::head http_connection::parse_head(environment &variables) {
+connection::input http_connection::parse_head(environment &variables) {
     if (!parser_) {
         parser_.emplace();
         parser_->header_limit(max_head);
@@ -112,7 +106,7 @@ connection::head http_connection::parse_head(environment &variables) {
     boost::beast::error_code error;
     input_.consume(parser_->put(input_.data(), error));
     if (error == beast_http::error::need_more)
-        return head::incomplete;
+        return input::incomplete;
     if (error)
         return reject(bad_request_line, error.message());
     if (view(parser_->get().target()).substr(0, 1) != "/")
@@ -120,14 +114,14 @@ connection::head http_connection::parse_head(environment &variables) {
     if (parser_->chunked())
         return reject(length_required_line, "a body of unknown length");
     describe(variables);
-    return head::complete;
+    return input::complete;
 }
 
-connection::head http_connection::reject(char const *status_line, std::string_view problem) {
+connection::input http_connection::reject(char const *status_line, std::string_view problem) {
     BOOSTER_WARNING("cppcms") << "HTTP request refused: " << problem;
-    send(status_line + front_->headers, "\r\n");
+    send({status_line, front_->headers, "\r\n"});
     abandon_body();
-    return head::closed;
+    return input::closed;
 }
 
 void http_connection::describe(environment &variables) {
@@ -183,23 +177,19 @@ void http_connection::describe_path(environment &variables, std::string_view tar
     variables.add("PATH_INFO", decode_path(path));
 }
 
-std::size_t http_connection::read(char *buffer, std::size_t size) {
-    size = static_cast<std::size_t>(std::min<unsigned long long>(size, body_left_));
-    std::size_t got = std::min(size, input_.size());
-    if (got > 0) {
-        std::copy_n(static_cast<char const *>(input_.data().data()), got, buffer);
-        input_.consume(got);
-    } else if (size > 0) {
+connection::piece http_connection::read_body() {
+    input_.consume(std::exchange(given_, 0));
+    if (body_left_ == 0)
+        return {input::complete, {}};
+    if (input_.size() == 0) {
         if (std::exchange(continue_expected_, false))
-            send("HTTP/1.1 100 Continue\r\n\r\n", {});
-        ssize_t received = 0;
-        do
-            received = ::recv(descriptor(), buffer, size, 0);
-        while (received < 0 && errno == EINTR);
-        got = received > 0 ? static_cast<std::size_t>(received) : 0;
+            send({"HTTP/1.1 100 Continue\r\n\r\n"});
+        if (input const got = receive(input_, body_receive_size); got != input::complete)
+            return {got, {}};
     }
-    body_left_ -= got;
-    return got;
+    given_ = static_cast<std::size_t>(std::min<unsigned long long>(input_.size(), body_left_));
+    body_left_ -= given_;
+    return {input::incomplete, {static_cast<char const *>(input_.data().data()), given_}};
 }
 
 bool http_connection::write(std::string_view first, std::string_view second, chunk kind) {
@@ -260,36 +250,17 @@ bool http_connection::begin_response(std::string_view block, std::string_view bo
 
 /// Sends \a body, which may be nothing, behind \a prefix.
 bool http_connection::send_body(std::string prefix, std::string_view body, chunk kind) {
-    if (framing_ != framing::chunked)
-        return send(prefix, body);
-    if (!body.empty())
+    char const *const last_chunk = framing_ == framing::chunked && kind == chunk::last ? "0\r\n\r\n" : "";
+    char const *const chunk_end = framing_ == framing::chunked && !body.empty() ? "\r\n" : "";
+    if (*chunk_end)
         prefix += hex(body.size()) + "\r\n";
-    bool const sent = send(prefix, body) && (body.empty() || send("\r\n", {}));
-    return sent && (kind != chunk::last || send("0\r\n\r\n", {}));
-}
-
-bool http_connection::send(std::string_view first, std::string_view second) {
-    while (!failed_ && first.size() + second.size() > 0) {
-        std::array<iovec, 2> parts{{{const_cast<char *>(first.data()), first.size()},
-                                    {const_cast<char *>(second.data()), second.size()}}};
-        msghdr message{};
-        message.msg_iov = parts.data();
-        message.msg_iovlen = parts.size();
-        ssize_t const sent = ::sendmsg(descriptor(), &message, MSG_NOSIGNAL);
-        if (sent < 0 && errno == EINTR)
-            continue;
-        failed_ = sent <= 0;
-        if (failed_)
-            break;
-        auto const of_first = std::min(static_cast<std::size_t>(sent), first.size());
-        first.remove_prefix(of_first);
-        second.remove_prefix(static_cast<std::size_t>(sent) - of_first);
-    }
+    failed_ = failed_ || !send({prefix, body, chunk_end, last_chunk});
     return !failed_;
 }
 
 bool http_connection::finish() {
     bool const keep = keep_alive_ && !failed_ && !is_last_request() && body_left_ == 0;
+    input_.consume(std::exchange(given_, 0));
     parser_.reset();
     framing_ = framing::undecided;
     pending_.clear();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <memory>
@@ -20,11 +19,11 @@ class http_connection : public connection {
 
     http_connection(int descriptor, connection_registry &registry, std::shared_ptr<http_front const> front);
 
-    head read_head(environment &variables) override;
-    std::size_t read(char *buffer, std::size_t size) override;
+    input read_head(environment &variables) override;
+    piece read_body() override;
     bool write(std::string_view first, std::string_view second, chunk kind) override;
     bool finish() override;
-    bool has_input() const override { return input_.size() > 0; }
+    bool has_input() const override { return input_.size() > given_; }
     int idle_limit() const override { return front_->timeout; }
 
   private:
@@ -33,16 +32,16 @@ class http_connection : public connection {
     /// How the client learns where a response ends.
     enum class framing { undecided, length, chunked, close };
 
-    head parse_head(environment &variables);
-    head reject(char const *status_line, std::string_view problem);
+    input parse_head(environment &variables);
+    input reject(char const *status_line, std::string_view problem);
     void describe(environment &variables);
     void describe_path(environment &variables, std::string_view target);
     bool begin_response(std::string_view block, std::string_view body, chunk kind);
     bool send_body(std::string prefix, std::string_view body, chunk kind);
-    bool send(std::string_view first, std::string_view second);
 
     std::shared_ptr<http_front const> front_;
     boost::beast::flat_buffer input_;  // received, not yet taken
+    std::size_t given_ = 0;  // bytes at the front that are a piece of the body, done with by the next
     std::optional<parser> parser_;
     unsigned long long body_left_ = 0;  // bytes of the body that were not read yet
     bool continue_expected_ = false;

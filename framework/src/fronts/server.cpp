@@ -37,6 +37,11 @@ class signals_blocked : public booster::noncopyable {
     sigset_t before_{};
 };
 
+/// How long an answer that was sent before the request had come may take to arrive.
+constexpr auto linger_patience = std::chrono::seconds(2);
+/// How often a thread that is to end looks whether it may.
+constexpr auto drain_interval = std::chrono::milliseconds(10);
+
 }  // namespace
 
 server::server(std::vector<listener> listeners, connection_factory make, request_handler handle)
@@ -68,6 +73,10 @@ void server::start(int threads) {
 }
 
 bool server::stop(clock::time_point deadline) {
+    {
+        std::lock_guard const lock(guard_);
+        stop_deadline_ = deadline;
+    }
     if (!stopping_.exchange(true)) {
         for (listener &l : listeners_) {
             ::epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, l.socket, nullptr);
@@ -77,7 +86,7 @@ bool server::stop(clock::time_point deadline) {
                 descriptor client = accept_one(l);
                 if (client.get() < 0)
                     break;
-                park(make_(l, std::move(client)));
+                park(make_(l, std::move(client)), false);
             }
         }
         std::uint64_t const count = std::max<std::size_t>(1, threads_.size());
@@ -98,9 +107,16 @@ void server::join() {
 }
 
 void server::work() {
-    while (work_once(false)) {
-    }
-    while (work_once(true)) {
+    // Who gives up the processor between requests is not stopped within one as often, with a client that
+    // waits.
+    while (work_once(false))
+        std::this_thread::yield();
+    for (;;) {
+        if (work_once(true))
+            continue;
+        if (!is_request_at_hand())
+            break;
+        std::this_thread::sleep_for(drain_interval);
     }
     std::lock_guard const lock(guard_);
     --running_;
@@ -127,8 +143,8 @@ bool server::work_once(bool draining) {
         try {
             if (listening != listeners_.end())
                 accept(*listening);
-            else if (auto c = take(static_cast<connection *>(source)))
-                serve(std::move(c));
+            else
+                serve(static_cast<connection *>(source));
         } catch (std::exception const &e) {
             BOOSTER_ERROR("cppcms") << "Failed to serve a request: " << e.what();
         }
@@ -164,14 +180,14 @@ descriptor server::accept_one(listener const &from) {
 
 /// Drops the client that has been waiting longest. False where none is waiting.
 bool server::drop_oldest() {
-    std::unique_ptr<connection> dropped;
+    waiting_client dropped;
     std::lock_guard const lock(guard_);
     auto const oldest = std::min_element(waiting_.begin(), waiting_.end(), [](auto const &a, auto const &b) {
         return a.second.deadline < b.second.deadline;
     });
     if (oldest == waiting_.end())
         return false;
-    dropped = std::move(oldest->second.owned);
+    dropped = std::move(oldest->second);
     waiting_.erase(oldest);
     return true;
 }
@@ -184,67 +200,109 @@ void server::watch(int operation, listener const &l) {
     ::epoll_ctl(epoll_.get(), operation, l.socket, &event);
 }
 
+bool server::watch(connection const &c, bool at_once) {
+    epoll_event event{};
+    // What is there already makes no event of its own; being writable does.
+    event.events = EPOLLONESHOT | EPOLLIN | (at_once ? EPOLLOUT : 0u);
+    event.data.ptr = const_cast<connection *>(&c);
+    return ::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, c.descriptor(), &event) == 0 ||
+           ::epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, c.descriptor(), &event) == 0;
+}
+
+/// Serves a client that has waited.
+void server::serve(connection *c) {
+    waiting_client client;
+    {
+        std::lock_guard const lock(guard_);
+        auto const found = waiting_.find(c);
+        if (found == waiting_.end())
+            return;
+        client = std::move(found->second);
+        waiting_.erase(found);
+    }
+    if (client.resume)
+        client.resume();
+    else if (client.owned->has_abandoned_body())
+        linger(std::move(client.owned), client.deadline);
+    else
+        serve(std::move(client.owned));
+}
+
 void server::serve(std::unique_ptr<connection> c) {
     environment variables;
     switch (c->read_head(variables)) {
-        case connection::head::complete:
+        case connection::input::complete:
             handle_(std::move(c), std::move(variables));
             break;
-        case connection::head::incomplete:
-            park(std::move(c));
+        case connection::input::incomplete:
+            park(std::move(c), false);
             break;
-        case connection::head::closed:
+        case connection::input::closed:
+            linger(std::move(c), clock::now() + linger_patience);
             break;
     }
 }
 
 void server::release(std::unique_ptr<connection> c) {
-    if (c->finish() && (!stopping_ || c->has_input()))
-        park(std::move(c));
+    if (!c->finish())
+        linger(std::move(c), clock::now() + linger_patience);
+    else if (bool const has_input = c->has_input(); !stopping_ || has_input)
+        park(std::move(c), has_input);
 }
 
-void server::park(std::unique_ptr<connection> c) {
-    connection *const key = c.get();
-    int const limit = c->idle_limit();
-    epoll_event event{};
-    // What has been read already makes no event of its own; being writable does.
-    event.events = EPOLLONESHOT | EPOLLIN | (c->has_input() ? EPOLLOUT : 0u);
-    event.data.ptr = key;
-    auto const deadline = limit > 0 ? clock::now() + std::chrono::seconds(limit) : clock::time_point::max();
+/// Closes the connection, when the client has taken the answer to a body that it still sends.
+void server::linger(std::unique_ptr<connection> c, clock::time_point deadline) {
+    if (!c->has_abandoned_body() || !c->drain())
+        return;
+    connection &client = *c;
+    park(client, false, {std::move(c), deadline});
+}
 
+void server::park(std::unique_ptr<connection> c, bool at_once) {
+    int const limit = c->idle_limit();
+    connection &client = *c;
+    park(client, at_once,
+         {std::move(c), limit > 0 ? clock::now() + std::chrono::seconds(limit) : clock::time_point::max()});
+}
+
+void server::await(connection &c, clock::time_point deadline, bool at_once, std::function<void()> resume) {
+    park(c, at_once, {nullptr, deadline, std::move(resume)});
+}
+
+void server::park(connection &c, bool at_once, waiting_client client) {
     // From the moment that the event is set another thread may take the client.
     std::lock_guard const lock(guard_);
     if (ended_)
         return;
-    waiting_[key] = {std::move(c), deadline};
-    int const fd = key->descriptor();
-    if (::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0 &&
-        ::epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, fd, &event) != 0)
-        waiting_.erase(key);
+    waiting_[&c] = std::move(client);
+    if (!watch(c, at_once))
+        waiting_.erase(&c);
 }
 
-std::unique_ptr<connection> server::take(connection *c) {
-    std::lock_guard const lock(guard_);
-    auto const found = waiting_.find(c);
-    if (found == waiting_.end())
-        return nullptr;
-    auto result = std::move(found->second.owned);
-    waiting_.erase(found);
-    return result;
-}
-
-void server::drop_silent() {
+void server::end_waiting() {
     std::vector<std::unique_ptr<connection>> dropped;
     auto const now = clock::now();
     std::lock_guard const lock(guard_);
     for (auto client = waiting_.begin(); client != waiting_.end();) {
         if (client->second.deadline > now) {
             ++client;
-            continue;
+        } else if (client->second.resume) {
+            client->second.deadline = clock::time_point::max();
+            watch(*client->first, true);
+            ++client;
+        } else {
+            dropped.push_back(std::move(client->second.owned));
+            client = waiting_.erase(client);
         }
-        dropped.push_back(std::move(client->second.owned));
-        client = waiting_.erase(client);
     }
+}
+
+/// Whether a request that has begun to come may still be served.
+bool server::is_request_at_hand() {
+    std::lock_guard const lock(guard_);
+    return clock::now() < stop_deadline_ &&
+           std::any_of(waiting_.begin(), waiting_.end(),
+                       [](auto const &client) { return client.second.resume; });
 }
 
 }  // namespace cppcms::impl

@@ -19,7 +19,8 @@
 namespace cppcms::impl {
 
 /// Threads that wait, all of them for all sockets, and serve what comes. The thread that accepts a client
-/// reads its request and serves it; a client that has yet to send occupies no thread.
+/// reads its request and serves it; a client that has yet to send, whatever of its request, occupies no
+/// thread.
 class server : public booster::noncopyable {
   public:
     using clock = std::chrono::steady_clock;
@@ -35,8 +36,12 @@ class server : public booster::noncopyable {
     void start(int threads);
     /// A request is over: the connection waits for the next one, if it may bring one. From any thread.
     void release(std::unique_ptr<connection> c);
-    /// Drops the clients that have been silent for too long.
-    void drop_silent();
+    /// \a c, which somebody else owns, has yet to send a part of its request's body: \a resume, which is to
+    /// own that, is called on one of the threads when more has come, at once where \a at_once, or at the \a
+    /// deadline.
+    void await(connection &c, clock::time_point deadline, bool at_once, std::function<void()> resume);
+    /// Drops the clients that have been silent for too long, and resumes the requests that are late.
+    void end_waiting();
     /// Takes no new clients, but serves the requests that have come already. Returns when the threads have
     /// ended, true, or at the \a deadline.
     bool stop(clock::time_point deadline);
@@ -45,8 +50,9 @@ class server : public booster::noncopyable {
 
   private:
     struct waiting_client {
-        std::unique_ptr<connection> owned;
+        std::unique_ptr<connection> owned;  // not set where a request is resumed
         clock::time_point deadline;
+        std::function<void()> resume = {};
     };
 
     void work();
@@ -54,10 +60,14 @@ class server : public booster::noncopyable {
     void accept(listener const &from);
     descriptor accept_one(listener const &from);
     void serve(std::unique_ptr<connection> c);
-    void park(std::unique_ptr<connection> c);
-    std::unique_ptr<connection> take(connection *c);
-    bool drop_oldest();
+    void serve(connection *c);
+    void linger(std::unique_ptr<connection> c, clock::time_point deadline);
+    void park(std::unique_ptr<connection> c, bool at_once);
+    void park(connection &c, bool at_once, waiting_client client);
+    bool watch(connection const &c, bool at_once);
     void watch(int operation, listener const &l);
+    bool is_request_at_hand();
+    bool drop_oldest();
 
     std::vector<listener> listeners_;
     connection_factory make_;
@@ -69,6 +79,7 @@ class server : public booster::noncopyable {
     std::condition_variable thread_ended_;
     std::unordered_map<connection *, waiting_client> waiting_;
     bool ended_ = false;  // nobody serves who waits
+    clock::time_point stop_deadline_ = clock::time_point::max();
     std::size_t running_ = 0;
     std::vector<std::thread> threads_;
     std::atomic<bool> stopping_{false};

@@ -1,11 +1,9 @@
 #include "body_reader.h"
 
 #include <cppcms/http_file.h>
-#include <fronts/connection.h>
 
 #include <algorithm>
 #include <iostream>
-#include <vector>
 
 #include "form_decoder.h"
 #include "multipart_parser.h"
@@ -15,8 +13,11 @@ namespace cppcms::impl {
 namespace {
 
 constexpr int bad_request = 400;
+constexpr int request_timeout = 408;
 constexpr int too_large = 413;
-constexpr std::size_t piece_size = 32768;
+
+/// What is taken of one body before others have their turn.
+constexpr std::size_t bytes_at_once = 1 << 20;
 
 /// What all files of one request together may keep in memory, in multiples of what one may.
 constexpr std::size_t files_in_memory = 8;
@@ -90,53 +91,119 @@ class part_collector : public multipart_parser::consumer {
     char const *problem_ = "";
 };
 
-refusal read_multipart(connection &from, http::content_type const &type, unsigned long long length,
-                       body_limits const &limits, body_content &content) {
-    part_collector parts(limits, content);
-    multipart_parser parser(type.parameter_by_key("boundary"), parts);
-    std::vector<char> piece(std::min<unsigned long long>(length, piece_size));
-    auto state = multipart_parser::result::more;
-    while (length > 0) {
-        std::size_t const got = from.read(piece.data(), std::min<unsigned long long>(length, piece.size()));
-        if (got == 0)
-            return {bad_request, "the body ended early"};
-        length -= got;
-        state = parser.feed({piece.data(), got});
-        if (state == multipart_parser::result::malformed)
-            return {bad_request, std::string("malformed multipart body: ") + parser.problem()};
-        if (state == multipart_parser::result::refused)
-            return {too_large, parts.problem()};
-    }
-    if (state != multipart_parser::result::complete)
-        return {bad_request, "malformed multipart body: the last boundary is missing"};
-    return {};
-}
-
-refusal read_plain(connection &from, http::content_type const &type, unsigned long long length,
-                   body_content &content) {
-    while (length > 0) {
-        std::size_t const before = content.raw.size();
-        content.raw.resize(before + std::min<unsigned long long>(length, piece_size));
-        std::size_t const got = from.read(content.raw.data() + before, content.raw.size() - before);
-        content.raw.resize(before + got);
-        if (got == 0)
-            return {bad_request, "the body ended early"};
-        length -= got;
-    }
-    if (type.is_form_urlencoded() && decode_form(content.raw, content.fields) == form_result::too_many)
-        return {too_large, "too many fields in the body"};
-    return {};
-}
-
 }  // namespace
 
-refusal read_body(connection &from, http::content_type const &type, unsigned long long length,
-                  body_limits const &limits, body_content &content) {
+/// What becomes of the bytes. Of those that nobody has announced: nothing.
+class body_reader::consumer : public booster::noncopyable {
+  public:
+    virtual ~consumer() = default;
+    virtual refusal take(std::string_view /*bytes*/) { return {}; }
+    /// There are no more.
+    virtual refusal finish() { return {}; }
+};
+
+class body_reader::form_consumer : public consumer {
+  public:
+    form_consumer(std::string const &boundary, body_limits const &limits, body_content &content)
+        : parts_(limits, content), parser_(boundary, parts_) {}
+
+    refusal take(std::string_view bytes) override {
+        state_ = parser_.feed(bytes);
+        if (state_ == multipart_parser::result::malformed)
+            return {bad_request, std::string("malformed multipart body: ") + parser_.problem()};
+        if (state_ == multipart_parser::result::refused)
+            return {too_large, parts_.problem()};
+        return {};
+    }
+
+    refusal finish() override {
+        if (state_ != multipart_parser::result::complete)
+            return {bad_request, "malformed multipart body: the last boundary is missing"};
+        return {};
+    }
+
+  private:
+    part_collector parts_;
+    multipart_parser parser_;
+    multipart_parser::result state_ = multipart_parser::result::more;
+};
+
+class body_reader::plain_consumer : public consumer {
+  public:
+    plain_consumer(bool is_form, body_content &content) : is_form_(is_form), content_(content) {}
+
+    refusal take(std::string_view bytes) override {
+        content_.raw.append(bytes);
+        return {};
+    }
+
+    refusal finish() override {
+        if (is_form_ && decode_form(content_.raw, content_.fields) == form_result::too_many)
+            return {too_large, "too many fields in the body"};
+        return {};
+    }
+
+  private:
+    bool is_form_;
+    body_content &content_;
+};
+
+body_reader::body_reader(http::content_type const &type, unsigned long long length, body_limits const &limits,
+                         body_content &content)
+    : silence_(limits.silence) {
     bool const multipart = type.is_multipart_form_data();
     if (length > (multipart ? limits.multipart : limits.plain))
-        return {too_large, "a body of " + std::to_string(length) + " bytes is too large"};
-    return multipart ? read_multipart(from, type, length, limits, content)
-                     : read_plain(from, type, length, content);
+        problem_ = {too_large, "a body of " + std::to_string(length) + " bytes is too large"};
+    else if (limits.time)
+        end_ = last_piece_ + *limits.time + std::chrono::seconds(length / limits.rate);
+    if (length == 0)
+        consumer_ = std::make_unique<consumer>();
+    else if (multipart)
+        consumer_ = std::make_unique<form_consumer>(type.parameter_by_key("boundary"), limits, content);
+    else
+        consumer_ = std::make_unique<plain_consumer>(type.is_form_urlencoded(), content);
+}
+
+body_reader::~body_reader() = default;
+
+bool body_reader::take(connection &from, refusal &problem) {
+    problem = problem_;
+    has_more_ = false;
+    std::size_t taken = 0;
+    while (!problem) {
+        auto const [state, bytes] = from.read_body();
+        if (state == connection::input::complete) {
+            problem = consumer_->finish();
+            return true;
+        }
+        if (state == connection::input::closed) {
+            problem = {bad_request, "the body ended early"};
+        } else if (!bytes.empty()) {
+            taken += bytes.size();
+            problem = consumer_->take(bytes);
+            has_more_ = taken >= bytes_at_once;
+        }
+        if (bytes.empty() || has_more_)
+            break;
+    }
+    if (taken > 0)
+        last_piece_ = clock::now();
+    if (!problem)
+        problem = problem_of_time();
+    return static_cast<bool>(problem);
+}
+
+body_reader::clock::time_point body_reader::deadline() const {
+    return silence_ > clock::duration::zero() ? std::min(last_piece_ + silence_, end_) : end_;
+}
+
+refusal body_reader::problem_of_time() const {
+    auto const now = clock::now();
+    if (now >= end_)
+        return {request_timeout, "the body took too long"};
+    if (now >= deadline())
+        return {bad_request, "the body ended early"};
+    return {};
 }
 
 }  // namespace cppcms::impl

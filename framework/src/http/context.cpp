@@ -13,6 +13,13 @@
 
 namespace cppcms::http {
 
+namespace {
+
+constexpr char busy_text[] = "Others upload files at the moment. Try again in half a minute.";
+constexpr int busy_seconds = 30;
+
+}  // namespace
+
 struct context::data {
     cppcms::service &srv;
     std::locale locale;
@@ -23,10 +30,12 @@ struct context::data {
     std::unique_ptr<http::response> response;
     booster::function<void()> on_peer_reset;
     bool body_is_read = false;
+    std::shared_ptr<void> place;  // among the large bodies
 };
 
 context::context(cppcms::service &srv, std::unique_ptr<impl::connection> from, impl::environment &&variables)
-    : d(new data{srv, srv.locale(), srv.views_pool().default_skin(), std::move(from), {}, {}, {}, false}) {
+    : d(new data{
+          srv, srv.locale(), srv.views_pool().default_skin(), std::move(from), {}, {}, {}, false, {}}) {
     impl::cached_settings const &cached = srv.impl()->cached();
     d->request.reset(new http::request(std::move(variables), cached.limits));
     d->response.reset(new http::response(*this, *d->connection, cached.response));
@@ -96,19 +105,37 @@ impl::environment const &context::environment() {
     return d->request->variables();
 }
 
-impl::refusal context::load() {
-    impl::refusal problem = d->request->load(*d->connection);
-    d->body_is_read = !problem;
-    return problem;
+bool context::load(impl::refusal &problem) {
+    impl::service &srv = *d->srv.impl();
+    if (!d->place && srv.is_large_body(d->request->content_length())) {
+        d->place = srv.large_bodies().enter();
+        if (!d->place) {
+            problem = {http::response::service_unavailable, "too many large bodies at once", busy_text,
+                       busy_seconds};
+            return true;
+        }
+    }
+    bool const loaded = d->request->load(*d->connection, problem);
+    d->body_is_read = loaded && !problem;
+    return loaded;
 }
 
-void context::refuse(int status, std::string const &message) {
+void context::await_body(booster::function<void()> const &resume) {
+    impl::body_reader const &body = d->request->body();
+    d->srv.impl()->await_input(*d->connection, body.deadline(), body.has_more(), resume);
+}
+
+void context::refuse(impl::refusal const &problem) {
     d->response->set_header("Connection", "close");
-    if (d->body_is_read || d->request->content_length() == 0)
+    if (problem.retry_after > 0)
+        d->response->set_header("Retry-After", std::to_string(problem.retry_after));
+    // Where no body was announced, its end may not have been looked for.
+    if (d->body_is_read || (d->request->content_length() == 0 &&
+                            d->connection->read_body().state == impl::connection::input::complete))
         d->connection->close_after_request();
     else
         d->connection->abandon_body();
-    d->response->make_error_response(status, message);
+    d->response->make_error_response(problem.status, problem.message);
     complete_response();
 }
 

@@ -3,6 +3,7 @@
 #include <fronts/connection.h>
 
 #include <charconv>
+#include <optional>
 
 #include "body_reader.h"
 #include "environment.h"
@@ -32,10 +33,11 @@ struct request::data {
     impl::body_limits const &limits;
     form_type query;
     impl::body_content body;
+    std::optional<impl::body_reader> reader;
 };
 
 request::request(impl::environment &&variables, impl::body_limits const &limits)
-    : d(new data{std::move(variables), limits, {}, {}}) {}
+    : d(new data{std::move(variables), limits, {}, {}, {}}) {}
 
 request::~request() = default;
 
@@ -43,19 +45,25 @@ impl::environment &request::variables() {
     return d->variables;
 }
 
-impl::refusal request::load(impl::connection &from) {
-    switch (impl::decode_form(d->variables.get("QUERY_STRING"), d->query)) {
-        case impl::form_result::complete:
-            break;
-        case impl::form_result::malformed:
-            d->query.clear();
-            break;
-        case impl::form_result::too_many:
-            return {400, "too many fields in the query"};
+bool request::load(impl::connection &from, impl::refusal &problem) {
+    if (!d->reader) {
+        switch (impl::decode_form(d->variables.get("QUERY_STRING"), d->query)) {
+            case impl::form_result::complete:
+                break;
+            case impl::form_result::malformed:
+                d->query.clear();
+                break;
+            case impl::form_result::too_many:
+                problem = {400, "too many fields in the query"};
+                return true;
+        }
+        d->reader.emplace(content_type_parsed(), content_length(), d->limits, d->body);
     }
-    unsigned long long const length = content_length();
-    return length > 0 ? impl::read_body(from, content_type_parsed(), length, d->limits, d->body)
-                      : impl::refusal();
+    return d->reader->take(from, problem);
+}
+
+impl::body_reader const &request::body() const {
+    return *d->reader;
 }
 
 unsigned long long request::content_length() {

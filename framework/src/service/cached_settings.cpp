@@ -22,6 +22,13 @@ body_limits limits_of(json::value const &settings) {
     limits.multipart = settings.get("security.multipart_form_data_limit", limits.multipart / kib) * kib;
     limits.file_in_memory = settings.get("security.file_in_memory_limit", limits.file_in_memory);
     limits.uploads_path = settings.get("security.uploads_path", "");
+    limits.silence = std::chrono::seconds(settings.get("http.timeout", 30));
+    if (int const seconds = settings.get("http.body_seconds", 0); seconds > 0)
+        limits.time = std::chrono::seconds(seconds);
+    limits.rate = std::max(1ull, settings.get("http.body_rate", limits.rate));
+    limits.large = settings.get("http.large_body", limits.large) * kib;
+    if (!settings.find("http.large_bodies").is_undefined())
+        limits.most_large = settings.get<int>("http.large_bodies");
     return limits;
 }
 

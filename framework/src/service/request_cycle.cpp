@@ -59,7 +59,7 @@ void run_application(booster::shared_ptr<http::context> const &context, mount_ta
     try {
         lease const borrowed(*found.source);
         if (!borrowed.get()) {
-            context->refuse(http::response::not_found);
+            context->refuse({.status = http::response::not_found});
             return;
         }
         application &app = *borrowed.get();
@@ -79,7 +79,23 @@ void run_application(booster::shared_ptr<http::context> const &context, mount_ta
 
 void refuse(http::context &context, refusal const &problem) {
     BOOSTER_WARNING("cppcms") << "Request refused with " << problem.status << ": " << problem.reason;
-    context.refuse(problem.status, problem.message);
+    context.refuse(problem);
+}
+
+/// Runs the application when the body has come.
+void load_and_run(booster::shared_ptr<http::context> const &context, mount_table::match const &found,
+                  event_loop &loop, bool display_errors) {
+    refusal problem;
+    if (!context->load(problem)) {
+        context->await_body([=, &loop] { load_and_run(context, found, loop, display_errors); });
+    } else if (problem) {
+        refuse(*context, problem);
+    } else if (found.source->is_asynchronous()) {
+        context->response().io_mode(http::response::asynchronous);
+        loop.post([=] { run_application(context, found, display_errors); });
+    } else {
+        run_application(context, found, display_errors);
+    }
 }
 
 }  // namespace
@@ -94,20 +110,10 @@ void serve_request(booster::shared_ptr<http::context> const &context, request_ru
     auto const found = mounts.find(text_of(variables, "HTTP_HOST"), text_of(variables, "SCRIPT_NAME"),
                                    text_of(variables, "PATH_INFO"));
     if (!found) {
-        context->refuse(http::response::not_found);
+        context->refuse({.status = http::response::not_found});
         return;
     }
-    if (refusal const problem = context->load()) {
-        refuse(*context, problem);
-        return;
-    }
-    if (found->source->is_asynchronous()) {
-        context->response().io_mode(http::response::asynchronous);
-        loop.post(
-            [context, found = *found, display_errors] { run_application(context, found, display_errors); });
-    } else {
-        run_application(context, *found, display_errors);
-    }
+    load_and_run(context, *found, loop, display_errors);
 }
 
 }  // namespace cppcms::impl

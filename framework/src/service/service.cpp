@@ -83,6 +83,7 @@ service::service(cppcms::service &owner, json::value const &settings)
       generator_(locale_backends(settings)),
       stop_event_(make_event()),
       timeout_(settings.get("http.timeout", 30)),
+      large_bodies_(cached_.limits.most_large.value_or(0)),
       views_(settings),
       pool_(owner),
       loop_([this](std::exception_ptr problem) {
@@ -133,7 +134,7 @@ void service::run() {
 void service::wait_for_stop() {
     pollfd event{stop_event_.get(), POLLIN, 0};
     while (::poll(&event, 1, sweep_interval) <= 0)
-        server_->drop_silent();
+        server_->end_waiting();
 }
 
 void service::stop() {
@@ -157,6 +158,11 @@ void service::release(std::unique_ptr<connection> c) {
     // Without a server the request was made by a test or a tool: there is nothing to go back to.
     if (server_)
         server_->release(std::move(c));
+}
+
+void service::await_input(connection &c, server::clock::time_point deadline, bool at_once,
+                          booster::function<void()> const &resume) {
+    server_->await(c, deadline, at_once, resume);
 }
 
 std::unique_ptr<connection> service::make_connection(listener const &from, descriptor client) {

@@ -15,6 +15,7 @@
 #include "cached_settings.h"
 #include "event_loop.h"
 #include "mount_table.h"
+#include "places.h"
 
 namespace cppcms::impl {
 
@@ -36,6 +37,13 @@ class service : public booster::noncopyable {
     void after_fork(booster::function<void()> const &task) { after_fork_.push_back(task); }
     /// A request is over; its connection may bring another one.
     void release(std::unique_ptr<connection> c);
+    /// See server::await.
+    void await_input(connection &c, server::clock::time_point deadline, bool at_once,
+                     booster::function<void()> const &resume);
+    bool is_large_body(unsigned long long bytes) const {
+        return cached_.limits.most_large && bytes >= cached_.limits.large;
+    }
+    places &large_bodies() { return large_bodies_; }
 
   private:
     std::unique_ptr<connection> make_connection(listener const &from, descriptor client);
@@ -51,6 +59,7 @@ class service : public booster::noncopyable {
     connection_registry connections_;
     descriptor stop_event_;
     int const timeout_;  // seconds of each wait for a client
+    places large_bodies_;
     std::vector<booster::function<void()>> after_fork_;
     std::mutex guard_;
     std::exception_ptr failure_;

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fronts/connection.h"
@@ -42,7 +43,8 @@ class FakeRequest {
         auto connection = std::make_unique<Connection>(input.body, answer_);
         context_ =
             std::make_shared<cppcms::http::context>(service, std::move(connection), std::move(variables));
-        context_->load();
+        cppcms::impl::refusal problem;
+        context_->load(problem);
     }
 
     cppcms::http::context &context() { return *context_; }
@@ -61,13 +63,15 @@ class FakeRequest {
     class Connection : public cppcms::impl::connection {
       public:
         Connection(std::string const &body, std::shared_ptr<std::string> const &answer)
-            : connection(open("/dev/null", O_RDWR | O_CLOEXEC), Registry()), body_(body), answer_(answer) {}
+            : connection(open("/dev/null", O_RDWR | O_CLOEXEC), Registry(), 0),
+              body_(body),
+              answer_(answer) {}
 
-        head read_head(cppcms::impl::environment &) override { return head::closed; }
-        std::size_t read(char *buffer, std::size_t size) override {
-            auto const count = body_.copy(buffer, size);
-            body_.erase(0, count);
-            return count;
+        input read_head(cppcms::impl::environment &) override { return input::closed; }
+        piece read_body() override {
+            if (std::exchange(read_, true))
+                return {input::complete, {}};
+            return {input::incomplete, body_};
         }
         bool write(std::string_view first, std::string_view second, chunk) override {
             answer_->append(first).append(second);
@@ -83,6 +87,7 @@ class FakeRequest {
         }
 
         std::string body_;
+        bool read_ = false;
         std::shared_ptr<std::string> answer_;
     };
 

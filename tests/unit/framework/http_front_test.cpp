@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -206,17 +207,51 @@ TEST_F(HttpFront, SurvivesGarbage) {
     EXPECT_TRUE(log_.Contains("HTTP request refused"));
 }
 
-TEST_F(HttpFront, KeepsNoThreadForClientsThatSayNothing) {
-    RunningService const service(settings_);
-    std::vector<std::unique_ptr<Client>> silent;
-    for (int i = 0; i < 20; ++i) {
-        silent.push_back(std::make_unique<Client>(port_));
-        if (i % 2)
-            silent.back()->Send("GET /pages/hello HT");
+TEST_F(HttpFront, KeepsNoThreadForClientsWhoseRequestHasNotCome) {
+    auto service = std::make_unique<RunningService>(settings_);
+    constexpr std::array begun{"", "GET /pages/hello HT",
+                               "POST /pages/echo HTTP/1.1\r\nContent-Length: 9\r\n\r\na"};
+    std::vector<std::unique_ptr<Client>> slow;
+    for (int i = 0; i < 40; ++i) {
+        slow.push_back(std::make_unique<Client>(port_));
+        slow.back()->Send(begun.at(i % 3));
     }
     EXPECT_NE(Get(port_, "/pages/hello").find("hello"), std::string::npos);
-    silent[1]->Send("TP/1.1\r\n\r\n");
-    EXPECT_NE(silent[1]->ReadAll().find("hello"), std::string::npos) << "whenever the rest comes";
+    slow[1]->Send("TP/1.1\r\n\r\n");
+    EXPECT_NE(slow[1]->ReadAll().find("hello"), std::string::npos) << "whenever the rest comes";
+    slow[2]->Send("bcdef");
+    slow.erase(slow.begin() + 5, slow.end());
+    auto stopped = std::async(std::launch::async, [&] { service.reset(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    slow[2]->Send("ghi");
+    EXPECT_NE(slow[2]->ReadAll().find("raw 9"), std::string::npos) << "also when the service stops meanwhile";
+}
+
+TEST_F(HttpFront, BoundsTheTimeOfABodyAndHowManyLargeOnesComeAtOnce) {
+    settings_.set("http.body_seconds", 1);
+    settings_.set("http.large_body", 2);
+    settings_.set("http.large_bodies", 1);
+    RunningService const service(settings_);
+    auto const post = [](int size) {
+        return "POST /pages/echo HTTP/1.1\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n";
+    };
+    Client dripping(port_);
+    Client first(port_);
+    dripping.Send(post(1000));
+    first.Send(post(4096) + std::string(4000, 'x'));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    std::string const refused = Ask(port_, post(2048));
+    EXPECT_EQ(refused.substr(0, 12), "HTTP/1.1 503");
+    EXPECT_NE(refused.find("Retry-After: 30\r\n"), std::string::npos);
+    EXPECT_NE(Ask(port_, post(2047) + std::string(2047, 'x')).find("raw 2047"), std::string::npos);
+    for (int i = 0; i < 12; ++i) {
+        dripping.Send("x");
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+    EXPECT_EQ(dripping.ReadAll().substr(0, 12), "HTTP/1.1 408");
+    first.Send(std::string(96, 'x'));
+    EXPECT_NE(first.ReadAll().find("raw 4096"), std::string::npos) << "more time for more bytes";
+    EXPECT_NE(Ask(port_, post(2048) + std::string(2048, 'x')).find("raw 2048"), std::string::npos);
 }
 
 TEST_F(HttpFront, DropsClientsThatStaySilent) {

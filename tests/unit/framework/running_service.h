@@ -9,6 +9,7 @@
 #include <cppcms/json.h>
 #include <cppcms/mount_point.h>
 #include <cppcms/service.h>
+#include <poll.h>
 
 #include <atomic>
 #include <boost/asio/generic/stream_protocol.hpp>
@@ -164,6 +165,10 @@ class Client {
     explicit Client(std::string const &path) : Client(boost::asio::local::stream_protocol::endpoint(path)) {}
 
     void Send(std::string_view bytes) { stream_ << bytes << std::flush; }
+    bool ComesWithin(std::chrono::milliseconds time) {
+        pollfd waiting{stream_.socket().native_handle(), POLLIN, 0};
+        return ::poll(&waiting, 1, static_cast<int>(time.count())) > 0;
+    }
     /// All that comes until the other end closes.
     std::string ReadAll() { return {std::istreambuf_iterator<char>(stream_.rdbuf()), {}}; }
     /// Reads until \a text has come, or all.

@@ -6,6 +6,7 @@
 
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/util/Files.h"
+#include "WebApps/webconfig/util/FolderStates.h"
 
 namespace webconfig::apps {
 
@@ -32,15 +33,28 @@ std::string NoticeText(std::string const &path) {
 }  // namespace
 
 bool Settings::GetOSSFiles(std::string const &directory, data::OSSCatalogue &catalogue) {
+    // Of this worker: what it has read last, so that it reads the folders again only when they change.
+    thread_local std::string readDirectory;
+    thread_local util::FolderStates folders;
+    thread_local data::OSSCatalogue found;
+    if (directory == readDirectory && folders.AreUnchanged()) {
+        catalogue = found;
+        return !catalogue.empty();
+    }
+    readDirectory = directory;
+    folders.Clear();
+    folders.Add(directory);
     catalogue.clear();
     util::ForEachEntry(directory, [&](dirent const &entry) {
         std::string const package = entry.d_name;
         if (entry.d_type != DT_DIR || package == "." || package == "..")
             return;
+        folders.Add(directory + '/' + package);
         auto notices = NoticesIn(directory + '/' + package);
         if (!notices.empty())
             catalogue.emplace(package, std::move(notices));
     });
+    found = catalogue;
     return !catalogue.empty();
 }
 

@@ -54,12 +54,13 @@ void LoadFromStore(data::Advanced &content) {
 }  // namespace
 
 void Settings::Advanced() {
+    enum class Kind { Plain, Restore, Download };
     struct Action {
         char const *submit;
         /// Returns true where it has answered itself, with a download, say.
         bool (Settings::*run)(data::Advanced &);
         unsigned tab;
-        bool restores = false;
+        Kind kind = Kind::Plain;
     };
     static constexpr Action actions[] = {
         {"Save", &Settings::_SaveAdministration, 0},
@@ -67,14 +68,14 @@ void Settings::Advanced() {
         {"ErasePartition", &Settings::_ErasePartition, 0},
         {"Save Web Password", &Settings::_SaveWebPassword, 1},
         {"Save Root Password", &Settings::_SaveRootPassword, 1},
-        {"Backup Configuration", &Settings::_BackupConfiguration, 2},
-        {"Restore Configuration", &Settings::_UploadBackup, 2, true},
-        {"Read as Backup", &Settings::_AnswerBackup, 2, true},
-        {"Read as Export", &Settings::_AnswerBackup, 2, true},
-        {"Apply Backup", &Settings::_AnswerBackup, 2, true},
-        {"Discard Backup", &Settings::_DiscardBackup, 2, true},
-        {"Download", &Settings::_DownloadSyslog, 3},
-        {"Download log", &Settings::_DownloadDeployerLog, 4},
+        {"Backup Configuration", &Settings::_BackupConfiguration, 2, Kind::Download},
+        {"Restore Configuration", &Settings::_UploadBackup, 2, Kind::Restore},
+        {"Read as Backup", &Settings::_AnswerBackup, 2, Kind::Restore},
+        {"Read as Export", &Settings::_AnswerBackup, 2, Kind::Restore},
+        {"Apply Backup", &Settings::_AnswerBackup, 2, Kind::Restore},
+        {"Discard Backup", &Settings::_DiscardBackup, 2, Kind::Restore},
+        {"Download", &Settings::_DownloadSyslog, 3, Kind::Download},
+        {"Download log", &Settings::_DownloadDeployerLog, 4, Kind::Download},
         {"Install Certificate", &Settings::_InstallCertificate, 5},
     };
 
@@ -91,16 +92,17 @@ void Settings::Advanced() {
     }
 
     if (HttpPost()) {
-        auto const *const action =
-            std::find_if(std::begin(actions), std::end(actions),
-                         [submit = HttpPost("submit"), &content](Action const &known) {
-                             return submit == known.submit && (content.can_restore || !known.restores);
-                         });
+        auto const *const action = std::find_if(
+            std::begin(actions), std::end(actions),
+            [submit = HttpPost("submit"), &content](Action const &known) {
+                return submit == known.submit && (content.can_restore || known.kind != Kind::Restore);
+            });
         if (action == std::end(actions)) {
             WEBCONFIG_LOG(error, logTag) << "Unknown submit received";
         } else {
             content.selected_tab = action->tab;
-            if ((this->*action->run)(content))
+            if (action->kind == Kind::Download ? _Download(content, action->run)
+                                               : (this->*action->run)(content))
                 return;
         }
     }

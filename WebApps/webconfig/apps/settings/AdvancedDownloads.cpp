@@ -1,14 +1,17 @@
 #include <cppcms/http_response.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <utility>
 
 #include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/data/Advanced.h"
+#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
@@ -19,6 +22,25 @@ namespace webconfig::apps {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
+constexpr int serviceUnavailable = 503;
+constexpr char retrySeconds[] = "10";
+constexpr char busy[] = "Others download at the moment. Go back and try again in a moment.";
+
+std::atomic<int> downloads{0};
+
+/// Downloads may take long and would hold all workers: only so many run at once.
+class DownloadPlace {
+  public:
+    explicit DownloadPlace(int most) : _isMine(downloads.fetch_add(1) < most) {}
+    ~DownloadPlace() { --downloads; }
+    DownloadPlace(DownloadPlace const &) = delete;
+    DownloadPlace &operator=(DownloadPlace const &) = delete;
+
+    bool IsMine() const { return _isMine; }
+
+  private:
+    bool const _isMine;
+};
 
 /// Starts the answer: a text that the browser saves as \a name. What would end the header or the name in it
 /// is left out.
@@ -26,6 +48,7 @@ std::ostream &StartDownload(cppcms::http::response &response, std::string name) 
     std::erase_if(name,
                   [](unsigned char c) { return c < ' ' || c == 0x7F || c == '"' || c == '\\' || c == '/'; });
     SaveTurn::End();
+    history::TrialTurn::End();
     response.set_plain_text_header();
     response.set_header("Content-disposition", "attachment; filename=\"" + name + '"');
     return response.out();
@@ -48,6 +71,16 @@ char TypeLetter(PRM_PAR_T type) {
 }
 
 }  // namespace
+
+bool Settings::_Download(data::Advanced &content, bool (Settings::*run)(data::Advanced &)) {
+    DownloadPlace const place(settings().get("webconfig.downloads", std::numeric_limits<int>::max()));
+    if (place.IsMine())
+        return (this->*run)(content);
+    WEBCONFIG_LOG(warning, logTag) << "Refused to download: too many others do";
+    response().set_header("Retry-After", retrySeconds);
+    response().make_error_response(serviceUnavailable, busy);
+    return true;
+}
 
 bool Settings::_BackupConfiguration(data::Advanced & /*content*/) {
     std::ostream &out = StartDownload(response(), "Config_" + util::SystemAssemblySN() + ".txt");
