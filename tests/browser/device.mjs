@@ -19,7 +19,13 @@ const [username, password] = (process.env.WEBCONFIG_LOGIN ?? "").split(":");
 
 // Without animations: tabs take no click while they change.
 export const desktop = { viewport: { width: 1280, height: 800 }, colorScheme: "light", reducedMotion: "reduce" };
-export const phone = { viewport: { width: 360, height: 740 }, colorScheme: "dark", reducedMotion: "reduce" };
+export const phone = {
+    viewport: { width: 360, height: 740 },
+    isMobile: true,
+    hasTouch: true,
+    colorScheme: "dark",
+    reducedMotion: "reduce",
+};
 
 function required(name) {
     const value = process.env[name];
@@ -149,10 +155,19 @@ export async function withPage(path, { faulty = false, hurried = false, prepare,
     }
 }
 
-/** Clicks a button that sends a form, and waits until the page that answers has loaded. */
-export async function submit(page, button) {
-    await Promise.all([page.waitForNavigation(), page.click(button)]);
+/** Clicks a button that asks first, and says yes. */
+export async function confirm(page, button) {
+    await page.click(button);
+    await page.click("dialog.question .danger");
 }
+
+/** Clicks a button that sends a form, and waits until the page that answers has loaded. */
+export async function submit(page, button, click = page.click.bind(page)) {
+    await Promise.all([page.waitForNavigation(), click(button)]);
+}
+
+/** The same of a button that asks first. */
+export const submitConfirmed = (page, button) => submit(page, button, () => confirm(page, button));
 
 /** Waits until the text of an element matches. */
 export function waitForText(page, selector, pattern) {

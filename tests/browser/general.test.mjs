@@ -48,13 +48,17 @@ describe("General page", () => {
         });
     });
 
-    test("a message goes by itself", async () => {
+    test("a success goes by itself, a failure when it is closed", async () => {
         await withPage("/", { ...desktop, prepare: (page) => page.clock.install() }, async (page) => {
-            await save(page, "");
+            await save(page, `${before}-3`);
             await page.clock.runFor(5000);
-            assert.ok(await page.isVisible(message), "still there after five seconds");
+            assert.ok(await page.isVisible(`${message}[role='status']`), "still there after five seconds");
             await page.clock.runFor(7000);
             assert.ok(!(await page.isVisible(message)), "gone after twelve");
+            await save(page, "");
+            await page.clock.runFor(60000);
+            await page.click(`${message}[role='alert'] .close`);
+            assert.ok(!(await page.isVisible(message)));
         });
     });
 });
