@@ -27,6 +27,27 @@ export const phone = {
     reducedMotion: "reduce",
 };
 
+/** Every page, the one without a menu last. */
+export const pages = [
+    "/",
+    "/config/network/cellular",
+    "/config/network/openvpn",
+    "/config/network/orvane",
+    "/config/settings/about",
+    "/config/settings/firmware",
+    "/config/settings/reboot",
+    "/config/settings/advanced",
+    "/config/service/assemblysn",
+    "/config/network/ethernet1",
+    "/config/network/port_forwarding",
+    "/config/network/ntp",
+    "/config/network/dns_server",
+    "/config/network/access_point",
+    "/config/network/wlan",
+    "/config/settings/history",
+    "/config/regulatory/wifi",
+];
+
 function required(name) {
     const value = process.env[name];
     if (!value) {

@@ -70,8 +70,8 @@ test("what cannot be taken back is asked for, and not done when it is not meant"
         ["/config/settings/reboot", "#cfg_rbt_reboot", /away for a minute/],
         ["/config/network/ntp#ntpd_status_tab", "#status_ntp_manual_sync", /The clock is set at once/],
     ];
-    for (const [path, button, text] of cases) {
-        await withPage(path, running, async (page) => {
+    const ask = ([path, button, text]) =>
+        withPage(path, running, async (page) => {
             const posts = postsOf(page);
             await page.click(button);
             const dialog = page.getByRole("alertdialog");
@@ -82,7 +82,7 @@ test("what cannot be taken back is asked for, and not done when it is not meant"
             assert.ok(await page.locator(button).evaluate((found) => found === document.activeElement));
             assert.deepEqual(posts, []);
         });
-    }
+    await Promise.all(cases.map(ask));
 });
 
 test("a password is seen while it is wanted", async () => {

@@ -131,7 +131,7 @@ const pages = [
     ]],
 ];
 
-describe("status of each page", () => {
+describe("status of each page", { concurrency: 3 }, () => {
     for (const [path, box, call, answers] of pages) {
         test(path, async () => {
             const faulty = answers.some(([answer]) => answer.status);
