@@ -4,18 +4,23 @@ import assert from "node:assert/strict";
 import { describe, test } from "node:test";
 import { desktop, pages, phone, site, source, withPage } from "./device.mjs";
 
-describe("page frame", () => {
-    test("every page is reached by clicks, and named in the window", async () => {
-        await withPage("/", { ...desktop, faulty: true }, async (page) => {
+describe("page frame", { concurrency: 3 }, () => {
+    test("every page is reached by clicks, also without scripts, and named in the window", async () => {
+        await withPage("/", { ...desktop, faulty: true, javaScriptEnabled: false }, async (page) => {
             assert.match(await page.title(), /^General Device Configuration – /);
             for (const path of pages.slice(1)) {
                 await page.click(`#nav a[href='${path}']`);
                 assert.equal(new URL(page.url()).pathname, path);
             }
-            // The last one has no menu.
-            await Promise.all([page.waitForURL("**/config/"), page.getByRole("link", { name: "Back to the device" }).click()]);
+        });
+    });
+
+    test("every page leads back", async () => {
+        await withPage(pages.at(-1), { ...desktop, faulty: true }, async (page) => {
+            const back = (link) => Promise.all([page.waitForURL("**/config/"), page.click(link)]);
+            await back("text=Back to the device");
             await page.click("#nav a[href='/config/settings/about']");
-            await Promise.all([page.waitForURL("**/config/"), page.click("h1 a")]);
+            await back("h1 a");
         });
     });
 

@@ -6,12 +6,12 @@ import { readFileSync } from "node:fs";
 import { describe, test } from "node:test";
 import { desktop, pages, withPage } from "./device.mjs";
 
-/** Sizes and preferences in which each view is looked at, and what is asked of axe-core: in those behind the
- *  first, the rules whose verdict it can change. 200 % is as if a desktop were that small. */
+/** Sizes and preferences in which each view is looked at, and what is asked of axe-core: in others than that of
+ *  a bright desktop, the rules whose verdict they can change. 200 % is as if a desktop were that small. */
 const desktopSize = { width: 1280, height: 800, deviceScaleFactor: 1, mobile: false };
 const layouts = {
-    desktop: { size: desktopSize },
     dark: { size: desktopSize, colorScheme: "dark", ask: { runOnly: ["color-contrast", "link-in-text-block"] } },
+    desktop: { size: desktopSize },
     "right to left": { size: desktopSize, direction: "rtl", ask: { runOnly: ["scrollable-region-focusable"] } },
     "200 %": {
         size: { width: 640, height: 400, deviceScaleFactor: 2, mobile: false },
@@ -25,22 +25,25 @@ const layouts = {
 
 const axe = readFileSync(new URL("node_modules/axe-core/axe.min.js", import.meta.url), "utf8");
 
-/** In the page: the rules of accessibility that it breaks, each with the elements that do. */
-async function violations(ask) {
-    const { violations: found } = await window.axe.run(document, { resultTypes: ["violations"], ...ask });
-    return found.map((rule) => `${rule.id}: ${rule.nodes.map((node) => node.html.slice(0, 120)).join(" | ")}`);
-}
-
-/** In the page: what is wider than its window or stands out of it. */
-function cutOff() {
-    const wide = document.documentElement.scrollWidth > innerWidth ? [`the page: ${document.documentElement.scrollWidth}`] : [];
+/** In the page: the rules of accessibility that a part of it breaks in a direction of writing, and what is wider than its
+ *  window or stands out of it, each with the elements. */
+async function problemsOf({ part, direction = "ltr", ask }) {
+    document.documentElement.dir = direction;
+    await new Promise(requestAnimationFrame); // the page knows its new size
+    const { violations } = await window.axe.run(part, { resultTypes: ["violations"], ...ask });
+    const broken = violations.map((rule) => `${rule.id}: ${rule.nodes.map((node) => node.html.slice(0, 120)).join(" | ")}`);
+    const width = document.documentElement.scrollWidth;
     const outside = [...document.querySelectorAll("#config_pane :is(input, select, button, h2, h3, th, label), .tabnav a")]
         .filter((element) => element.checkVisibility() && !element.closest("pre"))
         .filter((element) => {
             const { left, right } = element.getBoundingClientRect();
             return left < -1 || right > innerWidth + 1;
         });
-    return [...wide, ...outside.map((element) => element.outerHTML.slice(0, 120))];
+    return [
+        ...broken,
+        ...(width > innerWidth ? [`as wide as ${width}`] : []),
+        ...outside.map((element) => `cut off: ${element.outerHTML.slice(0, 120)}`),
+    ];
 }
 
 /** In the page: how much of it has jumped while it was loading. */
@@ -51,12 +54,6 @@ function layoutShift() {
         observer.observe({ type: "layout-shift", buffered: true });
         requestAnimationFrame(() => setTimeout(() => resolve(sum)));
     });
-}
-
-async function layOut(page, session, { size, colorScheme = "light", direction = "ltr" }) {
-    await session.send("Emulation.setDeviceMetricsOverride", size);
-    await page.emulateMedia({ colorScheme });
-    await page.evaluate((dir) => (document.documentElement.dir = dir), direction);
 }
 
 /** In the page: the labels of rows whose input is in another row, as where an id is used twice. */
@@ -89,11 +86,16 @@ async function assertEveryViewIsGood(page) {
     await page.evaluate(axe);
     const tabs = await page.$$eval("#tabcontainer > ul a", (links) => links.map((link) => link.getAttribute("href")));
     const problems = {};
-    for (const tab of tabs.length ? tabs : [""]) {
+    let scheme = "light";
+    for (const [index, tab] of (tabs.length ? tabs : [""]).entries()) {
         await page.evaluate((hash) => (location.hash = hash), tab);
-        for (const [name, layout] of Object.entries(layouts)) {
-            await layOut(page, session, layout);
-            const found = [...(await page.evaluate(violations, layout.ask)), ...(await page.evaluate(cutOff))];
+        for (const [name, { size, colorScheme = "light", ...layout }] of Object.entries(layouts)) {
+            await session.send("Emulation.setDeviceMetricsOverride", size);
+            if (colorScheme !== scheme) {
+                await page.emulateMedia({ colorScheme: (scheme = colorScheme) });
+            }
+            // The frame is the same around each tab.
+            const found = await page.evaluate(problemsOf, { part: index ? "#config_pane" : "html", ...layout });
             if (found.length) {
                 problems[`${tab || "the page"}, ${name}`] = found;
             }

@@ -148,7 +148,7 @@ describe("status of each page", { concurrency: 3 }, () => {
     }
 });
 
-describe("polling", () => {
+describe("polling", { concurrency: 3 }, () => {
     const box = "#general_dynamic_status";
     const good = { result: { uptime: "1 day" } };
     const text = (page) => page.textContent(box);
