@@ -3,7 +3,7 @@ import js from "@eslint/js";
 
 const names = (text) => Object.fromEntries(text.trim().split(/\s+/).map((name) => [name, "readonly"]));
 
-const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node PerformanceObserver fetch setTimeout requestAnimationFrame setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest");
+const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest");
 const node = names("Buffer URL process setTimeout");
 
 /** What the scripts of the site offer to each other, to templates and to plug-ins. */
