@@ -1,60 +1,14 @@
-// What every page does once it has loaded.
+// The frame around every page: banner, menu, landmarks; and when the page is shown.
 //
 // A page whose scripts did not arrive (a slow or broken link) stays usable: only with the class "js" on the root
 // element, set here, do style sheets hide anything.
 (function () {
     "use strict";
 
+    const startPage = "/";
+
     if (!window.jQuery) {
         return;
-    }
-
-    // --- Tabs -----------------------------------------------------------------------------------
-
-    /** The index of the tab that a link to the page has asked for, else -1. It is asked for once: an answer to a form
-     *  opens a tab of its own. */
-    function namedTab(container) {
-        const tab = $(container).find("> ul a").toArray().findIndex((link) => link.hash && link.hash === location.hash);
-        if (tab >= 0) {
-            window.history.replaceState(null, "", location.pathname + location.search);
-        }
-        return tab;
-    }
-
-    /** Page scripts name tab options and the event of switching as jQuery UI did before 1.9: the
-     *  options "fx" (one animation for showing and hiding) and "selected" (index of the open tab), and
-     *  the event "tabsshow". This teaches the present tabs those names beside their own. */
-    function adaptTabs() {
-        function animate(panel, effect, done) {
-            if (effect === this.options.fx) {
-                panel.animate(effect, "fast", done);
-            } else {
-                this._super(panel, effect, done);
-            }
-        }
-
-        $.widget("ui.tabs", $.ui.tabs, {
-            _create: function () {
-                const options = this.options;
-                const named = namedTab(this.element);
-                if (named >= 0 || options.selected !== undefined) {
-                    options.active = named >= 0 ? named : options.selected;
-                }
-                if (options.fx) {
-                    options.show = options.hide = options.fx;
-                }
-                this._super();
-            },
-            _show: animate,
-            _hide: animate,
-            _trigger: function (type, event, data) {
-                const goOn = this._super(type, event, data);
-                if (type === "activate") {
-                    this._super("show", event, data);
-                }
-                return goOn;
-            },
-        });
     }
 
     // --- Side menu ------------------------------------------------------------------------------
@@ -94,57 +48,45 @@
             });
     }
 
-    // --- Forms ----------------------------------------------------------------------------------
+    // --- Landmarks ------------------------------------------------------------------------------
 
-    /** Ties each row's heading to its input: a click on it reaches the input, a screen reader says it. Forms
-     *  of one page may use the same ids; then the first input keeps it. */
-    function labelRows() {
-        $("#config_pane tr").each(function (row) {
-            const $heading = $(this).children("th");
-            const input = $(this).children("td").find(":input").not(":submit, :button, [type='hidden']")[0];
-            if (input && $heading.length === 1 && $heading.text().trim()) {
-                if (document.getElementById(input.id) !== input) {
-                    input.id = "row_input_" + row;
-                }
-                $heading.wrapInner($("<label>").attr("for", input.id));
-            }
-        });
+    function nameLandmarks() {
+        $("#banner").attr("role", "banner");
+        $(".navpx").attr({ role: "navigation", "aria-label": "Pages" });
+        $("#config_pane").attr({ role: "main", tabindex: -1 });
+        $("#footer").attr("role", "contentinfo");
+        $("#old_ie_hack").attr("role", "presentation");
+        $("div.alerts").attr("role", "status");
+        $("#trialBox").attr({ role: "form", "aria-label": "New settings on trial" });
+        $(".saved_changes").attr({ role: "region", "aria-label": "What was changed" });
+        // Cells without a text head no row.
+        $("#config_pane th:empty").attr("role", "cell");
+        $("<a id='skip' href='#config_pane'>").text("Skip to the page").prependTo("body");
     }
 
-    /** Marks refused inputs for assistive software and puts the cursor in the first one in sight. */
-    function markRefusedInputs() {
-        const $refused = $("#config_pane :input.cppcms_error_msg").attr("aria-invalid", "true");
-        $refused.filter(":visible").first().trigger("focus");
+    function linkToStart() {
+        $("#banner_middle h1").wrapInner($("<a>").attr("href", startPage));
+        $("#banner_logo").on("click", () => (location.href = startPage));
     }
 
     // ---------------------------------------------------------------------------------------------
 
-    // A link to another tab of the same page.
-    $(window).on("hashchange", function () {
-        const $tabs = $("#tabcontainer.ui-tabs");
-        const tab = namedTab($tabs);
-        if (tab >= 0) {
-            $tabs.tabs("option", "active", tab);
-        }
-    });
-
     // Hides what carries "hiddenOnLoad" from the first paint on; page scripts show it with jQuery's show().
     document.documentElement.classList.add("js");
     $.fx.off = window.matchMedia("(prefers-reduced-motion: reduce)").matches;
-    if ($.ui && $.ui.tabs) {
-        adaptTabs();
-    }
 
     $(function () {
         setUpMenu();
-        labelRows();
-        FadeFormResultMsg($(".form_result_msg").attr("role", "status"));
+        nameLandmarks();
+        linkToStart();
     });
 
-    // After the page's own scripts: what is in sight now is what the operator sees. Tabs whose script
-    // failed must not stay hidden.
-    $(window).on("load", function () {
-        $("#tabcontainer").show();
-        markRefusedInputs();
-    });
+    // Behind the page's own handlers, so that nobody sees them at work. Tabs whose script failed must not stay hidden.
+    document.addEventListener("DOMContentLoaded", () =>
+        $(function () {
+            $("#tabcontainer").show();
+            document.documentElement.classList.add("ready");
+            $(document).trigger("pageready");
+        }),
+    );
 })();

@@ -5,9 +5,20 @@
     /** How long a result message that is not static stays, in milliseconds. */
     const messageTime = 8000;
 
-    /** Lets the timed messages among the given boxes fade when their time is over. */
+    /** Lets the timed messages among the given boxes fade when their time is over. What has failed stays until the
+     *  operator has read it. */
     function FadeFormResultMsg($boxes) {
-        $boxes.not(".static").delay(messageTime).fadeOut("slow");
+        $boxes.not(".static, .failure").delay(messageTime).fadeOut("slow");
+    }
+
+    /** Has assistive software say what is in the box: it tells what comes into one that it knows. */
+    function announce($box) {
+        const failed = $box.hasClass("failure");
+        $box.attr("role", failed ? "alert" : "status").text($box.text());
+        if (failed) {
+            const $close = $("<button type='button' class='close' aria-label='Close'>");
+            $box.append($close.on("click", () => $box.hide()));
+        }
     }
 
     /** Hides the result messages; static ones stay. */
@@ -18,9 +29,10 @@
     function showMessage(text, classes) {
         let $box = $(".form_result_msg").first();
         if (!$box.length) {
-            $box = $("<div role='status'>").insertBefore($("body").children().not(".alerts").first());
+            $box = $("<div>").insertBefore($("body").children().not("#skip, .alerts").first());
         }
         $box.stop(true, true).attr("class", classes + " form_result_msg").text(text).show();
+        announce($box);
         FadeFormResultMsg($box);
     }
 
@@ -34,6 +46,12 @@
     function ShowStaticFormResultMsg(text, cssClass) {
         showMessage(text, (cssClass || "") + " static");
     }
+
+    $(function () {
+        const $boxes = $(".form_result_msg");
+        $boxes.each((index, box) => announce($(box)));
+        FadeFormResultMsg($boxes);
+    });
 
     window.FadeFormResultMsg = FadeFormResultMsg;
     window.ClearFormResultMsg = ClearFormResultMsg;

@@ -30,14 +30,21 @@
         });
     }
 
-    /** Above what the box says: since when that has not changed. */
-    function tellSilence($box, since) {
-        $box.children(".no_answer").remove();
-        $box.prepend($("<p class='no_answer'>").text("No answer since " + since.toTimeString().slice(0, 8)));
+    const forgetSilence = ($box) => $box.removeClass("outdated").children(".no_answer").remove();
+
+    /** Above what the box says: since when that has not changed, and why, where that is known. */
+    function tellSilence($box, since, problem) {
+        const text = "No answer since " + since.toTimeString().slice(0, 8) + ", trying again";
+        forgetSilence($box);
+        if (problem) {
+            $box.prepend($("<p class='no_answer'>").text(problem));
+        }
+        $box.addClass("outdated").prepend($("<p class='no_answer' role='status'>").text(text));
     }
 
-    /** Keeps a box fresh: calls a status method once per interval while the box is in sight. The next
-     *  interval begins when the answer is there or overdue, so that calls never pile up.
+    /** Keeps a box fresh: calls a status method once per interval while the box is in sight, and at once when the
+     *  page is looked at again. The next interval begins when the answer is there or overdue, so that calls never
+     *  pile up.
      *  @param interval in milliseconds.
      *  @param show is given the box (jQuery) and each result, and fills the box.
      *  @param problems the texts for failures, such as statusProblems, which is the default.
@@ -53,14 +60,22 @@
         wanted = () => $(boxSelector).is(":visible"),
     ) {
         let unansweredSince = null;
+        let timer = null;
 
         function arm() {
-            setTimeout(poll, interval);
+            timer = setTimeout(poll, interval);
+        }
+
+        function pollAtOnce() {
+            if (timer !== null) {
+                clearTimeout(timer);
+                poll();
+            }
         }
 
         function showAnswer($box, answer) {
             unansweredSince = null;
-            $box.children(".no_answer").remove();
+            forgetSilence($box);
             try {
                 if (answer.error) {
                     $box.text(problems.refused(answer.error));
@@ -74,15 +89,12 @@
         }
 
         function showFailure($box, request, status, error) {
-            if (status === "timeout") {
-                tellSilence($box, unansweredSince);
-            } else {
-                $box.text(problems.failed(request, status, error));
-            }
+            tellSilence($box, unansweredSince, status !== "timeout" && problems.failed(request, status, error));
         }
 
         function poll() {
-            if (!wanted()) {
+            timer = null;
+            if (document.hidden || !wanted()) {
                 arm();
                 return;
             }
@@ -96,13 +108,14 @@
         }
 
         arm();
+        document.addEventListener("visibilitychange", pollAtOnce);
     }
 
     /** The same for pages with short error texts, which also tell when the result is empty. */
     function PollBriefStatus(url, method, interval, boxSelector, show) {
         function showUnlessEmpty($box, result) {
             if ($.isEmptyObject(result)) {
-                $box.empty().append($("<i>").text("empty status"));
+                ShowIn($box, $("<i>").text("empty status"));
             } else {
                 show($box, result);
             }
@@ -143,7 +156,7 @@
         for (const [title, text] of parts) {
             $report.append($("<h2>").text(title), document.createTextNode(text));
         }
-        $box.empty().append($report.append($("<b>").text("(check system log file for more details)")));
+        ShowIn($box, $report.append($("<b>").text("(check system log file for more details)")));
     }
 
     window.CallStatus = CallStatus;

@@ -19,7 +19,34 @@ const [username, password] = (process.env.WEBCONFIG_LOGIN ?? "").split(":");
 
 // Without animations: tabs take no click while they change.
 export const desktop = { viewport: { width: 1280, height: 800 }, colorScheme: "light", reducedMotion: "reduce" };
-export const phone = { viewport: { width: 360, height: 740 }, colorScheme: "dark", reducedMotion: "reduce" };
+export const phone = {
+    viewport: { width: 360, height: 740 },
+    isMobile: true,
+    hasTouch: true,
+    colorScheme: "dark",
+    reducedMotion: "reduce",
+};
+
+/** Every page, the one without a menu last. */
+export const pages = [
+    "/",
+    "/config/network/cellular",
+    "/config/network/openvpn",
+    "/config/network/orvane",
+    "/config/settings/about",
+    "/config/settings/firmware",
+    "/config/settings/reboot",
+    "/config/settings/advanced",
+    "/config/service/assemblysn",
+    "/config/network/ethernet1",
+    "/config/network/port_forwarding",
+    "/config/network/ntp",
+    "/config/network/dns_server",
+    "/config/network/access_point",
+    "/config/network/wlan",
+    "/config/settings/history",
+    "/config/regulatory/wifi",
+];
 
 function required(name) {
     const value = process.env[name];
@@ -149,10 +176,19 @@ export async function withPage(path, { faulty = false, hurried = false, prepare,
     }
 }
 
-/** Clicks a button that sends a form, and waits until the page that answers has loaded. */
-export async function submit(page, button) {
-    await Promise.all([page.waitForNavigation(), page.click(button)]);
+/** Clicks a button that asks first, and says yes. */
+export async function confirm(page, button) {
+    await page.click(button);
+    await page.click("dialog.question .danger");
 }
+
+/** Clicks a button that sends a form, and waits until the page that answers has loaded. */
+export async function submit(page, button, click = page.click.bind(page)) {
+    await Promise.all([page.waitForNavigation(), click(button)]);
+}
+
+/** The same of a button that asks first. */
+export const submitConfirmed = (page, button) => submit(page, button, () => confirm(page, button));
 
 /** Waits until the text of an element matches. */
 export function waitForText(page, selector, pattern) {

@@ -7,7 +7,7 @@ import { mkdtempSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, describe, test } from "node:test";
-import { answering, desktop, eventually, inCheckout, inDevice, phone, site, waitForText, withPage } from "./device.mjs";
+import { answering, confirm, desktop, eventually, inCheckout, inDevice, phone, site, waitForText, withPage } from "./device.mjs";
 
 const firmwarePage = "/config/settings/firmware";
 const image = {
@@ -37,7 +37,7 @@ describe("Firmware page", () => {
             });
             await page.evaluate(() => $("#component_config form").attr("target", "away"));
             await page.setInputFiles("#cfg_frw_file", image);
-            await page.click("#cfg_frw_save");
+            await confirm(page, "#cfg_frw_save");
             const text = await page.textContent(".form_result_msg.static");
             assert.equal(text.trim(), "Do not leave this page or file upload will fail");
 
@@ -71,7 +71,7 @@ describe("firmware upgrade", () => {
 
     async function sendImage(page) {
         await page.setInputFiles("#cfg_frw_file", imageFile);
-        await page.click("#cfg_frw_save");
+        await confirm(page, "#cfg_frw_save");
         await page.getByText("Please wait while firmware is upgraded").waitFor();
     }
 
@@ -109,7 +109,7 @@ describe("firmware upgrade", () => {
             inDevice("touch", mark);
             let probes = 0;
             page.on("request", (request) => (probes += request.url() === site.href));
-            await page.click("#cfg_rbt_reboot");
+            await confirm(page, "#cfg_rbt_reboot");
             await waitForText(page, ".form_result_msg", /^Device is rebooting\.\.\. \d+$/);
             await page.clock.runFor(8000);
             assert.match(await page.textContent(".form_result_msg"), /^Device is rebooting\.\.\. (8\d|9[0-2])$/);

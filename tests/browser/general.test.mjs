@@ -32,7 +32,8 @@ describe("General page", () => {
         await withPage("/", { ...desktop, reducedMotion: "no-preference" }, async (page) => {
             await save(page, "");
             assert.ok(await page.isVisible(`${message}.failure`));
-            const marked = page.locator(`${nameField}.cppcms_error_msg[aria-invalid='true']`);
+            const marked = page.getByLabel("Device Name").and(page.locator("[aria-invalid='true']"));
+            assert.equal(await page.textContent(`#${await marked.getAttribute("aria-describedby")}`), "Invalid length; minimum 1, maximum 64");
             assert.ok(await marked.evaluate((field) => field === document.activeElement), "cursor in the field");
             await page.click("a[href='#status_tab']");
             await page.waitForSelector(message, { state: "hidden", timeout: 3000 });
@@ -41,13 +42,17 @@ describe("General page", () => {
         });
     });
 
-    test("a message goes by itself", async () => {
+    test("a success goes by itself, a failure when it is closed", async () => {
         await withPage("/", { ...desktop, prepare: (page) => page.clock.install() }, async (page) => {
-            await save(page, "");
+            await save(page, `${before}-3`);
             await page.clock.runFor(5000);
-            assert.ok(await page.isVisible(message), "still there after five seconds");
+            assert.ok(await page.isVisible(`${message}[role='status']`), "still there after five seconds");
             await page.clock.runFor(7000);
             assert.ok(!(await page.isVisible(message)), "gone after twelve");
+            await save(page, "");
+            await page.clock.runFor(60000);
+            await page.click(`${message}[role='alert'] .close`);
+            assert.ok(!(await page.isVisible(message)));
         });
     });
 });

@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { answering, desktop, inDevice, phone, submit, waitForText, withPage } from "./device.mjs";
+import { answering, desktop, eventually, inDevice, phone, submit, submitConfirmed, waitForText, withPage } from "./device.mjs";
 
 test("Ethernet: the fixed address shows and counts only in static mode", async () => {
     await withPage("/config/network/ethernet1", desktop, async (page) => {
@@ -25,8 +25,11 @@ test("port forwarding: rules are added, changed with the Enter key and deleted, 
         await page.getByLabel("Source Port").fill("4711");
         await page.getByLabel("Dest IP Address").fill("192.168.0.20");
         await page.getByLabel("Dest Port").fill("7");
+        const focused = () => page.evaluate(() => document.activeElement.id);
         await submit(page, "#cfg_pfwadd_add");
-        await submit(page, "#row_0 [name='edit']");
+        await eventually(async () => assert.equal(await focused(), "cfg_pfwadd_add"));
+        await submit(page, "role=button[name='Edit UDP 4711']");
+        await eventually(async () => assert.equal(await focused(), "cfg_pfw_protocol"));
         await page.fill("#cfg_pfw_dest_port", "9");
         await page.keyboard.press("Enter");
         await page.waitForSelector("#row_0 [name='edit']");
@@ -34,7 +37,7 @@ test("port forwarding: rules are added, changed with the Enter key and deleted, 
             `"net/portfwd/udp/04711/d_ip","192.168.0.20", s`,
             `"net/portfwd/udp/04711/d_port","9", s`,
         ]);
-        await submit(page, "#row_0 [name='delete']");
+        await submitConfirmed(page, "#row_0 [name='delete']");
         assert.deepEqual(stored(), []);
     });
 });

@@ -25,7 +25,7 @@ describe("Example plug-in", () => {
 
     test("shows the counters of the interfaces and draws the traffic that comes", async () => {
         await withPage("/", desktop, async (page) => {
-            assert.equal(await page.title(), "Device configuration with traffic");
+            assert.equal(await page.textContent("h1"), "Device configuration, traffic edition");
             await page.click("#menu_Interfaces");
             await waitForText(page, table, /Interface.*Received.*Sent.*eth0.*lo/s);
             await page.selectOption("#traffic_interface", "lo");

@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { describe, test } from "node:test";
-import { desktop, eventually, inDevice, lanAddress, submit, waitForText, withoutRestart, withPage } from "./device.mjs";
+import { confirm, desktop, eventually, inDevice, lanAddress, submit, waitForText, withoutRestart, withPage } from "./device.mjs";
 
 const message = ".form_result_msg";
 const onOwnClock = { ...desktop, faulty: true };
@@ -20,7 +20,7 @@ describe("Ethernet and Reboot pages", () => {
                     await page.fill("[name='ipAddress']", newAddress);
                     await submit(page, "#cfg_eth1_save");
                     await submit(page, "#alertsBox a");
-                    await page.click("#cfg_rbt_reboot");
+                    await confirm(page, "#cfg_rbt_reboot");
                     await waitForText(page, message, /^Device is rebooting/);
                     await page.route(`http://${lanAddress}/`, gone);
                     await page.clock.runFor(95000);
@@ -39,7 +39,7 @@ describe("Ethernet and Reboot pages", () => {
         const prepare = (page) => page.clock.install();
         await withoutRestart(() =>
             withPage("/config/settings/reboot", { ...onOwnClock, prepare }, async (page) => {
-                await page.click("#cfg_rbt_reboot");
+                await confirm(page, "#cfg_rbt_reboot");
                 await waitForText(page, message, /^Device is rebooting/);
                 await page.route((url) => url.pathname === "/", (route) => route.abort("connectionrefused"));
                 await page.clock.runFor(101000);
@@ -64,7 +64,7 @@ describe("Service page", () => {
                     await page.fill("#cfg_new_assembly_sn", "SN-0123456789");
                     await page.click("#btn_asn");
                     await waitForText(page, message, /^Assembly SN changed. Reboot is required to take effect$/);
-                    await page.click("#btn_asn");
+                    await confirm(page, "#btn_asn");
                     await waitForText(page, message, /^Please wait, device is rebooting \.\.\. \d+$/);
                     await page.clock.runFor(20000);
                     assert.equal(probes, 0, "the device has time to go down");

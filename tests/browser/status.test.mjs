@@ -16,7 +16,7 @@ function contents(page, box) {
     return page.$eval(box, (element) => {
         const parts = [...element.querySelectorAll("h2, h3, pre, p, i, b, th, td")];
         const texts = [...element.childNodes].filter((node) => node.nodeType === Node.TEXT_NODE && node.data.trim());
-        return [...parts.map((e) => `${e.localName}: ${e.textContent}`), ...texts.map((node) => node.data)];
+        return [...parts.map((e) => `${e.localName}: ${e.textContent.replace(/ \d\d:\d\d:\d\d,/, ",")}`), ...texts.map((node) => node.data)];
     });
 }
 
@@ -28,6 +28,9 @@ const report = (parts) => {
     const whole = Object.entries(parts).flat().join("") + note;
     return [`pre: ${whole}`, ...Object.keys(parts).map((title) => `h2: ${title}`), `b: ${note}`];
 };
+
+/** What a box says above what it still shows, while no answer comes; the time is left out. */
+const silent = "p: No answer since, trying again";
 
 const port = { eth1: " <b>up</b>\n", ethtool: "100Mb/s" };
 const portShown = sections({ "Ethernet1 Interface": "<b>up</b>", "Ethernet1 Settings": "100Mb/s" });
@@ -61,7 +64,7 @@ const pages = [
             ...portShown,
         ]],
         [{ error: "Method <i>not</i> found" }, ["Error retrieving status: Method <i>not</i> found"]],
-        [{ status: 503 }, ["Error retrieving status: Service Unavailable[error]"]],
+        [{ status: 503 }, [silent, "p: Error retrieving status: Service Unavailable[error]", "Error retrieving status: Method <i>not</i> found"]],
         [{ result: port }, portShown],
     ]],
     ["/config/network/port_forwarding", "#port_forwarding_status", { method: "port_forwarding_status", id: 1 }, [
@@ -72,7 +75,7 @@ const pages = [
         [{ result: { isConnected: true, serverAddress: "192.0.2.7" } }, ["Connected to 192.0.2.7"]],
         [{ result: { isConnected: "Unknown", serverAddress: "Unknown" } }, ["Not Connected"]],
         [{ result: {} }, ["i: empty status"]],
-        [{ status: 502 }, ["Invalid Status 502"]],
+        [{ status: 502 }, [silent, "p: Invalid Status 502", "i: empty status"]],
         [{ error: "No <b>" }, ["No <b>"]],
     ]],
     ["/config/network/ntp", "#ntpd_status", { method: "ntpd_status", id: 2 }, [
@@ -115,11 +118,11 @@ const pages = [
     ["/config/settings/advanced", "#advanced_syslog_dynamic", { method: "tail_syslog", id: 2 }, [
         [{ result: { tail: "one\n<two>\n" } }, ["pre: one\n<two>"]],
         [{ error: "No" }, ["Error retrieving log: No"]],
-        [{ status: 503 }, ["Error retrieving log: Service Unavailable"]],
+        [{ status: 503 }, [silent, "p: Error retrieving log: Service Unavailable", "Error retrieving log: No"]],
     ]],
 ];
 
-describe("status of each page", () => {
+describe("status of each page", { concurrency: 3 }, () => {
     for (const [path, box, call, answers] of pages) {
         test(path, async () => {
             const faulty = answers.some(([answer]) => answer.status);
@@ -136,7 +139,7 @@ describe("status of each page", () => {
     }
 });
 
-describe("polling", () => {
+describe("polling", { concurrency: 3 }, () => {
     const box = "#general_dynamic_status";
     const good = { result: { uptime: "1 day" } };
     const text = (page) => page.textContent(box);
@@ -166,12 +169,59 @@ describe("polling", () => {
         });
     });
 
+    test("leaves alone what is being read, follows the end of a log, and pauses while nobody looks", async () => {
+        const lines = (from) => ({ result: { tail: Array.from({ length: 200 }, (_, i) => `line ${from + i}`).join("\n") } });
+        const log = "#advanced_syslog_dynamic pre";
+        const options = answering(lines(0));
+        await withPage("/config/settings/advanced#advanced_syslog_tab", options, async (page) => {
+            const shows = (pattern) => eventually(async () => assert.match(await page.textContent(log), pattern));
+            /** The first line in sight, and the last one. */
+            const inSight = () =>
+                page.$eval(log, (pre) => {
+                    const height = parseFloat(getComputedStyle(pre).lineHeight);
+                    const shown = pre.textContent.split("\n");
+                    const first = Math.round(pre.scrollTop / height);
+                    return [shown[first], shown[Math.min(first + Math.floor(pre.clientHeight / height), shown.length) - 1]];
+                });
+            await shows(/line 199$/);
+            options.use(lines(10));
+            await shows(/line 209$/);
+            assert.equal((await inSight())[1], "line 209", "the end is followed");
+
+            await page.$eval(log, (pre) => (pre.scrollTop /= 2));
+            const before = await inSight();
+            options.use(lines(20));
+            await shows(/line 219$/);
+            assert.deepEqual(await inSight(), before);
+
+            await page.$eval(log, (pre) => getSelection().selectAllChildren(pre));
+            options.use(lines(30));
+            const calls = options.calls.length;
+            await eventually(() => assert.ok(options.calls.length > calls + 1));
+            assert.match(await page.evaluate(() => String(getSelection())), /^line 20\n.*line 219$/s);
+            await page.evaluate(() => getSelection().removeAllRanges());
+            await shows(/line 229$/);
+
+            const look = (hidden) =>
+                page.evaluate((value) => {
+                    Object.defineProperty(document, "hidden", { value, configurable: true });
+                    document.dispatchEvent(new Event("visibilitychange"));
+                }, hidden);
+            await look(true);
+            const paused = options.calls.length;
+            await page.waitForTimeout(400);
+            assert.ok(options.calls.length <= paused + 1, "one may have been under way");
+            await look(false);
+            await eventually(() => assert.ok(options.calls.length > paused + 1));
+        });
+    });
+
     test("goes on after a call that failed and after a result that cannot be shown", async () => {
         const options = answering(good);
         await withPage("/", { ...options, faulty: true }, async (page) => {
             await openTab(page, box);
             for (const [answer, shown] of [
-                [{ failure: "connectionrefused" }, /^Error retrieving status: \[error\]$/],
+                [{ failure: "connectionrefused" }, /^No answer since [\d:]+, trying againError retrieving status: \[error\]/],
                 [good, /1 day/],
                 [{ result: null }, /^Error retrieving status: TypeError: /],
                 [good, /1 day/],

@@ -3,7 +3,7 @@
 
 import assert from "node:assert/strict";
 import { after, before, beforeEach, describe, test } from "node:test";
-import { desktop, eventually, inDevice, submit, withoutRestart, withPage } from "./device.mjs";
+import { desktop, eventually, inDevice, submit, submitConfirmed, withoutRestart, withPage } from "./device.mjs";
 
 const accessPointPage = "/config/network/access_point";
 const wlanPage = "/config/network/wlan";
@@ -132,9 +132,9 @@ describe("Regulatory domain page", () => {
         await withoutRestart(() =>
             withPage(regulatoryPage, { ...desktop, faulty: true, prepare }, async (page) => {
                 await page.selectOption("#id_domain", "KCC");
-                await submit(page, "#id_save");
+                await submitConfirmed(page, "#id_save");
                 assert.match(await page.textContent("#id_message"), /^Regulatory domain was changed/);
-                await submit(page, "[name='Reboot']");
+                await submitConfirmed(page, "[name='Reboot']");
                 assert.ok(await page.isVisible("#id_rebooting_txt"));
                 await page.clock.runFor(8000);
                 assert.equal(probes, 0, "the device has time to go down");

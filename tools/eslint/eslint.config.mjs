@@ -3,13 +3,13 @@ import js from "@eslint/js";
 
 const names = (text) => Object.fromEntries(text.trim().split(/\s+/).map((name) => [name, "readonly"]));
 
-const browser = names("$ console document location getComputedStyle innerWidth Event Node fetch setTimeout setInterval clearInterval window XMLHttpRequest");
+const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest");
 const node = names("Buffer URL process setTimeout");
 
 /** What the scripts of the site offer to each other, to templates and to plug-ins. */
 const site = names(`
     ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
-    CallStatus PollStatus PollBriefStatus StatusSection StatusTable ShowReport
+    CallStatus PollStatus PollBriefStatus ShowIn StatusSection StatusTable ShowReport
     ParseToolStatus ShowProgress
 `);
 

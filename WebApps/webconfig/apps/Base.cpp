@@ -17,9 +17,16 @@
 #include "WebApps/webconfig/security/DefaultPassword.h"
 #include "WebApps/webconfig/security/Headers.h"
 #include "WebApps/webconfig/security/Policy.h"
+#include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
+
+namespace {
+
+constexpr char menusKey[] = "webconfig.menus";
+
+}  // namespace
 
 Base::Base(cppcms::service &service, std::string appVolumeName)
     : cppcms::application(service), _appVolumeName(std::move(appVolumeName)) {}
@@ -32,6 +39,8 @@ void Base::Prepare(data::Base &content) {
         plugins->PopulateMenuStartHook(content.menus);
     }
     PrepareMenus(content.menus);
+    for (auto &menu : data::ReadMenus(settings().find(menusKey)))
+        content.menus.push_back(std::move(menu));
 
     content.media_root = MediaRoot(settings());
     std::string const pluginMediaRoot = PluginMediaRoot(settings());
@@ -64,12 +73,18 @@ void Base::PrepareMenus(std::vector<data::Menu> &menus) {
 
 void Base::render(std::string const &view, cppcms::base_content &content) {
     _EndSaving(content);
+    _NameWindow(content);
     cppcms::application::render(view, content);
 }
 
 void Base::render(std::string const &skin, std::string const &view, cppcms::base_content &content) {
     _EndSaving(content);
+    _NameWindow(content);
     cppcms::application::render(skin, view, content);
+}
+
+bool Base::AreMenusConfigured() {
+    return !settings().find(menusKey).is_undefined();
 }
 
 /// Ends the turn, and the change set: what is written from here on would be another one.
@@ -85,6 +100,21 @@ void Base::_EndSaving(cppcms::base_content &content) {
         page->history_failed = recording->HasFailed();
         page->trial = data::Told(history::CurrentTrial());
     }
+}
+
+/// Among the windows of many devices, this page of this one, by its present name, and what became of what was
+/// sent to it.
+void Base::_NameWindow(cppcms::base_content &content) {
+    auto *const page = dynamic_cast<data::Base *>(&content);
+    if (!page || !settings().get("webconfig.show_device_name", false))
+        return;
+    page->device_name = util::Prm::GetString("net/hostname");
+    std::string outcome;
+    if (HttpPost() && page->message.GetResultClass() == data::Message::ResultClass::Error)
+        outcome = "Error: ";
+    else if (HttpPost() && page->message.GetResultClass() == data::Message::ResultClass::Ok)
+        outcome = "Saved: ";
+    page->branding.window_text = outcome + page->title + " \u2013 " + page->device_name;
 }
 
 bool Base::HttpGet() {

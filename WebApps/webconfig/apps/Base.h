@@ -22,7 +22,8 @@ class Base : public cppcms::application {
     virtual void Prepare(data::Base &content);
     /// The same, and where the status tab's polls go.
     void Prepare(data::BaseTabbed &content);
-    /// Appends the built-in menus. Further ones are appended by handlers after Prepare().
+    /// Appends the built-in menus. Those of the configuration follow; further ones are appended by handlers
+    /// after Prepare().
     virtual void PrepareMenus(std::vector<data::Menu> &menus);
 
     /// As the framework's own, with what the request has changed and after EndSaveTurn().
@@ -48,6 +49,9 @@ class Base : public cppcms::application {
     /// headers.
     std::string Nonce();
 
+    /// Whether the configuration has menus of its own, by "webconfig.menus": pages then show those.
+    bool AreMenusConfigured();
+
     /// Raises the flag that a reboot is required, and its alert on this page.
     static void RequireReboot(data::Base &content);
 
@@ -59,6 +63,7 @@ class Base : public cppcms::application {
 
   private:
     static void _EndSaving(cppcms::base_content &content);
+    void _NameWindow(cppcms::base_content &content);
 
     std::string const _appVolumeName;
 };

@@ -43,6 +43,7 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
     if (auto *const plugins = Plugins(settings()))
         plugins->AttachSynchronousAppsHook(*this, service);
 
+    mapper().assign("/");  // the General page, for menus
     mapper().root('/' + settings().get<std::string>("webconfig.root.sync"));
 }
 

@@ -30,6 +30,7 @@ struct Base : public cppcms::base_content {
     std::vector<std::string> style_sheets;  // extra URLs, linked after the built-in ones
     std::vector<std::string> scripts;       // likewise
     std::string title;
+    std::string device_name;                    // for banner and window; empty: it is not shown
     std::vector<ChangedSetting> saved_changes;  // what this request has changed, where a history is kept
     std::string change_set;                     // their number in it
     bool history_failed = false;                // they could not be recorded

@@ -51,4 +51,17 @@ std::string Menu::Url(cppcms::application &app) const {
     return _parameter.empty() ? app.url(_path) : app.url(_path, _parameter);
 }
 
+std::vector<Menu> ReadMenus(cppcms::json::value const &value) {
+    std::vector<Menu> menus;
+    if (value.is_undefined())
+        return menus;
+    for (auto const &entry : value.array()) {
+        auto const &path = entry.find("path");
+        Menu &menu =
+            menus.emplace_back(entry.get<std::string>("text"), path.is_undefined() ? "" : path.str());
+        menu.GetChildren() = ReadMenus(entry.find("children"));
+    }
+    return menus;
+}
+
 }  // namespace webconfig::data

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cppcms/json.h>
+
 #include <string>
 #include <vector>
 
@@ -45,5 +47,10 @@ class Menu {
     std::string _parameter;
     std::vector<Menu> _children;
 };
+
+/// Menus out of a configuration: an array of objects with a "text", a "path" and the "children", each of
+/// which but the text may be absent. None where \a value is undefined. Throws cppcms::json::bad_value_cast
+/// where something has the wrong type.
+std::vector<Menu> ReadMenus(cppcms::json::value const &value);
 
 }  // namespace webconfig::data

@@ -24,6 +24,7 @@
 #include "WebApps/webconfig/apps/KeptUpload.h"
 #include "WebApps/webconfig/apps/Plugins.h"
 #include "WebApps/webconfig/apps/WebConfig.h"
+#include "WebApps/webconfig/data/Menu.h"
 #include "WebApps/webconfig/history/Configuration.h"
 #include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/history/Trial.h"
@@ -68,6 +69,8 @@ void ResetLog() {
 }
 
 void MountPages(cppcms::service &service) {
+    // Here, once, a slip in them is told: later each page would fail.
+    data::ReadMenus(service.settings().find("webconfig.menus"));
     auto const root = service.settings().get<std::string>("webconfig.root.sync");
     service.applications_pool().mount(PoolOf<apps::WebConfig>(), cppcms::mount_point('/' + root + "(.*)", 1));
     if (service.settings().get("service.api", "") == "http")

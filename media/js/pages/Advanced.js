@@ -6,7 +6,13 @@
         failed: (request, status, error) => "Error retrieving log: " + error,
     };
 
+    /** The newest lines are the last ones. */
     window.ShowLog = function ($box, result) {
-        $box.empty().append($("<pre>").text($.trim(result.tail)));
+        const isFirst = !$box.children("pre").length;
+        ShowIn($box, $("<pre>").text($.trim(result.tail)));
+        if (isFirst) {
+            const [log] = $box.children("pre");
+            log.scrollTop = log.scrollHeight;
+        }
     };
 })();

@@ -31,7 +31,11 @@
         let takenBack = false;
 
         function showFigure(name, text) {
-            $status.find("#status_" + name).text(text);
+            const $figure = $status.find("#status_" + name);
+            // What is there already may be selected.
+            if ($figure.text() !== String(text ?? "")) {
+                $figure.text(text ?? "");
+            }
         }
 
         function showPair(name, sent, received) {

@@ -2,11 +2,13 @@
     "use strict";
 
     window.ShowEthernetStatus = function ($box, result) {
-        $box.empty();
-        if ("brctl" in result) {
-            $box.append(StatusSection("Bridge Setup", result.brctl), StatusSection("Bridge Interface", result.br1));
-        }
-        $box.append(
+        const bridge =
+            "brctl" in result
+                ? [StatusSection("Bridge Setup", result.brctl), StatusSection("Bridge Interface", result.br1)]
+                : [];
+        ShowIn(
+            $box,
+            ...bridge,
             StatusSection("Ethernet1 Interface", result.eth1),
             StatusSection("Ethernet1 Settings", result.ethtool),
         );

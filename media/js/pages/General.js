@@ -2,7 +2,8 @@
     "use strict";
 
     window.ShowGeneralStatus = function ($box, result) {
-        $box.empty().append(
+        ShowIn(
+            $box,
             StatusSection("Date", result.date),
             StatusSection("Uptime", result.uptime),
             StatusSection("Board Temperature", result.boardTemp),

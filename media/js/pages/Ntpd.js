@@ -4,15 +4,15 @@
     /** The template "ntpd_chrony" has the frame of the tables, and a button that stays from refresh to refresh. */
     function showChrony($box, result) {
         if (!result.running) {
-            $box.empty().append($("<h3>").text("State"), $("<p>").text("Stopped"));
+            ShowIn($box, $("<h3>").text("State"), $("<p>").text("Stopped"));
             return;
         }
         if (!$box.children("form").length) {
             $box.html($("#ntpd_chrony").html());
         }
-        $box.children(".tracking").empty().append(StatusSection("Tracking", result.tracking, true));
-        $box.children(".sources").empty().append(StatusSection("Sources", result.rawOutput, true));
-        $box.children(".clients").empty().append(StatusSection("Clients", result.clients, true));
+        ShowIn($box.children(".tracking"), StatusSection("Tracking", result.tracking, true));
+        ShowIn($box.children(".sources"), StatusSection("Sources", result.rawOutput, true));
+        ShowIn($box.children(".clients"), StatusSection("Clients", result.clients, true));
     }
 
     function showNtpd($box, result) {
@@ -24,7 +24,7 @@
         if (result.running) {
             rows.push(["Synchronised To", result.syncTo]);
         }
-        $box.empty().append(StatusTable("State", rows), StatusSection("Raw Output", result.rawOutput, true));
+        ShowIn($box, StatusTable("State", rows), StatusSection("Raw Output", result.rawOutput, true));
     }
 
     window.ShowTimeStatus = function ($box, result) {

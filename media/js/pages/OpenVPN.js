@@ -2,7 +2,8 @@
     "use strict";
 
     window.ShowOpenVpnStatus = function ($box, result) {
-        $box.empty().append(
+        ShowIn(
+            $box,
             StatusTable("Connection", [
                 ["Connection Status", result.connectionStatus],
                 [result.isConnected ? "Tunnel up time" : "Tunnel down time", result.currentStateTimeString],

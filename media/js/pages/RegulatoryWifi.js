@@ -7,6 +7,8 @@
     const probeTimeout = 3000; // milliseconds
     const probePause = 1000; // milliseconds
 
+    const startPage = "/";
+
     const element = (id) => document.getElementById("id_" + id);
 
     function hide(...ids) {
@@ -35,9 +37,23 @@
         request.send();
     }
 
+    /** What the frame of the other pages gives them: landmarks, and a way to them. */
+    function addFrame() {
+        const main = document.createElement("main");
+        main.append(...document.body.children);
+        main.querySelector("h2").setAttribute("aria-level", "1");
+        const way = document.createElement("nav");
+        const link = document.createElement("a");
+        link.href = startPage;
+        link.textContent = "Back to the device";
+        way.append(link);
+        document.body.append(way, main);
+    }
+
     /** @param url of this page.
      *  @param home where to go after the restart. */
     window.SetUpRegulatoryWifi = function (url, home) {
+        addFrame();
         window.onload = function () {
             if (element("domain")) {
                 presetDomain(element("domain"), element("hidden_domain"));

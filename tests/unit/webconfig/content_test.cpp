@@ -116,6 +116,19 @@ TEST(MenuTest, NoneIsPartOfItself) {
     EXPECT_EQ(top.GetChildren().size(), 1U);
 }
 
+TEST(MenuTest, AConfigurationWithASlipIsNoMenu) {
+    auto const read = [](std::string const &text) {
+        cppcms::json::value value;
+        char const *begin = text.data();
+        EXPECT_TRUE(value.load(begin, begin + text.size(), true)) << text;
+        return data::ReadMenus(value);
+    };
+    EXPECT_TRUE(data::ReadMenus({}).empty());
+    for (char const *const slip : {R"({"text":"A"})", R"(["A"])", R"([{"path":"/"}])",
+                                   R"([{"text":"A","path":1}])", R"([{"text":"A","children":{}}])"})
+        EXPECT_THROW(read(slip), cppcms::json::bad_value_cast) << slip;
+}
+
 TEST(ValidationTest, AddClassExtendsAClassAttributeAndDropsOthers) {
     std::tuple<char const *, char const *, char const *> const cases[] = {
         {"class='a'", "b", "class='a b'"},

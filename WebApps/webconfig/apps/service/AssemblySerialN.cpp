@@ -20,9 +20,11 @@ void Service::SerialNumberHandler() {
     content.media_root = mediaRoot;
     content.style_sheets = {styleSheet};
     content.scripts = {script};
-    data::Menu menu("Service");
-    menu << data::Menu("Assembly SN", "/service/assemblysn");
-    content.menus = {menu};
+    if (!AreMenusConfigured()) {
+        data::Menu menu("Service");
+        menu << data::Menu("Assembly SN", "/service/assemblysn");
+        content.menus = {menu};
+    }
 
     std::string const current = util::SystemAssemblySN();
     std::string const pressed = HttpPost() ? HttpPost("btnASN") : "";

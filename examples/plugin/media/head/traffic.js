@@ -114,7 +114,7 @@
             }
             last = result;
             offerInterfaces($select, result.interfaces);
-            $box.empty().append(counterTable(result.interfaces, rates));
+            ShowIn($box, counterTable(result.interfaces, rates));
             draw(history, $select.val());
         });
         $select.on("change", () => draw(history, $select.val()));

@@ -1,0 +1,122 @@
+// Asks before what cannot be taken back. Stands alone: the page of the regulatory domain has no other scripts.
+(function () {
+    "use strict";
+
+    const chosen = (form, name) => form.elements[name].selectedOptions[0].textContent.trim();
+    const megabytes = (file) => (file.size / 1e6).toFixed(1) + " MB";
+
+    /** What a button is, what its question says, and the caption of the button that goes on. */
+    const questions = [
+        {
+            button: "#advanced_administration [value='Erase']",
+            title: "Erase the configuration?",
+            text: (form) =>
+                `This erases the persistent configuration: ${chosen(form, "eraseType")}. A backup (Configuration tab) ` +
+                "is the only way back, and the device may no longer be reached at this address.",
+            go: (form) => "Erase " + chosen(form, "eraseType"),
+        },
+        {
+            button: "#advanced_administration [value='ErasePartition']",
+            title: "Erase a partition?",
+            text: (form) => `Everything on the ${chosen(form, "eraseWhich")} is lost. There is no way back.`,
+            go: (form) => "Erase " + chosen(form, "eraseWhich"),
+        },
+        {
+            button: "#cfg_frw_save",
+            title: "Load this firmware?",
+            text: function (form) {
+                const [file] = form.elements.fwupload.files;
+                return `${file.name} (${megabytes(file)}) is sent to the device and installed. That takes some ` +
+                    "minutes, during which no page can be used. Do not switch the device off.";
+            },
+            go: () => "Load firmware",
+        },
+        {
+            button: "#cfg_rbt_reboot",
+            title: "Reboot the device?",
+            text: () => "All its connections are interrupted, and it is away for a minute or two.",
+            go: () => "Reboot now",
+        },
+        {
+            button: "#btn_asn[value='Reboot to take effect'], [name='Reboot']",
+            title: "Reboot the device?",
+            text: () => "All its connections are interrupted, and it is away for a minute or two.",
+            go: () => "Reboot now",
+        },
+        {
+            button: "#id_save",
+            title: "Change the regulatory domain?",
+            text: (form) => `The new domain is ${chosen(form, "id_domain")}. A module takes such a change ten times in its life.`,
+            go: () => "Change domain",
+        },
+        {
+            button: "#status_ntp_manual_sync",
+            title: "Jump the system time?",
+            text: () =>
+                "The clock is set at once, forwards or backwards. Whatever goes by it (logs, certificates, " +
+                "measurements) sees a leap.",
+            go: () => "Jump system time",
+        },
+        {
+            button: ".forwarding_form [name='delete']",
+            title: "Delete this rule?",
+            text: (form, button) => `${button.dataset.what ?? "The rule"} is no longer forwarded, at once.`,
+            go: (form, button) => "Delete " + (button.dataset.what ?? "rule"),
+        },
+    ];
+
+    const confirmed = new WeakSet();
+
+    function element(name, text, properties) {
+        return Object.assign(document.createElement(name), { textContent: text, ...properties });
+    }
+
+    /** Shows the question, and calls `proceed` when it is answered with yes. */
+    function ask(title, text, go, proceed) {
+        const dialog = element("dialog", "", { className: "question" });
+        const answer = (yes) => () => {
+            dialog.close();
+            dialog.remove();
+            if (yes) {
+                proceed();
+            }
+        };
+        const cancel = element("button", "Cancel", { type: "button", className: "cancel", onclick: answer(false) });
+        const yes = element("button", go, { type: "button", className: "danger", onclick: answer(true) });
+        const heading = element("h2", title, { id: "question_title" });
+        const explanation = element("p", text, { id: "question_text" });
+        dialog.setAttribute("role", "alertdialog");
+        dialog.setAttribute("aria-labelledby", heading.id);
+        dialog.setAttribute("aria-describedby", explanation.id);
+        dialog.append(heading, explanation, cancel, yes);
+        dialog.oncancel = answer(false);
+        document.body.append(dialog);
+        dialog.showModal();
+        cancel.focus();
+    }
+
+    // Before all other listeners: what is not meant must not look as if it were under way.
+    document.addEventListener(
+        "submit",
+        function (event) {
+            const { target: form, submitter: button } = event;
+            const question = button && questions.find((known) => button.matches(known.button));
+            if (!question || confirmed.delete(form)) {
+                return;
+            }
+            event.preventDefault();
+            event.stopImmediatePropagation();
+            ask(question.title, question.text(form, button), question.go(form, button), function () {
+                confirmed.add(form);
+                form.requestSubmit(button);
+            });
+        },
+        true,
+    );
+
+    document.addEventListener("DOMContentLoaded", function () {
+        for (const { button } of questions) {
+            document.querySelectorAll(button).forEach((found) => found.classList.add("danger"));
+        }
+    });
+})();
