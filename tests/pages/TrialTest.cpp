@@ -1,25 +1,45 @@
 #include <filesystem>
 #include <memory>
 
-#include "tests/pages/support/OnTrial.h"
+#include "tests/pages/support/Page.h"
 
 namespace pages {
 
 namespace {
 
 constexpr char rule[] = "net/portfwd/tcp/08443/d_port";
+constexpr char address[] = "http://127.0.0.1:8095";
+constexpr char trialFile[] = "/tmp/trial/trial";
+constexpr char forwarding[] = "/config/network/port_forwarding";
 
-/// A service and a guard of the test's own, with trials of two seconds.
-class TrialTest : public OnTrial {
+/// A service and a guard of the test's own, with trials of two seconds, and a rule that is on trial when it
+/// is saved.
+class TrialTest : public testing::Test {
   protected:
-    TrialTest() : OnTrial("2") { StartService(); }
+    TrialTest() {
+        device::Shell("rm -rf /tmp/trial; mkdir /tmp/trial");
+        store.Set({{rule, none}, {"net/portfwd/tcp/08443/d_ip", none}});
+        StartService();
+    }
+
+    static Html AddRule() {
+        return Html(Browser(address)
+                        .Post(forwarding, {{"protocol", "tcp"},
+                                           {"sourcePort", "8443"},
+                                           {"destinationIP", "192.168.0.33"},
+                                           {"destinationPort", "443"},
+                                           {"add", "Add Row"}})
+                        .body);
+    }
 
     void StartService() {
         service = std::make_unique<device::Process>(configuration);
         browser = std::make_unique<Browser>(device::Up(address));
         device::TakeCommands();
     }
-    void StartGuard() { guard = std::make_unique<device::Process>(configuration, Strings(), guardProgram); }
+    void StartGuard() {
+        guard = std::make_unique<device::Process>(configuration, Strings(), "/usr/sbin/webconfig-guard");
+    }
 
     Html Press(std::string const &button) {
         return Html(browser->Post("/config/settings/history", {{"action", button}}).body);
@@ -29,6 +49,10 @@ class TrialTest : public OnTrial {
     bool Becomes(std::string const &state) { return device::WaitForText(trialFile, "state " + state); }
     static bool IsStored() { return device::Shell(std::string("prm get ") + rule + " 2>&1") == "443\n"; }
 
+    std::string const configuration = device::Configuration(
+        8095,
+        R"("history":{"file":"/tmp/trial/history.db"},"trial":{"file":"/tmp/trial/trial","seconds":2},)");
+    device::KeptStore const store;
     std::unique_ptr<device::Process> service;
     std::unique_ptr<device::Process> guard;
     std::unique_ptr<Browser> browser;

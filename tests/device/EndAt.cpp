@@ -1,6 +1,6 @@
 // Preloaded into a program, ends it right behind one of its system calls that change a file: the one whose
-// number, counted since then, is in the file that END_ARMED names. With END_DEVICE the power of the whole
-// device goes.
+// number, counted since then, is in the file that END_ARMED names; where "power" follows, the power of the
+// whole device goes.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -19,22 +20,24 @@ char const *Variable(char const *name) {
     return value ? value : "";
 }
 
-/// 0 where the file is not there, or empty still.
-long NumberIn(char const *path) {
-    int const file = ::open(path, O_RDONLY | O_CLOEXEC);
+/// Empty where the file is not there.
+std::array<char, 16> TextIn(char const *path) {
     std::array<char, 16> text{};
+    int const file = ::open(path, O_RDONLY | O_CLOEXEC);
     if (file < 0 || ::read(file, text.data(), text.size() - 1) < 0)
-        return 0;
+        return {};
     ::close(file);
-    return std::strtol(text.data(), nullptr, 10);
+    return text;
 }
 
 void Count() {
     static std::atomic<long> calls = 0;
-    long const last = NumberIn(Variable("END_ARMED"));
+    auto const armed = TextIn(Variable("END_ARMED"));
+    long const last = std::strtol(armed.data(), nullptr, 10);
     if (last == 0 || ++calls != last)
         return;
-    if (!*Variable("END_DEVICE"))
+    ::unlinkat(AT_FDCWD, Variable("END_ARMED"), 0);  // whoever is started again goes on
+    if (!std::strstr(armed.data(), "power"))
         ::kill(::getpid(), SIGKILL);
     ::kill(1, SIGPWR);
     ::raise(SIGSTOP);  // until the kill that reaches every process
