@@ -48,7 +48,7 @@ SAVES = 200
 SAVE_LIMIT = 10  # milliseconds that history and trial may add to a save
 
 CONFIGURATION = f"""
-server.document-root = "/var/www/webconfig"
+server.document-root = "/usr/share/webconfig/www"
 server.port = {PORT}
 server.bind = "127.0.0.1"
 server.modules = ( "mod_fastcgi" )

@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/main/CommandLine.h"
 
+#include <algorithm>
 #include <iostream>
 #include <string_view>
 
@@ -7,14 +8,18 @@ namespace webconfig {
 
 namespace {
 
+constexpr std::string_view endOfSwitches = "-U";
+
 constexpr char usage[] =
-    R"(Usage: webconfig [-c FILE] [--NAME=VALUE]... | --help | --version
+    R"(Usage: webconfig [-c FILE] [--NAME=VALUE]... [--check] | --help | --version
 
 Serves the web configuration of the device.
 
   -c FILE         the configuration, JSON; without it the file that the variable
                   CPPCMS_CONFIG names
   --a-b=VALUE     sets "a.b" of the configuration to another value
+  --check         looks whether the device has all that the service needs, a line for
+                  each, and ends: with status 1 where something is missing
 )";
 
 }  // namespace
@@ -26,7 +31,7 @@ void ShowUsage() {
 bool AnswersForItself(int argc, char *argv[]) {
     for (int i = 1; i < argc; ++i) {
         std::string_view const argument = argv[i];
-        if (argument == "-U")  // ends the switches
+        if (argument == endOfSwitches)
             break;
         if (argument == "-c") {
             ++i;
@@ -39,6 +44,16 @@ bool AnswersForItself(int argc, char *argv[]) {
         }
     }
     return false;
+}
+
+bool TakeCheck(int &argc, char *argv[]) {
+    char **const end = std::find(argv, argv + argc, endOfSwitches);
+    char **const found = std::find(argv, end, std::string_view("--check"));
+    if (found == end)
+        return false;
+    std::copy(found + 1, argv + argc + 1, found);  // with the null behind the last one
+    --argc;
+    return true;
 }
 
 }  // namespace webconfig

@@ -28,6 +28,7 @@
 #include "WebApps/webconfig/history/Configuration.h"
 #include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/history/Trial.h"
+#include "WebApps/webconfig/main/Check.h"
 #include "WebApps/webconfig/main/CommandLine.h"
 #include "WebApps/webconfig/main/StopSignals.h"
 #include "WebApps/webconfig/main/SystemLog.h"
@@ -207,11 +208,14 @@ void LogFatal(std::exception const &failure) {
 int main(int argc, char *argv[]) {
     if (AnswersForItself(argc, argv))
         return 0;
+    bool const check = TakeCheck(argc, argv);
     openlog("web", 0, LOG_DAEMON);
 #ifdef M_ARENA_MAX  // of the GNU C library
     mallopt(M_ARENA_MAX, heaps);
 #endif
     try {
+        if (check)
+            return CheckDevice(cppcms::service::load_settings(argc, argv), std::cout) == 0 ? 0 : 1;
         Run(argc, argv);
     } catch (std::exception const &failure) {
         std::cerr << "webconfig: " << failure.what() << '\n';

@@ -284,7 +284,7 @@ std::string Configuration(int port, std::string const &keys) {
            R"("webconfig":{)" +
            keys +
            R"("root":{"sync":"config","async":"status","rpc":"rpc"},)"
-           R"("media_root":"media","media_directory":"/var/www/webconfig/media"}})";
+           R"("media_root":"media","media_directory":"/usr/share/webconfig/www/media"}})";
 }
 
 }  // namespace pages::device
