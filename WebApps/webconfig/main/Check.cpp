@@ -54,7 +54,7 @@ constexpr Program programs[] = {
     {"route", "the network pages' status", !needed},
 };
 
-bool IsProgram(std::string const &path) {
+bool IsProgram(std::filesystem::path const &path) {
     return std::filesystem::is_regular_file(path) && ::access(path.c_str(), X_OK) == 0;
 }
 
@@ -62,7 +62,7 @@ bool IsInPath(std::string const &name) {
     char const *const path = std::getenv("PATH");
     std::istringstream folders(path ? path : "/usr/sbin:/usr/bin:/sbin:/bin");
     for (std::string folder; std::getline(folders, folder, ':');) {
-        if (IsProgram(folder + '/' + name))
+        if (IsProgram(std::filesystem::path(folder) / name))
             return true;
     }
     return false;
