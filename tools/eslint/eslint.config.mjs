@@ -8,6 +8,7 @@ const node = names("Buffer URL process setTimeout");
 
 /** What the scripts of the site offer to each other, to templates and to plug-ins. */
 const site = names(`
+    gettext ngettext
     ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
     CallStatus PollStatus PollBriefStatus ShowIn StatusSection StatusTable ShowReport
     ParseToolStatus ShowProgress
