@@ -18,6 +18,7 @@
 #include "WebApps/webconfig/security/Headers.h"
 #include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -42,6 +43,7 @@ void Base::Prepare(data::Base &content) {
     for (auto &menu : data::ReadMenus(settings().find(menusKey)))
         content.menus.push_back(std::move(menu));
 
+    content.language = util::Language();
     content.media_root = MediaRoot(settings());
     std::string const pluginMediaRoot = PluginMediaRoot(settings());
     content.plugin_media_root = pluginMediaRoot + '/' + _appVolumeName;
@@ -63,7 +65,7 @@ void Base::Prepare(data::BaseTabbed &content) {
 }
 
 void Base::PrepareMenus(std::vector<data::Menu> &menus) {
-    data::Menu settingsMenu("Settings");
+    data::Menu settingsMenu(util::Translatable("Settings"));
     for (auto const &page : settingsPages) {
         if (page.menu && page.IsOffered())
             settingsMenu << data::Menu(page.menu, std::string("/settings/") + page.name);
@@ -109,12 +111,12 @@ void Base::_NameWindow(cppcms::base_content &content) {
     if (!page || !settings().get("webconfig.show_device_name", false))
         return;
     page->device_name = util::Prm::GetString("net/hostname");
-    std::string outcome;
+    std::string outcome = page->title;
     if (HttpPost() && page->message.GetResultClass() == data::Message::ResultClass::Error)
-        outcome = "Error: ";
+        outcome = util::Translate("Error: {1}", page->title);
     else if (HttpPost() && page->message.GetResultClass() == data::Message::ResultClass::Ok)
-        outcome = "Saved: ";
-    page->branding.window_text = outcome + page->title + " \u2013 " + page->device_name;
+        outcome = util::Translate("Saved: {1}", page->title);
+    page->branding.window_text = outcome + " \u2013 " + page->device_name;
 }
 
 bool Base::HttpGet() {

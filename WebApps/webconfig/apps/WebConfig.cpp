@@ -1,5 +1,6 @@
 #include "WebApps/webconfig/apps/WebConfig.h"
 
+#include <cppcms/http_context.h>
 #include <cppcms/http_request.h>
 #include <cppcms/http_response.h>
 #include <cppcms/json.h>
@@ -7,6 +8,7 @@
 #include <cppcms/url_dispatcher.h>
 #include <cppcms/url_mapper.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -18,7 +20,9 @@
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/security/Audit.h"
+#include "WebApps/webconfig/settings/Languages.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -49,6 +53,11 @@ WebConfig::WebConfig(cppcms::service &service) : cppcms::application(service) {
 
 void WebConfig::main(std::string url) {
     security::AuditedRequest const audited(*this);
+    std::string language = settings::StoredLanguage();
+    if (!language.empty())
+        context().locale(language + ".UTF-8");
+    std::replace(language.begin(), language.end(), '_', '-');
+    util::Speaking const speaking(context().locale(), language);
     std::optional<Saving> saving;
     if (request().request_method() == "POST") {
         saving.emplace(service());

@@ -10,6 +10,7 @@
 #include "WebApps/webconfig/forms/AdvancedAdministration.h"
 #include "WebApps/webconfig/forms/AdvancedDownloads.h"
 #include "WebApps/webconfig/forms/AdvancedPassword.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::data {
 
@@ -19,8 +20,8 @@ struct Advanced : public BaseTabbed {
     std::string log_partition;
     std::string data_partition;
     forms::AdvancedAdministration administration;
-    forms::AdvancedPassword web_password{"Web"};
-    forms::AdvancedPassword root_password{"Root"};
+    forms::AdvancedPassword web_password{"Web", util::Translatable("Save Web Password")};
+    forms::AdvancedPassword root_password{"Root", util::Translatable("Save Root Password")};
     forms::AdvancedConfiguration configuration;
     bool can_restore = false;                // where the configuration asks for it
     std::optional<AdvancedRestore> restore;  // where a backup was uploaded

@@ -11,7 +11,7 @@ namespace webconfig::data {
 /// What a backup would change, before it does.
 struct AdvancedRestore {
     struct Group {
-        char const *title;
+        std::string title;
         std::vector<ChangedSetting> changes;
     };
 

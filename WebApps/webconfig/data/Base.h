@@ -18,6 +18,7 @@ struct Base : public cppcms::base_content {
     using Branding = util::Branding;
 
     Branding branding;              // from the settings below "webconfig.branding", or a plug-in
+    std::string language;           // as HTML names it, where it is not English
     std::string media_root;         // URL prefix of "/css", "/js" and "/images"
     std::string plugin_media_root;  // plug-in media URL of the application
     Message message;

@@ -74,7 +74,7 @@ std::string ClockText(std::time_t time) {
 ChangedSetting Described(history::Change const &change) {
     ChangedSetting described;
     auto const *const setting = settings::Find(change.key);
-    described.label = settings::LabelOf(change.key);
+    described.label = settings::ShownLabelOf(change.key);
     described.secret = setting && setting->kind == settings::Kind::Secret;
     if (described.secret)
         return described;

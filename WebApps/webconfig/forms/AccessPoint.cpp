@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
@@ -14,7 +15,7 @@ AccessPoint::AccessPoint() {
     add(country);
 
     SetUp(security, "apSecurity", "ap_security", "Security Type");
-    security.add("WPA/WPA2 - Personal", "wpa");
+    security.add(util::Translate("WPA/WPA2 - Personal"), "wpa");
     security.selected_id("wpa");
     add(security);
 

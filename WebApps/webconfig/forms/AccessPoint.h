@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/forms/Base.h"
 #include "WebApps/webconfig/forms/WifiCountry.h"
+#include "WebApps/webconfig/widgets/Button.h"
 #include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
@@ -19,7 +20,7 @@ class AccessPoint : public Base {
     cppcms::widgets::select security;
     cppcms::widgets::text ssid;
     widgets::Secret<cppcms::widgets::password> passPhrase;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 }  // namespace webconfig::forms

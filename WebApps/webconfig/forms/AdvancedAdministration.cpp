@@ -1,8 +1,12 @@
 #include "WebApps/webconfig/forms/AdvancedAdministration.h"
 
 #include "WebApps/webconfig/forms/SetUp.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
+
+using util::Translatable;
+using util::Translate;
 
 AdvancedAdministration::AdvancedAdministration() {
     struct {
@@ -10,11 +14,11 @@ AdvancedAdministration::AdvancedAdministration() {
         char const *name;
         char const *message;
     } const switches[] = {
-        {remoteSsh, "remoteSshEnabled", "Enable remote SSH (password)"},
-        {remoteWeb, "remoteWebEnabled", "Enable remote web access (password)"},
-        {remotePing, "remoteIcmpEnabled", "Enable remote ICMP (ping)"},
-        {persistentLog, "persistentSysLog", "Enable persistent system log"},
-        {cellularDebug, "gsmDebug", "Enable Cellular debug log"},
+        {remoteSsh, "remoteSshEnabled", Translatable("Enable remote SSH (password)")},
+        {remoteWeb, "remoteWebEnabled", Translatable("Enable remote web access (password)")},
+        {remotePing, "remoteIcmpEnabled", Translatable("Enable remote ICMP (ping)")},
+        {persistentLog, "persistentSysLog", Translatable("Enable persistent system log")},
+        {cellularDebug, "gsmDebug", Translatable("Enable Cellular debug log")},
     };
     for (auto const &entry : switches) {
         SetUp(entry.widget, entry.name, noId, entry.message);
@@ -25,8 +29,8 @@ AdvancedAdministration::AdvancedAdministration() {
     add(save);
 
     SetUp(eraseType, "eraseType", noId);
-    eraseType.add("Application", "erase_sensors");
-    eraseType.add("All (requires reboot)", "erase_all");
+    eraseType.add(Translate("Application"), "erase_sensors");
+    eraseType.add(Translate("All (requires reboot)"), "erase_all");
     add(eraseType);
 
     SetUpSubmit(erase, "submit", noId, "Erase", "Erase persistent configuration");
@@ -34,8 +38,8 @@ AdvancedAdministration::AdvancedAdministration() {
     add(erase);
 
     SetUp(partition, "eraseWhich", noId);
-    partition.add("Log Partition", "erase_log");
-    partition.add("Data Partition", "erase_data");
+    partition.add(Translate("Log Partition"), "erase_log");
+    partition.add(Translate("Data Partition"), "erase_data");
     add(partition);
 
     SetUpSubmit(erasePartition, "submit", noId, "ErasePartition");

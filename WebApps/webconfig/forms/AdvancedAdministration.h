@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -14,11 +15,11 @@ class AdvancedAdministration : public Base {
     cppcms::widgets::checkbox remotePing;
     cppcms::widgets::checkbox persistentLog;
     cppcms::widgets::checkbox cellularDebug;
-    cppcms::widgets::submit save;
+    widgets::Button save;
     cppcms::widgets::select eraseType;
-    cppcms::widgets::submit erase;
+    widgets::Button erase;
     cppcms::widgets::select partition;
-    cppcms::widgets::submit erasePartition;
+    widgets::Button erasePartition;
 };
 
 }  // namespace webconfig::forms

@@ -2,10 +2,13 @@
 
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
 namespace {
+
+using util::Translatable;
 
 constexpr unsigned maxText = 64;
 
@@ -14,9 +17,11 @@ struct Option {
     char const *text;
 };
 constexpr Option options[] = {
-    {"", "All events"},        {"login", "Log-ins"},  {"setting", "Settings"},
-    {"password", "Passwords"}, {"upload", "Uploads"}, {"firmware", "Firmware"},
-    {"download", "Downloads"}, {"erase", "Erasing"},  {"reboot", "Reboots"},
+    {"", Translatable("All events")},        {"login", Translatable("Log-ins")},
+    {"setting", Translatable("Settings")},   {"password", Translatable("Passwords")},
+    {"upload", Translatable("Uploads")},     {"firmware", Translatable("Firmware")},
+    {"download", Translatable("Downloads")}, {"erase", Translatable("Erasing")},
+    {"reboot", Translatable("Reboots")},
 };
 
 }  // namespace
@@ -24,7 +29,7 @@ constexpr Option options[] = {
 AdvancedAudit::AdvancedAudit() {
     SetUp(event, "auditEvent", "cfg_adv_audit_event", "Event");
     for (auto const &option : options)
-        event.add(option.text, option.event);
+        event.add(util::Translate(option.text), option.event);
     event.selected(0);
     add(event);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -11,7 +12,7 @@ class AdvancedAudit : public Base {
 
     cppcms::widgets::select event;  // its first option, with an empty id, is all of them
     cppcms::widgets::text text;
-    cppcms::widgets::submit show;
+    widgets::Button show;
 };
 
 }  // namespace webconfig::forms

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -10,7 +11,7 @@ class AdvancedCertificate : public Base {
     AdvancedCertificate();
 
     cppcms::widgets::file file;
-    cppcms::widgets::submit install;
+    widgets::Button install;
 };
 
 }  // namespace webconfig::forms

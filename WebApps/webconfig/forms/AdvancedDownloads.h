@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -12,24 +13,24 @@ class AdvancedConfiguration : public Base {
 
     void EnableRestore();
 
-    cppcms::widgets::submit backup;
+    widgets::Button backup;
     cppcms::widgets::file file;
     cppcms::widgets::checkbox reboot;
-    cppcms::widgets::submit restore;
+    widgets::Button restore;
 };
 
 class AdvancedSyslog : public Base {
   public:
     AdvancedSyslog();
 
-    cppcms::widgets::submit download;
+    widgets::Button download;
 };
 
 class AdvancedDeployerLog : public Base {
   public:
     AdvancedDeployerLog();
 
-    cppcms::widgets::submit download;
+    widgets::Button download;
 };
 
 }  // namespace webconfig::forms

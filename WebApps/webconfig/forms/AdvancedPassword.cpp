@@ -5,7 +5,7 @@
 
 namespace webconfig::forms {
 
-AdvancedPassword::AdvancedPassword(std::string const &word) {
+AdvancedPassword::AdvancedPassword(std::string const &word, std::string const &caption) {
     SetUp(password, "password" + word, "cfg_adv_passwd_" + word, "New Password");
     util::validation::Limit(password, settings::Row("webman/digest/admin"));
     add(password);
@@ -14,7 +14,7 @@ AdvancedPassword::AdvancedPassword(std::string const &word) {
     util::validation::Limit(confirmation, settings::Row("webman/digest/admin"));
     add(confirmation);
 
-    SetUpSubmit(save, "submit", noId, "Save " + word + " Password");
+    SetUpSubmit(save, "submit", noId, caption);
     add(save);
 }
 

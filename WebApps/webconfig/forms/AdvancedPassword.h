@@ -3,6 +3,7 @@
 #include <string>
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -10,7 +11,7 @@ namespace webconfig::forms {
 class AdvancedPassword : public Base {
   public:
     /// \a word says whose password it is: "Web" or "Root". It is part of names, ids and captions.
-    explicit AdvancedPassword(std::string const &word);
+    AdvancedPassword(std::string const &word, std::string const &caption);
 
     /// Whether both entries are empty, once the form is loaded.
     bool IsEmpty();
@@ -19,7 +20,7 @@ class AdvancedPassword : public Base {
 
     cppcms::widgets::text password;
     cppcms::widgets::text confirmation;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 }  // namespace webconfig::forms

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -14,8 +15,8 @@ class AdvancedRestore : public Base {
     cppcms::widgets::hidden name;    // its name,
     cppcms::widgets::hidden format;  // and as what it is read, where there are two ways
     cppcms::widgets::checkbox reboot;
-    cppcms::widgets::submit apply;
-    cppcms::widgets::submit discard;
+    widgets::Button apply;
+    widgets::Button discard;
 };
 
 }  // namespace webconfig::forms

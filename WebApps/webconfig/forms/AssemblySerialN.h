@@ -1,6 +1,8 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/util/Translate.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -13,11 +15,11 @@ class AssemblySerialN : public Base {
 
     cppcms::widgets::text current;
     cppcms::widgets::text next;
-    cppcms::widgets::submit button;
+    widgets::Button button;
 };
 
 /// Captions of the button, which tell what was pressed.
-inline constexpr char saveSerialNumber[] = "Save";
-inline constexpr char rebootForSerialNumber[] = "Reboot to take effect";
+inline constexpr char const *saveSerialNumber = util::Translatable("Save");
+inline constexpr char const *rebootForSerialNumber = util::Translatable("Reboot to take effect");
 
 }  // namespace webconfig::forms

@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/forms/Validation.h"
 #include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/util/Strings.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
@@ -17,7 +18,7 @@ bool HasRefusedControls(cppcms::widgets::base_widget &widget) {
 }
 
 std::string NameOf(cppcms::widgets::base_widget &widget) {
-    return widget.has_message() ? widget.message().str() : widget.name();
+    return widget.has_message() ? widget.message().str(util::Locale()) : widget.name();
 }
 
 }  // namespace
@@ -29,7 +30,8 @@ bool Base::validate() {
         if (HasRefusedControls(widget)) {
             valid = false;
             util::validation::Refuse(
-                widget, '"' + NameOf(widget) + "\" must not have line ends or control characters");
+                widget,
+                util::Translate("\"{1}\" must not have line ends or control characters", NameOf(widget)));
         } else if (!valid) {
             util::validation::AddClass(widget, util::validation::errorClass);
         }

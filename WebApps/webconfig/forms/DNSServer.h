@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -13,7 +14,7 @@ class DNSServer : public Base {
     cppcms::widgets::text dnsServer1;
     cppcms::widgets::text dnsSuffix;
     cppcms::widgets::checkbox isAppend;
-    cppcms::widgets::submit saveButton;
+    widgets::Button saveButton;
 };
 
 }  // namespace webconfig::forms

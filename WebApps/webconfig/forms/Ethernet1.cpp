@@ -5,16 +5,18 @@
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
 #include "WebApps/webconfig/settings/Rules.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
 namespace {
 
-constexpr char invalidAddress[] = "Invalid IP address";
+constexpr char const *invalidAddress = util::Translatable("Invalid IP address");
 
 /// Bit i of a speed mask is the speed i.
-constexpr char const *speeds[] = {"10Mbs Half duplex", "10Mbs Full duplex", "100Mbs Half duplex",
-                                  "100Mbs Full duplex"};
+constexpr char const *speeds[] = {
+    util::Translatable("10Mbs Half duplex"), util::Translatable("10Mbs Full duplex"),
+    util::Translatable("100Mbs Half duplex"), util::Translatable("100Mbs Full duplex")};
 
 }  // namespace
 
@@ -52,7 +54,7 @@ Ethernet1::Ethernet1() {
 
 void Ethernet1::AddSpeeds(unsigned mask) {
     for (unsigned bit = 0; bit < std::size(speeds); ++bit)
-        speedsAvailable.add(std::string(speeds[bit]), (mask >> bit & 1U) != 0);
+        speedsAvailable.add(util::Translate(speeds[bit]), (mask >> bit & 1U) != 0);
 }
 
 unsigned Ethernet1::SpeedMask() {

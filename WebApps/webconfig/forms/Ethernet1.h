@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/forms/Base.h"
 #include "WebApps/webconfig/settings/Rules.h"
+#include "WebApps/webconfig/widgets/Button.h"
 #include "WebApps/webconfig/widgets/IpAddress.h"
 
 namespace webconfig::forms {
@@ -26,7 +27,7 @@ class Ethernet1 : public Base {
     cppcms::widgets::select netmask;
     widgets::IpAddress gateway;
     cppcms::widgets::select_multiple speedsAvailable;
-    cppcms::widgets::submit saveButton;
+    widgets::Button saveButton;
 };
 
 }  // namespace webconfig::forms

@@ -4,6 +4,7 @@
 
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
@@ -13,7 +14,8 @@ constexpr long long minSize = 1;
 constexpr long long maxSize = 300LL << 20;  // bytes
 constexpr char imageNames[] = ".*\\.(bin|itb)";
 constexpr char imageMagic[] = "\xD0\x0D\xFE\xED";  // of a flattened device tree
-constexpr char notAnImage[] = "This is not a firmware image; its name ends in .bin or .itb";
+constexpr char const *notAnImage =
+    util::Translatable("This is not a firmware image; its name ends in .bin or .itb");
 
 }  // namespace
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -13,7 +14,7 @@ class Firmware : public Base {
     bool validate() override;
 
     cppcms::widgets::file file;
-    cppcms::widgets::submit load;
+    widgets::Button load;
 };
 
 }  // namespace webconfig::forms

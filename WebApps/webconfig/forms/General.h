@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -10,7 +11,7 @@ class General : public Base {
 
     cppcms::widgets::text deviceName;
     cppcms::widgets::select language;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 }  // namespace webconfig::forms

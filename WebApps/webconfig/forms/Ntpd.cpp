@@ -3,6 +3,7 @@
 #include <string>
 
 #include "WebApps/webconfig/forms/SetUp.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
@@ -12,7 +13,8 @@ Ntpd::Ntpd() {
 
     for (std::size_t i = 0; i < servers.size(); ++i) {
         std::string const number = std::to_string(i);
-        SetUp(servers[i], "server" + number, "cfg_ntpd_server" + number, "Server " + number + " Address");
+        SetUp(servers[i], "server" + number, "cfg_ntpd_server" + number,
+              util::Translate("Server {1} Address", number));
         add(servers[i]);
     }
 

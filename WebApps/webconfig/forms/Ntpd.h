@@ -3,6 +3,7 @@
 #include <array>
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -13,7 +14,7 @@ class Ntpd : public Base {
 
     cppcms::widgets::checkbox ntpdEnabled;
     std::array<cppcms::widgets::text, 4> servers;
-    cppcms::widgets::submit submit;
+    widgets::Button submit;
 };
 
 /// The button of the status tab that sets the clock at once.
@@ -21,7 +22,7 @@ class NtpManualSync : public Base {
   public:
     NtpManualSync();
 
-    cppcms::widgets::submit submit;
+    widgets::Button submit;
 };
 
 }  // namespace webconfig::forms

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -12,7 +13,7 @@ class OpenVPN : public Base {
     OpenVPN();
 
     cppcms::widgets::checkbox enabled;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 /// Upload of a client configuration.
@@ -23,7 +24,7 @@ class OpenVPNFileConfiguration : public Base {
     void Disable();
 
     cppcms::widgets::file file;
-    cppcms::widgets::submit upload;
+    widgets::Button upload;
 };
 
 /// A client configuration from a provisioning server.
@@ -37,7 +38,7 @@ class OpenVPNRemoteConfiguration : public Base {
     cppcms::widgets::text server;
     cppcms::widgets::text oneTimeCode;
     cppcms::widgets::text deviceId;
-    cppcms::widgets::submit submit;
+    widgets::Button submit;
 };
 
 }  // namespace webconfig::forms

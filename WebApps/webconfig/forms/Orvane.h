@@ -3,6 +3,7 @@
 #include <string>
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -12,7 +13,7 @@ class OrvaneConfig : public Base {
     OrvaneConfig();
 
     cppcms::widgets::checkbox enabled;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 /// The site server that is reached over one path.
@@ -26,7 +27,7 @@ class Orvane : public Base {
 
     cppcms::widgets::text server;
     cppcms::widgets::numeric<int> port;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 }  // namespace webconfig::forms

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 #include "WebApps/webconfig/widgets/IpAddress.h"
 #include "WebApps/webconfig/widgets/Port.h"
 
@@ -26,7 +27,7 @@ class PortForwardingAddRule : public PortForwardingRule {
   public:
     PortForwardingAddRule();
 
-    cppcms::widgets::submit addButton;
+    widgets::Button addButton;
 };
 
 /// An open rule: beside each input the hidden value that the rule had before.
@@ -41,8 +42,8 @@ class PortForwardingEditRule : public PortForwardingRule {
     cppcms::widgets::hidden sourcePortOld;
     cppcms::widgets::hidden destinationIPOld;
     cppcms::widgets::hidden destinationPortOld;
-    cppcms::widgets::submit saveButton;
-    cppcms::widgets::submit cancelButton;
+    widgets::Button saveButton;
+    widgets::Button cancelButton;
 };
 
 /// State of the page.

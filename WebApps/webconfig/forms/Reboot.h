@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 
 namespace webconfig::forms {
 
@@ -8,7 +9,7 @@ class Reboot : public Base {
   public:
     Reboot();
 
-    cppcms::widgets::submit reboot;
+    widgets::Button reboot;
 };
 
 }  // namespace webconfig::forms

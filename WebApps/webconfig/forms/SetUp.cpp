@@ -13,7 +13,7 @@ void SetUp(cppcms::widgets::base_widget &widget, std::string const &name, std::s
     widget.message(label);
 }
 
-void SetUpSubmit(cppcms::widgets::submit &button, std::string const &name, std::string const &id,
+void SetUpSubmit(widgets::Button &button, std::string const &name, std::string const &id,
                  std::string const &caption, std::string const &label) {
     SetUp(button, name, id);
     button.value(caption);

@@ -4,25 +4,26 @@
 
 #include <utility>
 
+#include "WebApps/webconfig/settings/Languages.h"
+#include "WebApps/webconfig/util/Translate.h"
+
 namespace webconfig::util::validation {
 
 void Length(cppcms::widgets::text &widget, unsigned min, unsigned max) {
     widget.limits(static_cast<int>(min), static_cast<int>(max));
-    widget.error_message("Invalid length; minimum " + std::to_string(min) + ", maximum " +
-                         std::to_string(max));
+    widget.error_message(util::Translate("Invalid length; minimum {1}, maximum {2}", min, max));
 }
 
 void Length(cppcms::widgets::file &widget, unsigned min, unsigned max) {
     widget.limits(static_cast<int>(min), static_cast<int>(max));
     widget.non_empty();
-    widget.error_message("Invalid file length; minimum " + std::to_string(min) + ", maximum " +
-                         std::to_string(max) + " bytes.");
+    widget.error_message(util::Translate("Invalid file length; minimum {1}, maximum {2} bytes.", min, max));
 }
 
 void MinLength(cppcms::widgets::text &widget, unsigned min) {
     constexpr int unlimited = -1;
     widget.limits(static_cast<int>(min), unlimited);
-    widget.error_message("Invalid length; minimum " + std::to_string(min));
+    widget.error_message(util::Translate("Invalid length; minimum {1}", min));
 }
 
 void Limit(cppcms::widgets::text &widget, settings::Setting const &setting) {
@@ -39,13 +40,12 @@ void Limit(cppcms::widgets::numeric<int> &widget, settings::Setting const &setti
     auto const [least, most] = std::pair(setting.limits.least, setting.limits.most);
     widget.range(static_cast<int>(least), static_cast<int>(most));
     // With two blanks: translations are found by the whole text.
-    widget.error_message("Invalid range;  minimum " + std::to_string(least) + ", maximum " +
-                         std::to_string(most));
+    widget.error_message(util::Translate("Invalid range;  minimum {1}, maximum {2}", least, most));
 }
 
 void Limit(cppcms::widgets::select &widget, settings::Setting const &setting) {
-    for (auto const &choice : setting.limits.choices)
-        widget.add(choice.label, choice.value);
+    for (auto const &choice : settings::ChoicesOf(setting))
+        widget.add(util::Translate(choice.label), choice.value);
     if (setting.limits.least > 0)
         NonEmpty(widget);
 }
@@ -55,7 +55,7 @@ bool IsName(cppcms::widgets::text &widget, settings::Setting const &setting) {
     auto const length = static_cast<long>(widget.value().size());
     if (length >= least && length <= most)
         return widget.valid();
-    Refuse(widget, "Invalid length; minimum " + std::to_string(least) + ", maximum " + std::to_string(most));
+    Refuse(widget, util::Translate("Invalid length; minimum {1}, maximum {2}", least, most));
     return false;
 }
 

@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/forms/InlineAttribute.h"
 #include "WebApps/webconfig/forms/SetUp.h"
 #include "WebApps/webconfig/forms/Validation.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
@@ -17,7 +18,7 @@ Wlan::Wlan() {
 
     SetUp(security, "wlanSecurity", "wlan_security", "Security Type");
     for (auto const &choice : settings::Row("net/wifi/client/security").limits.choices)
-        security.add(choice.label, choice.value);
+        security.add(util::Translate(choice.label), choice.value);
     security.error_message("This field is required");
     SetInlineAttribute(security, onSecurityChange);
     add(security);

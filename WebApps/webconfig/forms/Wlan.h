@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/forms/Base.h"
 #include "WebApps/webconfig/forms/WifiCountry.h"
+#include "WebApps/webconfig/widgets/Button.h"
 #include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
@@ -20,7 +21,7 @@ class Wlan : public Base {
     cppcms::widgets::text identity;
     widgets::Secret<cppcms::widgets::password> passPhrase;
     cppcms::widgets::checkbox mobile;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 }  // namespace webconfig::forms

@@ -35,6 +35,7 @@
 #include "WebApps/webconfig/security/Audit.h"
 #include "WebApps/webconfig/security/FrameworkSettings.h"
 #include "WebApps/webconfig/security/Policy.h"
+#include "WebApps/webconfig/settings/Languages.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -72,6 +73,7 @@ void ResetLog() {
 void MountPages(cppcms::service &service) {
     // Here, once, a slip in them is told: later each page would fail.
     data::ReadMenus(service.settings().find("webconfig.menus"));
+    settings::OfferLanguages(service.settings().find("webconfig.languages"));
     auto const root = service.settings().get<std::string>("webconfig.root.sync");
     service.applications_pool().mount(PoolOf<apps::WebConfig>(), cppcms::mount_point('/' + root + "(.*)", 1));
     if (service.settings().get("service.api", "") == "http")

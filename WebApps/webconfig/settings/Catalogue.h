@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "WebApps/webconfig/util/Translate.h"
+
 /// The table of settings: all that the pages write to the parameter store. Handlers take their keys from it,
 /// forms and machines' calls its limits; history and undo read what a setting is called and what puts it
 /// into effect.
@@ -53,7 +55,7 @@ enum class Effect {
 
 struct Setting {
     std::string_view key;  ///< where a part of it is "*", any text without a slash may stand
-    char const *label;     ///< what people call it; "*" is the key's
+    char const *label;     ///< what people call it, in English; "*" is the key's
     char const *page;      ///< the address of its page below the site's root
     Kind kind = Kind::Text;
     Effect effect = Effect::None;
@@ -61,15 +63,21 @@ struct Setting {
     Limits limits = {};
 };
 
+using util::Translatable;
+
 // The columns of the table below.
 inline constexpr bool reach = true;
 inline constexpr Choice languages[] = {{"English", ""}};
-inline constexpr Choice addressModes[] = {{"Static", "static"}, {"DHCP", "dhcp"}};
-inline constexpr Choice cellularFunctions[] = {{"Off", "none"}, {"On", "gprs_dialup"}};
-inline constexpr Choice radioTechnologies[] = {{"GSM/UMTS", "GSM"}};
-inline constexpr Choice carriers[] = {{"Verizon", "verizon"}, {"Sprint", "sprint"}, {"Custom", "custom"}};
-inline constexpr Choice wlanSecurities[] = {
-    {"None", "none"}, {"WPA/WPA2 - Personal", "wpa"}, {"WPA/WPA2 - Enterprise", "wpa_eap"}};
+inline constexpr Choice addressModes[] = {{Translatable("Static"), "static"}, {Translatable("DHCP"), "dhcp"}};
+inline constexpr Choice cellularFunctions[] = {{Translatable("Off"), "none"},
+                                               {Translatable("On"), "gprs_dialup"}};
+inline constexpr Choice radioTechnologies[] = {{Translatable("GSM/UMTS"), "GSM"}};
+inline constexpr Choice carriers[] = {{Translatable("Verizon"), "verizon"},
+                                      {Translatable("Sprint"), "sprint"},
+                                      {Translatable("Custom"), "custom"}};
+inline constexpr Choice wlanSecurities[] = {{Translatable("None"), "none"},
+                                            {Translatable("WPA/WPA2 - Personal"), "wpa"},
+                                            {Translatable("WPA/WPA2 - Enterprise"), "wpa_eap"}};
 inline constexpr std::string_view simTypes = "kpn att";
 /// In the place of parts: the five digits of a port.
 inline constexpr std::string_view fiveDigits = "00000";
@@ -110,93 +118,114 @@ inline constexpr char regulatory[] = "/regulatory/wifi";
 inline constexpr char machines[] = "machines";  // no page, but who calls the methods of docs/api.md
 
 inline constexpr Setting catalogue[] = {
-    {"net/hostname", "Device name", general, Kind::Text, Effect::None, !reach, deviceName},
-    {"language", "Language", general, Kind::Choice, Effect::None, !reach, language},
+    {"net/hostname", Translatable("Device name"), general, Kind::Text, Effect::None, !reach, deviceName},
+    {"language", Translatable("Language"), general, Kind::Choice, Effect::None, !reach, language},
 
-    {"net/lan_addr_mode", "Address mode", ethernet, Kind::Choice, Effect::Restart, reach, addressMode},
-    {"net/lan_ipaddr", "IP address", ethernet, Kind::Address, Effect::Restart, reach, required},
-    {"net/lan_netmask", "Netmask", ethernet, Kind::Netmask, Effect::Restart, reach, netmask},
-    {"net/lan_gateway", "Gateway", ethernet, Kind::Address, Effect::Restart, reach, required},
-    {"net/lan_advertise_speed", "Available speeds", ethernet, Kind::Number, Effect::Restart, reach,
-     speedMask},
+    {"net/lan_addr_mode", Translatable("Address mode"), ethernet, Kind::Choice, Effect::Restart, reach,
+     addressMode},
+    {"net/lan_ipaddr", Translatable("IP address"), ethernet, Kind::Address, Effect::Restart, reach, required},
+    {"net/lan_netmask", Translatable("Netmask"), ethernet, Kind::Netmask, Effect::Restart, reach, netmask},
+    {"net/lan_gateway", Translatable("Gateway"), ethernet, Kind::Address, Effect::Restart, reach, required},
+    {"net/lan_advertise_speed", Translatable("Available speeds"), ethernet, Kind::Number, Effect::Restart,
+     reach, speedMask},
 
-    {"net/lan_dns1", "Preferred DNS server", dns, Kind::Text, Effect::Restart},
-    {"net/lan_dns2", "Alternate DNS server", dns, Kind::Text, Effect::Restart},
-    {"net/lan_dns_suffix", "DNS suffix", dns, Kind::Text, Effect::Restart},
-    {"net/lan_dns_is_append", "Append to system DNS configuration", dns, Kind::Switch, Effect::Restart},
+    {"net/lan_dns1", Translatable("Preferred DNS server"), dns, Kind::Text, Effect::Restart},
+    {"net/lan_dns2", Translatable("Alternate DNS server"), dns, Kind::Text, Effect::Restart},
+    {"net/lan_dns_suffix", Translatable("DNS suffix"), dns, Kind::Text, Effect::Restart},
+    {"net/lan_dns_is_append", Translatable("Append to system DNS configuration"), dns, Kind::Switch,
+     Effect::Restart},
 
-    {"net/openvpn/enabled", "OpenVPN enabled", vpn, Kind::Switch, Effect::None, reach},
-    {"net/openvpn/client_ovpn", "OpenVPN configuration", vpn, Kind::File, Effect::None, reach},
+    {"net/openvpn/enabled", Translatable("OpenVPN enabled"), vpn, Kind::Switch, Effect::None, reach},
+    {"net/openvpn/client_ovpn", Translatable("OpenVPN configuration"), vpn, Kind::File, Effect::None, reach},
 
-    {"tern/enabled", "Orvane enabled", site, Kind::Switch, Effect::SiteServer},
-    {"tern/*/server", "Site server (*)", site, Kind::Text, Effect::None, !reach, siteServer},
-    {"tern/*/ipport", "Site server's port (*)", site, Kind::Number, Effect::None, !reach, sitePort},
+    {"tern/enabled", Translatable("Orvane enabled"), site, Kind::Switch, Effect::SiteServer},
+    {"tern/*/server", Translatable("Site server (*)"), site, Kind::Text, Effect::None, !reach, siteServer},
+    {"tern/*/ipport", Translatable("Site server's port (*)"), site, Kind::Number, Effect::None, !reach,
+     sitePort},
 
-    {"net/portfwd/tcp/*/d_ip", "TCP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding, reach,
-     forwardedAddress},
-    {"net/portfwd/tcp/*/d_port", "TCP * forwarded to port", forwarding, Kind::Port, Effect::PortForwarding,
-     reach, forwardedPort},
-    {"net/portfwd/udp/*/d_ip", "UDP * forwarded to", forwarding, Kind::Address, Effect::PortForwarding, reach,
-     forwardedAddress},
-    {"net/portfwd/udp/*/d_port", "UDP * forwarded to port", forwarding, Kind::Port, Effect::PortForwarding,
-     reach, forwardedPort},
+    {"net/portfwd/tcp/*/d_ip", Translatable("TCP * forwarded to"), forwarding, Kind::Address,
+     Effect::PortForwarding, reach, forwardedAddress},
+    {"net/portfwd/tcp/*/d_port", Translatable("TCP * forwarded to port"), forwarding, Kind::Port,
+     Effect::PortForwarding, reach, forwardedPort},
+    {"net/portfwd/udp/*/d_ip", Translatable("UDP * forwarded to"), forwarding, Kind::Address,
+     Effect::PortForwarding, reach, forwardedAddress},
+    {"net/portfwd/udp/*/d_port", Translatable("UDP * forwarded to port"), forwarding, Kind::Port,
+     Effect::PortForwarding, reach, forwardedPort},
 
-    {"serial/port/gprs/function", "Cellular port", cellular, Kind::Choice, Effect::None, !reach,
+    {"serial/port/gprs/function", Translatable("Cellular port"), cellular, Kind::Choice, Effect::None, !reach,
      cellularFunction},
-    {"cellular/radio_technology", "Radio technology", cellular, Kind::Choice, Effect::None, !reach,
-     radioTechnology},
-    {"cellular/allow_roaming", "Allow roaming", cellular, Kind::Switch},
-    {"cellular/check_ppp_receiving", "Reset on no data reception", cellular, Kind::Switch},
-    {"cellular/use_sim_pin", "Use SIM PIN", cellular, Kind::Switch},
-    {"cellular/sim_pin", "SIM PIN", cellular, Kind::Secret},
-    {"gprs/apn", "APN", cellular, Kind::Text, Effect::None, !reach, required},
-    {"gprs/username", "GPRS user", cellular},
-    {"gprs/password", "GPRS password", cellular, Kind::Secret},
-    {"gprs/*/apn", "APN (*)", cellular, Kind::Text, Effect::None, !reach, requiredOfSim},
-    {"gprs/*/username", "GPRS user (*)", cellular, Kind::Text, Effect::None, !reach, ofSim},
-    {"gprs/*/password", "GPRS password (*)", cellular, Kind::Secret, Effect::None, !reach, ofSim},
-    {"gprs/dial_command", "GPRS dial command", cellular, Kind::Text, Effect::None, !reach, required},
-    {"gprs/network/mode", "Preferred network", cellular, Kind::Text, Effect::None, !reach, required},
-    {"gprs/network/refresh", "Search for networks", cellular, Kind::Switch},
-    {"cdma/current_carrier", "CDMA carrier", cellular, Kind::Choice, Effect::None, !reach, carrier},
-    {"cdma/username", "CDMA user", cellular},
-    {"cdma/password", "CDMA password", cellular, Kind::Secret},
-    {"cdma/dial_command", "CDMA dial command", cellular, Kind::Text, Effect::None, !reach, required},
-    {"cdma/custom/activation_command", "CDMA activation command", cellular},
-    {"cdma/custom/activation_response", "CDMA activation response", cellular},
-    {"cdma/force_activation", "Force CDMA activation", cellular, Kind::Switch},
-
-    {"system/ntpd/enabled", "Allow ntpd", time, Kind::Switch, Effect::TimeServers},
-    {"system/ntpd/servers/*", "Time server *", time, Kind::Text, Effect::TimeServers, !reach, timeServer},
-
-    {"net/wifi/country", "Wi-Fi country", wlan, Kind::Text, Effect::WifiClient, !reach, required},
-    {"net/wifi/ap/enabled", "Access point enabled", accessPoint, Kind::Switch, Effect::AccessPoint, reach},
-    {"net/wifi/ap/channel", "Access point's channel", accessPoint, Kind::Text, Effect::AccessPoint, reach,
+    {"cellular/radio_technology", Translatable("Radio technology"), cellular, Kind::Choice, Effect::None,
+     !reach, radioTechnology},
+    {"cellular/allow_roaming", Translatable("Allow roaming"), cellular, Kind::Switch},
+    {"cellular/check_ppp_receiving", Translatable("Reset on no data reception"), cellular, Kind::Switch},
+    {"cellular/use_sim_pin", Translatable("Use SIM PIN"), cellular, Kind::Switch},
+    {"cellular/sim_pin", Translatable("SIM PIN"), cellular, Kind::Secret},
+    {"gprs/apn", Translatable("APN"), cellular, Kind::Text, Effect::None, !reach, required},
+    {"gprs/username", Translatable("GPRS user"), cellular},
+    {"gprs/password", Translatable("GPRS password"), cellular, Kind::Secret},
+    {"gprs/*/apn", Translatable("APN (*)"), cellular, Kind::Text, Effect::None, !reach, requiredOfSim},
+    {"gprs/*/username", Translatable("GPRS user (*)"), cellular, Kind::Text, Effect::None, !reach, ofSim},
+    {"gprs/*/password", Translatable("GPRS password (*)"), cellular, Kind::Secret, Effect::None, !reach,
+     ofSim},
+    {"gprs/dial_command", Translatable("GPRS dial command"), cellular, Kind::Text, Effect::None, !reach,
      required},
-    {"net/wifi/ap/essid", "Access point's SSID", accessPoint, Kind::Name, Effect::AccessPoint, reach,
+    {"gprs/network/mode", Translatable("Preferred network"), cellular, Kind::Text, Effect::None, !reach,
+     required},
+    {"gprs/network/refresh", Translatable("Search for networks"), cellular, Kind::Switch},
+    {"cdma/current_carrier", Translatable("CDMA carrier"), cellular, Kind::Choice, Effect::None, !reach,
+     carrier},
+    {"cdma/username", Translatable("CDMA user"), cellular},
+    {"cdma/password", Translatable("CDMA password"), cellular, Kind::Secret},
+    {"cdma/dial_command", Translatable("CDMA dial command"), cellular, Kind::Text, Effect::None, !reach,
+     required},
+    {"cdma/custom/activation_command", Translatable("CDMA activation command"), cellular},
+    {"cdma/custom/activation_response", Translatable("CDMA activation response"), cellular},
+    {"cdma/force_activation", Translatable("Force CDMA activation"), cellular, Kind::Switch},
+
+    {"system/ntpd/enabled", Translatable("Allow ntpd"), time, Kind::Switch, Effect::TimeServers},
+    {"system/ntpd/servers/*", Translatable("Time server *"), time, Kind::Text, Effect::TimeServers, !reach,
+     timeServer},
+
+    {"net/wifi/country", Translatable("Wi-Fi country"), wlan, Kind::Text, Effect::WifiClient, !reach,
+     required},
+    {"net/wifi/ap/enabled", Translatable("Access point enabled"), accessPoint, Kind::Switch,
+     Effect::AccessPoint, reach},
+    {"net/wifi/ap/channel", Translatable("Access point's channel"), accessPoint, Kind::Text,
+     Effect::AccessPoint, reach, required},
+    {"net/wifi/ap/essid", Translatable("Access point's SSID"), accessPoint, Kind::Name, Effect::AccessPoint,
+     reach, networkName},
+    {"net/wifi/ap/wpa_psk", Translatable("Access point's key"), accessPoint, Kind::Secret,
+     Effect::AccessPoint, reach},
+
+    {"net/wifi/client/enabled", Translatable("WLAN enabled"), wlan, Kind::Switch, Effect::WifiClient, reach},
+    {"net/wifi/client/essid", Translatable("WLAN SSID"), wlan, Kind::Name, Effect::WifiClient, reach,
      networkName},
-    {"net/wifi/ap/wpa_psk", "Access point's key", accessPoint, Kind::Secret, Effect::AccessPoint, reach},
+    {"net/wifi/client/security", Translatable("WLAN security type"), wlan, Kind::Choice, Effect::WifiClient,
+     reach, wlanSecurity},
+    {"net/wifi/client/wpa_psk", Translatable("WLAN key"), wlan, Kind::Secret, Effect::WifiClient, reach},
+    {"net/wifi/client/eap/identity", Translatable("WLAN user"), wlan, Kind::Text, Effect::WifiClient, reach},
+    {"net/wifi/client/eap/password", Translatable("WLAN password"), wlan, Kind::Secret, Effect::WifiClient,
+     reach},
+    {"net/wifi/client/mobile_qx", Translatable("Allow Mobile QX connection"), wlan, Kind::Switch,
+     Effect::WifiClient},
 
-    {"net/wifi/client/enabled", "WLAN enabled", wlan, Kind::Switch, Effect::WifiClient, reach},
-    {"net/wifi/client/essid", "WLAN SSID", wlan, Kind::Name, Effect::WifiClient, reach, networkName},
-    {"net/wifi/client/security", "WLAN security type", wlan, Kind::Choice, Effect::WifiClient, reach,
-     wlanSecurity},
-    {"net/wifi/client/wpa_psk", "WLAN key", wlan, Kind::Secret, Effect::WifiClient, reach},
-    {"net/wifi/client/eap/identity", "WLAN user", wlan, Kind::Text, Effect::WifiClient, reach},
-    {"net/wifi/client/eap/password", "WLAN password", wlan, Kind::Secret, Effect::WifiClient, reach},
-    {"net/wifi/client/mobile_qx", "Allow Mobile QX connection", wlan, Kind::Switch, Effect::WifiClient},
-
-    {"system/remote/ssh_enabled", "Remote SSH", advanced, Kind::Switch, Effect::RemoteAccess, reach},
-    {"system/remote/web_enabled", "Remote web access", advanced, Kind::Switch, Effect::RemoteAccess, reach},
-    {"system/remote/icmp_enabled", "Remote ping", advanced, Kind::Switch, Effect::RemoteAccess, reach},
-    {"syslogd/persistent", "Persistent system log", advanced, Kind::Switch, Effect::Restart},
-    {"debug/seriald", "Cellular debug level", advanced, Kind::Number, Effect::None, !reach, debugLevel},
-    {"webman/digest/admin", "Web password", advanced, Kind::Secret, Effect::WebPassword, reach, password},
-    {"webman/digest256/admin", "Web password (SHA-256)", advanced, Kind::Secret, Effect::WebPassword, reach,
+    {"system/remote/ssh_enabled", Translatable("Remote SSH"), advanced, Kind::Switch, Effect::RemoteAccess,
+     reach},
+    {"system/remote/web_enabled", Translatable("Remote web access"), advanced, Kind::Switch,
+     Effect::RemoteAccess, reach},
+    {"system/remote/icmp_enabled", Translatable("Remote ping"), advanced, Kind::Switch, Effect::RemoteAccess,
+     reach},
+    {"syslogd/persistent", Translatable("Persistent system log"), advanced, Kind::Switch, Effect::Restart},
+    {"debug/seriald", Translatable("Cellular debug level"), advanced, Kind::Number, Effect::None, !reach,
+     debugLevel},
+    {"webman/digest/admin", Translatable("Web password"), advanced, Kind::Secret, Effect::WebPassword, reach,
      password},
-    {"system/digest/root", "Root password", advanced, Kind::Secret, Effect::RootPassword, reach, password},
+    {"webman/digest256/admin", Translatable("Web password (SHA-256)"), advanced, Kind::Secret,
+     Effect::WebPassword, reach, password},
+    {"system/digest/root", Translatable("Root password"), advanced, Kind::Secret, Effect::RootPassword, reach,
+     password},
 
-    {"net/wifi/region_code", "Regulatory domain", regulatory},
+    {"net/wifi/region_code", Translatable("Regulatory domain"), regulatory},
 };
 
 /// Whether \a key is \a pattern, with some text for each "*".
@@ -265,8 +294,9 @@ class Pattern {
     std::string_view key_;
 };
 
-/// What people call \a key; the key itself where it is no setting.
+/// What people call \a key, in English, or in the language at hand; the key itself where it is no setting.
 std::string LabelOf(std::string const &key);
+std::string ShownLabelOf(std::string const &key);
 
 /// How a value of \a key is shown: "changed" or "none" for a secret, the name of a file, or the text.
 std::string Shown(std::string const &key, std::string const &value);

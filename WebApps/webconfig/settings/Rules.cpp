@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "WebApps/webconfig/settings/Languages.h"
 #include "WebApps/webconfig/util/CountryChannels.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Strings.h"
@@ -82,11 +83,11 @@ std::string WrongNetmask(Limits const &limits, std::string const &text) {
            std::to_string(limits.most);
 }
 
-std::string WrongChoice(Limits const &limits, std::string const &text) {
-    if (limits.least == 0 && text.empty())
+std::string WrongChoice(Setting const &setting, std::string const &text) {
+    if (setting.limits.least == 0 && text.empty())
         return {};
     std::string known;
-    for (auto const &choice : limits.choices) {
+    for (auto const &choice : ChoicesOf(setting)) {
         if (text == choice.value)
             return {};
         known += (known.empty() ? "" : ", ") + ('"' + std::string(choice.value) + '"');
@@ -108,7 +109,7 @@ std::string WrongForKind(Setting const &setting, std::string const &value) {
         case Kind::Netmask:
             return WrongNetmask(setting.limits, value);
         case Kind::Choice:
-            return WrongChoice(setting.limits, value);
+            return WrongChoice(setting, value);
         case Kind::Name:
             return WrongLength(setting.limits, static_cast<long>(value.size()));
         case Kind::Text:

@@ -125,13 +125,15 @@ std::size_t Certificates(std::string_view pem) {
     return count;
 }
 
-/// Problem of a certificate by itself.
-std::string CertificateProblem(X509 *certificate) {
+/// Problem of a certificate by itself, with {1} for its name; null where it has none.
+char const *CertificateProblem(X509 *certificate) {
     if (X509_cmp_current_time(X509_get0_notBefore(certificate)) >= 0)
-        return "is not valid yet; is the time of the device right?";
+        return Translatable("The certificate {1} is not valid yet; is the time of the device right?");
     if (X509_cmp_current_time(X509_get0_notAfter(certificate)) <= 0)
-        return "has expired";
-    return IsStrong(certificate) ? "" : "has a key or a signature that is too weak";
+        return Translatable("The certificate {1} has expired");
+    return IsStrong(certificate)
+               ? nullptr
+               : Translatable("The certificate {1} has a key or a signature that is too weak");
 }
 
 std::string OneLine(X509_NAME const *name) {
@@ -183,28 +185,27 @@ std::optional<ServerCertificate> DescribeServerCertificate(std::string const &pe
     return described;
 }
 
-std::string ServerCertificateProblem(std::string const &pem) {
+Bilingual ServerCertificateProblem(std::string const &pem) {
     auto const key = ReadKey(pem);
     auto const chain = ReadChain(pem);
     if (!key)
-        return pem.find("ENCRYPTED") == std::string::npos ? "There is no private key in the file"
-                                                          : "The private key has a password";
+        return pem.find("ENCRYPTED") == std::string::npos ? Bilingual("There is no private key in the file")
+                                                          : Bilingual("The private key has a password");
     if (chain.empty())
-        return "There is no certificate in the file";
+        return Bilingual("There is no certificate in the file");
     if (!IsUsual(key.get()))
-        return "The private key is neither RSA nor EC";
+        return Bilingual("The private key is neither RSA nor EC");
     if (X509_check_private_key(chain.front().get(), key.get()) != 1)
-        return "The first certificate does not belong to the private key";
+        return Bilingual("The first certificate does not belong to the private key");
     if (X509_check_purpose(chain.front().get(), X509_PURPOSE_SSL_SERVER, 0) != 1)
-        return "The certificate is not for a server";
+        return Bilingual("The certificate is not for a server");
     if (chain.size() != Certificates(pem))
-        return "A certificate in the file cannot be read";
+        return Bilingual("A certificate in the file cannot be read");
     for (std::size_t i = 0; i < chain.size(); ++i) {
-        std::string const problem = CertificateProblem(chain[i].get());
-        if (!problem.empty())
-            return "The certificate " + OneLine(X509_get_subject_name(chain[i].get())) + ' ' + problem;
+        if (char const *const problem = CertificateProblem(chain[i].get()))
+            return {problem, OneLine(X509_get_subject_name(chain[i].get()))};
         if (i > 0 && X509_check_issued(chain[i].get(), chain[i - 1].get()) != X509_V_OK)
-            return "The certificates are no chain: each has to be issued by the next one";
+            return Bilingual("The certificates are no chain: each has to be issued by the next one");
     }
     return {};
 }

@@ -3,6 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "WebApps/webconfig/util/Translate.h"
+
 namespace webconfig::util {
 
 /// The issuer and the subject of the certificate in the first "<cert>" section of an OpenVPN configuration,
@@ -28,7 +30,7 @@ std::optional<ServerCertificate> DescribeServerCertificate(std::string const &pe
 /// Why a web server is not to serve with the private key and the certificates of a PEM text, for the
 /// operator; empty where it can: there is a key, without a password, strong enough, and the first certificate
 /// is its own, for a server, valid now, and issued by the next one, if any, and so on.
-std::string ServerCertificateProblem(std::string const &pem);
+Bilingual ServerCertificateProblem(std::string const &pem);
 
 /// The text of the file that the web server has both in; empty where it cannot be read.
 std::string ReadCertificateFile(std::string const &path);

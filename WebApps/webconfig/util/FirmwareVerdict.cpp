@@ -88,17 +88,17 @@ struct Version {
     std::string_view rest;
 };
 
-std::string Compared(std::string const &version, std::string const &running, Age age) {
+Bilingual Compared(std::string const &version, std::string const &running, Age age) {
     switch (age) {
         case Age::Newer:
-            return version + ", newer than the running " + running;
+            return {"{1}, newer than the running {2}", version, running};
         case Age::Same:
-            return version + ", the same as the running one";
+            return {"{1}, the same as the running one", version};
         case Age::Older:
-            return version + ", older than the running " + running;
+            return {"{1}, older than the running {2}", version, running};
         default:
-            return version + (running.empty() ? ", the running version is not known"
-                                              : ", not comparable with the running " + running);
+            return running.empty() ? Bilingual("{1}, the running version is not known", version)
+                                   : Bilingual("{1}, not comparable with the running {2}", version, running);
     }
 }
 
@@ -117,7 +117,7 @@ std::string List(std::vector<std::string> const &texts) {
     return list;
 }
 
-void Refuse(FirmwareVerdict &verdict, char const *reason, std::string text) {
+void Refuse(FirmwareVerdict &verdict, char const *reason, Bilingual text) {
     verdict.reason = reason;
     verdict.refusal = std::move(text);
 }
@@ -126,52 +126,57 @@ void JudgeTree(std::string const &path, FirmwareDemands const &demands, Firmware
     MappedFile const file(path);
     auto const tree = ReadImageTree(file.Bytes().substr(0, verdict.imageSize));
     if (!tree) {
-        Refuse(verdict, "unreadable", "The image cannot be read: it is damaged, or only a part of one.");
-        verdict.version = verdict.platform = "unknown";
+        Refuse(verdict, "unreadable",
+               Bilingual("The image cannot be read: it is damaged, or only a part of one."));
+        verdict.version = verdict.platform = Bilingual("unknown");
         return;
     }
     Age const age = CompareVersions(tree->version, demands.running);
     verdict.isOlder = age == Age::Older;
-    verdict.version =
-        tree->version.empty() ? "not told" : Compared(OneLine(tree->version), demands.running, age);
+    verdict.version = tree->version.empty() ? Bilingual("not told")
+                                            : Compared(OneLine(tree->version), demands.running, age);
     bool const fits =
         std::find(tree->platforms.begin(), tree->platforms.end(), demands.platform) != tree->platforms.end();
-    verdict.platform = tree->platforms.empty() ? "not told" : List(tree->platforms);
+    verdict.platform =
+        tree->platforms.empty() ? Bilingual("not told") : Bilingual::Name(List(tree->platforms));
     if (!fits && !tree->platforms.empty())
         Refuse(verdict, "platform",
-               "The image is for another platform: " + verdict.platform + ". This device is a " +
-                   demands.platform + '.');
+               Bilingual("The image is for another platform: {1}. This device is a {2}.",
+                         List(tree->platforms), demands.platform));
 }
 
-std::string SignatureText(FirmwareSignature const &signature) {
+Bilingual SignatureText(FirmwareSignature const &signature) {
+    std::string const key = OneLine(signature.key);
     switch (signature.state) {
         case State::None:
-            return "none";
+            return Bilingual("none");
         case State::UnknownKey:
-            return "by a key that this device does not have, " + signature.key;
+            return {"by a key that this device does not have, {1}", key};
         case State::Broken:
-            return "does not match; the key is " + signature.key;
+            return {"does not match; the key is {1}", key};
         case State::Valid:
-            return "by " + signature.key;
+            return {"by {1}", key};
         default:
-            return "unknown";
+            return Bilingual("unknown");
     }
 }
 
 void JudgeSignature(FirmwareSignature const &signature, bool demanded, FirmwareVerdict &verdict) {
     if (signature.state == State::Unreadable)
-        Refuse(verdict, "unreadable", "The image could not be read again.");
+        Refuse(verdict, "unreadable", Bilingual("The image could not be read again."));
     // Also where no signature is asked for: these are not the bytes that somebody has signed.
     else if (signature.state == State::Broken)
         Refuse(verdict, "signature",
-               "The signature does not match the image: it was changed since, or damaged on its way.");
+               Bilingual(
+                   "The signature does not match the image: it was changed since, or damaged on its way."));
     else if (demanded && signature.state == State::None)
-        Refuse(
-            verdict, "unsigned",
-            "The image is not signed. This device takes only images that are signed with one of its keys.");
+        Refuse(verdict, "unsigned",
+               Bilingual("The image is not signed. This device takes only images that are signed with one of "
+                         "its keys."));
     else if (demanded && signature.state == State::UnknownKey)
         Refuse(verdict, "unknown-key",
-               "The image is signed with a key that this device does not have (" + signature.key + ").");
+               Bilingual("The image is signed with a key that this device does not have ({1}).",
+                         OneLine(signature.key)));
 }
 
 }  // namespace
@@ -204,7 +209,7 @@ FirmwareVerdict JudgeFirmware(std::string const &path, FirmwareDemands const &de
     FirmwareSignature const signature = CheckFirmwareSignature(path, demands.keyFolder);
     FirmwareVerdict verdict;
     verdict.imageSize = signature.imageSize;
-    verdict.signature = OneLine(SignatureText(signature));
+    verdict.signature = SignatureText(signature);
     if (demands.soundTree)
         JudgeTree(path, demands, verdict);
     if (verdict.refusal.empty())

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "WebApps/webconfig/util/Translate.h"
+
 namespace webconfig::util {
 
 /// What this device asks of an image.
@@ -17,11 +19,11 @@ struct FirmwareDemands {
 /// What an image is, in texts for the operator.
 struct FirmwareVerdict {
     char const *reason = "";  ///< why it must not be installed, in a word; empty where it may
-    std::string refusal;      ///< the same for the operator
-    std::string version;      ///< with how it compares with the running one
+    Bilingual refusal;        ///< the same for the operator
+    Bilingual version;        ///< with how it compares with the running one
     bool isOlder = false;     ///< than the running one
-    std::string platform;
-    std::string signature;         ///< who has signed it
+    Bilingual platform;
+    Bilingual signature;           ///< who has signed it
     std::uintmax_t imageSize = 0;  ///< bytes of the image, without a signature's block
 };
 

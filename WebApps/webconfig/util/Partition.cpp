@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "WebApps/webconfig/util/Translate.h"
+
 namespace webconfig::util {
 
 namespace {
@@ -27,8 +29,8 @@ std::optional<std::string> PartitionText(std::string const &name, struct statfs 
                       static_cast<std::uint32_t>(figures.f_bsize / bytesPerKilobyte);
     auto const used = static_cast<int>((figures.f_blocks - figures.f_bfree) * 100 / figures.f_blocks);
     std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), " (%.1fGB free, %i%% used)", free / kilobytesPerGigabyte, used);
-    return name + text.data();
+    std::snprintf(text.data(), text.size(), "%.1f", free / kilobytesPerGigabyte);
+    return Translate("{1} ({2}GB free, {3}% used)", name, text.data(), used);
 }
 
 }  // namespace webconfig::util

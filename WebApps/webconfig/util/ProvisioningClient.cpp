@@ -11,6 +11,7 @@
 #include "WebApps/webconfig/util/CurlLibrary.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Strings.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::util {
 
@@ -26,8 +27,8 @@ constexpr char tls[] = "https://";
 
 constexpr std::size_t maxFileName = 127;  // bytes
 
-constexpr char noCommunication[] = "Failed to communicate with server.";
-constexpr char badJson[] = "Unexpected JSON response.";
+constexpr char const *noCommunication = Translatable("Failed to communicate with server.");
+constexpr char const *badJson = Translatable("Unexpected JSON response.");
 
 /// What curl calls with what it received. Taking less than what was given makes it give up.
 std::size_t Receive(char *data, std::size_t size, std::size_t count, void *stream) {
@@ -136,7 +137,7 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
     }
     std::cout << "Response code was: " << code << std::endl;
     if (code < 200 || code > 202)
-        return Fail("Unexpected remote server response: " + std::to_string(code) + '.');
+        return Fail(Translate("Unexpected remote server response: {1}.", code));
     if (answer && !answer->load(received, true)) {
         WEBCONFIG_LOG(error, logTag) << "Unexpected JSON response";
         return Fail(badJson);

@@ -138,13 +138,9 @@ bool IsOneWord(std::string_view line) {
     return line.find_first_of(" \t\v\f\r\"'\\<") == std::string_view::npos;
 }
 
-std::string Refusal(std::size_t line, std::string const &reason) {
-    return "The configuration is refused: line " + std::to_string(line) + ' ' + reason;
-}
-
 }  // namespace
 
-std::string HarmInVpnConfiguration(std::string const &configuration) {
+Bilingual HarmInVpnConfiguration(std::string const &configuration) {
     constexpr std::string_view lineEnds("\n\0", 2);
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     std::string_view rest = configuration;
@@ -154,10 +150,12 @@ std::string HarmInVpnConfiguration(std::string const &configuration) {
         std::string_view const line = rest.substr(0, rest.find_first_of(lineEnds));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
         if (line.size() > maxLine && !IsOneWord(line))
-            return Refusal(number, "is too long");
+            return {"The configuration is refused: line {1} is too long", number};
         std::string const directive(Harmful(Directive(line.substr(0, maxLine))));
         if (!directive.empty())
-            return Refusal(number, "has \"" + directive + "\", which could run programs or reach files");
+            return {
+                "The configuration is refused: line {1} has \"{2}\", which could run programs or reach files",
+                number, directive};
     }
     return {};
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cppcms/form.h>
+#include <cppcms/util.h>
 
 #include <string>
 
 #include "WebApps/webconfig/security/Policy.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::widgets {
 
@@ -17,7 +19,8 @@ class Secret : public Input {
     void ShowStored(std::string const &stored) {
         this->value(stored);
         if (IsHidden() && !stored.empty())
-            this->attributes_string("placeholder='(unchanged)'");
+            this->attributes_string("placeholder='" + cppcms::util::escape(util::Translate("(unchanged)")) +
+                                    '\'');
     }
 
     /// Whether what was sent leaves the stored one as it is.

@@ -6,6 +6,7 @@
 #include "WebApps/webconfig/apps/jsonrpc/SettingsPatch.h"
 #include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
+#include "WebApps/webconfig/settings/Languages.h"
 #include "WebApps/webconfig/util/Prm.h"
 
 namespace webconfig::apps {
@@ -34,7 +35,7 @@ cppcms::json::value Described(settings::Setting const &setting) {
     if (limits.most > 0)
         described["most"] = limits.most;
     cppcms::json::array choices;
-    for (auto const &choice : limits.choices) {
+    for (auto const &choice : settings::ChoicesOf(setting)) {
         cppcms::json::value one;
         one["label"] = choice.label;
         one["value"] = choice.value;

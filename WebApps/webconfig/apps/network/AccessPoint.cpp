@@ -7,6 +7,7 @@
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -79,7 +80,7 @@ void Save(data::AccessPoint &content, std::string const &channel) {
     if (!writer.Ok())
         return;
     form.passPhrase.value("");
-    content.message = wifi::Apply("wifi_ap", "access point");
+    content.message = wifi::Apply("wifi_ap", util::Translatable("access point"));
     if (content.message.GetResultClass() == data::Message::ResultClass::Error && switchesOn)
         form.enabled.value(false);  // the store keeps "yes"
 }
@@ -90,7 +91,7 @@ void Network::AccessPoint() {
     util::Prm::FlushReadCache();  // the WLAN page and scripts change what this page reads
     data::AccessPoint content;
     Prepare(content);
-    content.title = "Config Access Point";
+    content.title = util::Translate("Config Access Point");
     LoadFromStore(content);
     LoadModule(content);
 

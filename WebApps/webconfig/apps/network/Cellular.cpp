@@ -6,6 +6,7 @@
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::apps {
 
@@ -50,7 +51,7 @@ struct Sim {
     static constexpr settings::Pattern password{"gprs/*/password"};
 };
 constexpr Sim sims[] = {{"kpn", "Varnel KPN"}, {"att", "AT&T"}};
-constexpr Sim unknownSim = {"", "Unknown"};
+constexpr Sim unknownSim = {"", util::Translatable("Unknown")};
 
 Sim CurrentSim() {
     std::string const type = util::Prm::GetString(simTypeKey);
@@ -74,7 +75,7 @@ void Load(forms::CellularGprs &form, Sim const &sim) {
     form.SelectNetwork(util::Prm::GetString(form.modeKey));
     if (util::IsOn(form.refreshKey))
         form.refresh.value(form.cancelCaption);
-    form.simType.value(sim.name);
+    form.simType.value(util::Translate(sim.name));
     form.apn.value(util::Prm::GetString(sim.ApnKey()));
     form.username.value(util::Prm::GetString(sim.UsernameKey()));
     form.password.ShowStored(util::Prm::GetString(sim.PasswordKey()));
@@ -158,7 +159,7 @@ void CancelRefresh(data::Cellular &content) {
 void Network::Cellular() {
     data::Cellular content;
     Prepare(content);
-    content.title = "Cellular Port Configuration";
+    content.title = util::Translate("Cellular Port Configuration");
 
     Sim const sim = CurrentSim();
     Load(content.main);
@@ -187,7 +188,7 @@ void Network::Cellular() {
                 content.message = Store(content.cdma);
         }
     }
-    content.gprs.simType.value(sim.name);  // whatever was sent for it
+    content.gprs.simType.value(util::Translate(sim.name));  // whatever was sent for it
     render("Cellular", content);
 }
 

@@ -5,6 +5,7 @@
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::apps {
 
@@ -36,7 +37,7 @@ void LoadFromStore(forms::DNSServer &form) {
 void Network::DNSServer() {
     data::DNSServer content;
     Prepare(content);
-    content.title = "Custom DNS Servers";
+    content.title = util::Translate("Custom DNS Servers");
 
     if (!HttpPost())
         LoadFromStore(content.form);

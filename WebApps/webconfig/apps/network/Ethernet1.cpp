@@ -5,6 +5,7 @@
 #include "WebApps/webconfig/forms/Select.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -27,17 +28,17 @@ struct Diagnosis {
     unsigned maxOutput;  // bytes
 };
 constexpr Diagnosis diagnoses[] = {
-    {"Network Config", "ifconfig", 4096},
-    {"Routing", "route -n", 4096},
-    {"Wireless Config", "iw dev", 4096},
-    {"Network Status", "netstat -an", 8192},
-    {"DNS Settings", "cat /etc/resolv.conf", 4096},
+    {util::Translatable("Network Config"), "ifconfig", 4096},
+    {util::Translatable("Routing"), "route -n", 4096},
+    {util::Translatable("Wireless Config"), "iw dev", 4096},
+    {util::Translatable("Network Status"), "netstat -an", 8192},
+    {util::Translatable("DNS Settings"), "cat /etc/resolv.conf", 4096},
     // The outer shell already expands $ii, to nothing: pppstats shows the first link, the only one.
-    {"PPP Status",
+    {util::Translatable("PPP Status"),
      R"(/bin/sh -c "for ii in `/sbin/ifconfig|/bin/grep ppp|/usr/bin/awk '{print $1}'`;)"
      R"( do echo $ii; /usr/sbin/pppstats $ii; done")",
      4096},
-    {"DHCP Leases", "cat /tmp/dhcp.leases", 4096},
+    {util::Translatable("DHCP Leases"), "cat /tmp/dhcp.leases", 4096},
 };
 
 /// With DHCP the fixed address stays as it was.
@@ -62,14 +63,14 @@ void Network::Ethernet1() {
                                settings::Key("net/lan_gateway"), settings::Key("net/lan_advertise_speed")});
     for (auto const &diagnosis : diagnoses) {
         content.commands.sections.push_back(
-            {diagnosis.title, util::ShellCommand(diagnosis.command, diagnosis.maxOutput)});
+            {util::Translate(diagnosis.title), util::ShellCommand(diagnosis.command, diagnosis.maxOutput)});
     }
     render("Ethernet1", content);
 }
 
 void Network::EthernetInternal(data::Ethernet1 &content, EthernetPort const &port) {
     Prepare(content);
-    content.title = std::string(port.name) + " Configuration";
+    content.title = util::Translate("{1} Configuration", port.name);
 
     forms::Ethernet1 &form = content.form;
     bool const post = HttpPost();
@@ -81,7 +82,7 @@ void Network::EthernetInternal(data::Ethernet1 &content, EthernetPort const &por
             content.message = data::Message::SaveError();
         } else {
             content.message =
-                data::Message::OK(std::string(port.name) + " settings updated, reboot to take effect");
+                data::Message::OK(util::Translate("{1} settings updated, reboot to take effect", port.name));
             RequireReboot(content);
         }
     }

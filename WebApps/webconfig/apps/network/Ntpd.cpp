@@ -6,6 +6,7 @@
 #include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -39,7 +40,7 @@ void LoadFromStore(forms::Ntpd &form) {
 void Network::Ntpd() {
     data::Ntpd content;
     Prepare(content);
-    content.title = "NTP Servers";
+    content.title = util::Translate("NTP Servers");
 
     std::string const action = HttpPost() ? HttpPost("submit") : "";
     if (action == "Jump system time") {

@@ -15,6 +15,7 @@
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/ProvisioningClient.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 #include "WebApps/webconfig/util/VpnConfiguration.h"
 
@@ -47,7 +48,7 @@ std::string CurrentConfiguration() {
     std::string const file = util::Prm::GetString(fileKey);
     if (util::FileExists(file))
         return BaseName(file);
-    return util::FileExists(fallbackFile) ? BaseName(fallbackFile) : "None";
+    return util::FileExists(fallbackFile) ? BaseName(fallbackFile) : util::Translate("None");
 }
 
 /// The message for an installation that failed with \a error, which may be empty.
@@ -61,7 +62,7 @@ bool IsLargeEnough(std::uintmax_t size, std::string &error) {
         return true;
     WEBCONFIG_LOG(error, logTag) << "File size of " << size
                                  << " bytes is too small to be a configuration file";
-    error = "File is too small to be a configuration file";
+    error = util::Translate("File is too small to be a configuration file");
     return false;
 }
 
@@ -70,10 +71,12 @@ bool IsHarmless(std::string const &path, std::string &error) {
     if (!security::ThePolicy().refuse_vpn_scripts)
         return true;
     auto const text = util::ReadTrusted(path, util::FileSize(path));
-    error = text ? util::HarmInVpnConfiguration(*text) : "The configuration cannot be read";
-    if (!error.empty())
-        WEBCONFIG_LOG(error, logTag) << error;
-    return error.empty();
+    auto const harm =
+        text ? util::HarmInVpnConfiguration(*text) : util::Bilingual("The configuration cannot be read");
+    if (!harm.empty())
+        WEBCONFIG_LOG(error, logTag) << harm.english;
+    error = harm.shown;
+    return harm.empty();
 }
 
 }  // namespace
@@ -81,7 +84,7 @@ bool IsHarmless(std::string const &path, std::string &error) {
 void Network::OpenVPN() {
     data::OpenVPN content(settings().get("webconfig.openvpn.provisioning_server", ""), util::DeviceName());
     Prepare(content);
-    content.title = "OpenVPN Configuration";
+    content.title = util::Translate("OpenVPN Configuration");
 
     if (HttpPost()) {
         std::string const action = HttpPost("submit");

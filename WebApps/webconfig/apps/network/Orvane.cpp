@@ -9,6 +9,7 @@
 #include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -64,7 +65,7 @@ void LoadFromStore(data::Orvane &content) {
 void Network::Orvane() {
     data::Orvane content;
     Prepare(content);
-    content.title = "Orvane Server Configuration";
+    content.title = util::Translate("Orvane Server Configuration");
 
     if (HttpPost()) {
         auto const isPressed = [this](std::string const &button) { return HttpPost(button) == "Save"; };

@@ -10,6 +10,7 @@
 #include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -113,7 +114,7 @@ void Network::PortForwarding() {
 
     data::PortForwarding content;
     Prepare(content);
-    content.title = "Port Forwarding";
+    content.title = util::Translate("Port Forwarding");
     content.preset_rules = PresetRules();
     _PortForwardingLoadData(content.user_rules);
     content.general.load(context());

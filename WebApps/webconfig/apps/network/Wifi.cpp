@@ -6,6 +6,7 @@
 #include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps::wifi {
@@ -40,9 +41,10 @@ data::Message Apply(std::string const &function, std::string const &what) {
     if (status == 0)
         return data::Message::OK("Configuration saved successfully");
     int const exitCode = status >> 8 & 0xFF;
-    std::string const failure = "Failed to configure " + what + ". Error '" + std::strerror(exitCode) + '\'';
-    WEBCONFIG_LOG(error, logTag) << failure;
-    return data::Message::Error(failure);
+    WEBCONFIG_LOG(error, logTag) << "Failed to configure " << what << ". Error '" << std::strerror(exitCode)
+                                 << '\'';
+    return data::Message::Error(util::Translate("Failed to configure {1}. Error '{2}'", util::Translate(what),
+                                                std::strerror(exitCode)));
 }
 
 }  // namespace webconfig::apps::wifi

@@ -8,6 +8,7 @@
 #include "WebApps/webconfig/settings/Effects.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -116,7 +117,7 @@ void Save(data::Wlan &content) {
     if (!writer.Ok())
         return;
     form.passPhrase.value("");
-    content.message = wifi::Apply("wifi_client", "WLAN client");
+    content.message = wifi::Apply("wifi_client", util::Translatable("WLAN client"));
     util::RunCommand(settings::applyWifiClient);  // whatever the module's script said
 }
 
@@ -125,7 +126,7 @@ void Save(data::Wlan &content) {
 void Network::Wlan() {
     data::Wlan content;
     Prepare(content);
-    content.title = "Config WLAN";
+    content.title = util::Translate("Config WLAN");
     content.country_locked = wifi::IsCountryLocked();
     LoadFromStore(content);
 

@@ -1,6 +1,7 @@
 #include "WebApps/webconfig/data/AssemblySerialN.h"
 
 #include "WebApps/webconfig/apps/Service.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -16,12 +17,12 @@ constexpr char script[] = "/service_plugin_imgs/application/head/brq3.js";
 void Service::SerialNumberHandler() {
     data::AssemblySerialN content;
     Prepare(content);
-    content.title = "Assembly Serial Number";
+    content.title = util::Translate("Assembly Serial Number");
     content.media_root = mediaRoot;
     content.style_sheets = {styleSheet};
     content.scripts = {script};
     if (!AreMenusConfigured()) {
-        data::Menu menu("Service");
+        data::Menu menu(util::Translatable("Service"));
         menu << data::Menu("Assembly SN", "/service/assemblysn");
         content.menus = {menu};
     }

@@ -7,12 +7,13 @@
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/FolderStates.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::apps {
 
 namespace {
 
-constexpr char title[] = "Open Source Software  Notices";
+constexpr char const *title = util::Translatable("Open Source Software  Notices");
 
 std::set<data::OSSFile> NoticesIn(std::string const &package) {
     std::set<data::OSSFile> notices;
@@ -26,7 +27,7 @@ std::set<data::OSSFile> NoticesIn(std::string const &package) {
 std::string NoticeText(std::string const &path) {
     std::ifstream file(path, std::ios::binary);
     if (!file)
-        return "Failed to access \"" + path + '"';
+        return util::Translate("Failed to access \"{1}\"", path);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -61,7 +62,7 @@ bool Settings::GetOSSFiles(std::string const &directory, data::OSSCatalogue &cat
 void Settings::About() {
     data::About content;
     Prepare(content);
-    content.title = title;
+    content.title = util::Translate(title);
     GetOSSFiles(_licenceDirectory, content.packages);
     render("About", content);
 }
@@ -70,7 +71,7 @@ void Settings::About() {
 void Settings::About(std::string package, std::string file) {
     data::About content;
     Prepare(content);
-    content.title = title;
+    content.title = util::Translate(title);
     GetOSSFiles(_licenceDirectory, content.packages);
 
     auto const entry = content.packages.find(package);

@@ -13,6 +13,7 @@
 #include "WebApps/webconfig/util/Partition.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -28,13 +29,13 @@ constexpr char const *persistentLogKey = settings::Key("syslogd/persistent");
 constexpr char const *cellularDebugKey = settings::Key("debug/seriald");
 constexpr int cellularDebugLevel = 5;
 
-void DescribePartitions(data::Advanced &content) {
-    content.log_partition = util::PartitionText("Log Partition", "/home/root/log").value_or("unknown");
-    if (content.log_partition == "unknown")
-        content.message = data::Message::Error("Unknown log partition information", true);
-    content.data_partition = util::PartitionText("Data Partition", "/home/root/data").value_or("unknown");
-    if (content.data_partition == "unknown")
-        content.message = data::Message::Error("Unknown data partition information", true);
+/// What is known of a partition; where it is nothing, the page has \a problem as its message.
+std::string DescribePartition(data::Advanced &content, char const *name, char const *folder,
+                              char const *problem) {
+    auto const text = util::PartitionText(util::Translate(name), folder);
+    if (!text)
+        content.message = data::Message::Error(problem, true);
+    return text.value_or(util::Translate("unknown"));
 }
 
 bool IsCellularDebugOn() {
@@ -81,8 +82,12 @@ void Settings::Advanced() {
 
     data::Advanced content;
     Prepare(content);
-    content.title = "Advanced Configuration Options";
-    DescribePartitions(content);
+    content.title = util::Translate("Advanced Configuration Options");
+    content.log_partition = DescribePartition(content, util::Translatable("Log Partition"), "/home/root/log",
+                                              util::Translatable("Unknown log partition information"));
+    content.data_partition =
+        DescribePartition(content, util::Translatable("Data Partition"), "/home/root/data",
+                          util::Translatable("Unknown data partition information"));
     if (security::ThePolicy().certificate_upload)
         content.certificate.emplace();
     content.can_restore = settings().get("webconfig.restore", false) && history::IsKept();

@@ -12,6 +12,7 @@
 #include "WebApps/webconfig/util/Digest.h"
 #include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -26,23 +27,24 @@ constexpr char certificateFile[] = "/etc/lighttpd/server.pem";
 /// with it.
 constexpr char takeCertificate[] = "/usr/sbin/lighttpd_take_certificate.sh > /dev/null";
 
-data::Message Failure(std::string const &reason) {
-    WEBCONFIG_LOG(error, logTag) << "The certificate was not installed: " << reason;
-    return data::Message::Error("Error: The certificate was not installed: " + reason);
+data::Message Failure(util::Bilingual const &reason) {
+    WEBCONFIG_LOG(error, logTag) << "The certificate was not installed: " << reason.english;
+    return data::Message::Error(
+        util::Translate("Error: The certificate was not installed: {1}", reason.shown));
 }
 
 /// Stores \a pem and lets the web server take it. Where it does not, what was there is put back.
 data::Message Install(std::string const &pem) {
-    std::string const problem = util::ServerCertificateProblem(pem);
+    auto const problem = util::ServerCertificateProblem(pem);
     if (!problem.empty())
         return Failure(problem);
     std::string const before = util::ReadCertificateFile(certificateFile);
     if (!util::ReplaceFile(certificateFile, pem))
-        return Failure(std::string("It could not be stored: ") + std::strerror(errno));
+        return Failure({"It could not be stored: {1}", std::strerror(errno)});
     if (util::RunCommand(takeCertificate) != 0) {
         if (!before.empty())
             util::ReplaceFile(certificateFile, before);
-        return Failure("The web server does not take it");
+        return Failure(util::Bilingual("The web server does not take it"));
     }
     WEBCONFIG_LOG(notice, logTag) << "The web server has a new certificate";
     return data::Message::OK("Success: The web server has the new certificate.");

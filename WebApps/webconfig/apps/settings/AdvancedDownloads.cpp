@@ -15,6 +15,7 @@
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -110,7 +111,8 @@ bool Settings::_DownloadDeployerLog(data::Advanced &content) {
     util::ShellCommand("/usr/bin/logdeployer", output);
     std::string const path = util::Trim(output);
     if (!util::FileExists(path)) {
-        content.message = data::Message::Error(path.empty() ? "There is no deployer log" : path);
+        content.message =
+            data::Message::Error(path.empty() ? util::Translatable("There is no deployer log") : path);
         WEBCONFIG_LOG(error, logTag) << content.message.GetText();
         return false;
     }

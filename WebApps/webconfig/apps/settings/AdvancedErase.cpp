@@ -2,6 +2,7 @@
 #include "WebApps/webconfig/data/Advanced.h"
 #include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -32,10 +33,12 @@ struct Partition {
     char const *failed;
 };
 constexpr Partition partitions[] = {
-    {"erase_log", "/etc/erase/erase-partition log", "Success: The log partition was erased. Reboot now.",
-     "Error: Failure erasing log partition."},
-    {"erase_data", "/etc/erase/erase-partition data", "Success: The data partition was erased. Reboot now.",
-     "Error: Failure erasing data partition."},
+    {"erase_log", "/etc/erase/erase-partition log",
+     util::Translatable("Success: The log partition was erased. Reboot now."),
+     util::Translatable("Error: Failure erasing log partition.")},
+    {"erase_data", "/etc/erase/erase-partition data",
+     util::Translatable("Success: The data partition was erased. Reboot now."),
+     util::Translatable("Error: Failure erasing data partition.")},
 };
 
 /// Runs the command that erases \a what, and tells of it. True on success.

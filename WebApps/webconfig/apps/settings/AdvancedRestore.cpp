@@ -25,6 +25,7 @@
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Strings.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Utf8.h"
 #include "WebApps/webconfig/util/Util.h"
 
@@ -81,7 +82,7 @@ void RefuseControls(std::vector<history::Change> const &changes) {
 std::optional<history::RestorePlan> PlanOf(KeptUpload const &kept, forms::AdvancedRestore &form) {
     auto const text = kept.Read(TextOf(form.token));
     if (!text)
-        throw std::runtime_error("The device does not have it any more. Upload it again");
+        throw std::runtime_error(util::Translatable("The device does not have it any more. Upload it again"));
     auto const readings = settings::ReadBackup(*text);
     for (auto const &reading : readings) {
         if (readings.size() > 1 && TextOf(form.format) != NameOf(reading.format))
@@ -96,7 +97,7 @@ std::optional<history::RestorePlan> PlanOf(KeptUpload const &kept, forms::Advanc
 
 void AddTo(std::vector<data::AdvancedRestore::Group> &groups, char const *title,
            std::vector<history::Change> const &changes, bool (*belongs)(history::Change const &)) {
-    data::AdvancedRestore::Group group{title, {}};
+    data::AdvancedRestore::Group group{util::Translate(title), {}};
     for (auto const &change : changes) {
         if (belongs(change))
             group.changes.push_back(data::Described(change));
@@ -108,10 +109,11 @@ void AddTo(std::vector<data::AdvancedRestore::Group> &groups, char const *title,
 void Describe(history::RestorePlan const &plan, data::AdvancedRestore &restore) {
     restore.device = DeviceIn(restore.name);
     restore.this_device = util::SystemAssemblySN();
-    AddTo(restore.known, "Changed", plan.known,
+    AddTo(restore.known, util::Translatable("Changed"), plan.known,
           [](history::Change const &change) { return change.before && change.after; });
-    AddTo(restore.known, "Added", plan.known, [](history::Change const &change) { return !change.before; });
-    AddTo(restore.known, "Gone: not in the backup, and deleted", plan.known,
+    AddTo(restore.known, util::Translatable("Added"), plan.known,
+          [](history::Change const &change) { return !change.before; });
+    AddTo(restore.known, util::Translatable("Gone: not in the backup, and deleted"), plan.known,
           [](history::Change const &change) { return !change.after; });
     restore.unknown = data::Described(plan.unknown);
 }
@@ -166,7 +168,8 @@ bool Settings::_TakeBackup(data::Advanced &content, bool apply) {
     } catch (std::runtime_error const &problem) {
         std::string const reason = util::CleanText(std::string_view(problem.what()).substr(0, mostOfReason));
         WEBCONFIG_LOG(error, logTag) << "The backup was not taken: " << reason;
-        content.message = data::Message::Error("Error: The backup was not taken: " + reason, true);
+        content.message = data::Message::Error(
+            util::Translate("Error: The backup was not taken: {1}", util::Translate(reason)), true);
     }
     kept.Drop();
     content.restore.reset();
@@ -191,11 +194,11 @@ bool Settings::_ApplyBackup(data::Advanced &content, history::RestorePlan plan) 
     if (reboots) {
         data::Reboot reboot;
         Prepare(reboot);
-        reboot.title = "Reboot";
+        reboot.title = util::Translate("Reboot");
         _RebootAndWait(reboot);
         return true;
     }
-    content.message = data::ResultOf(applied, "The backup is restored.");
+    content.message = data::ResultOf(applied, util::Translatable("The backup is restored."));
     content.reboot_required = util::IsRebootRequired();
     content.default_password = security::IsDefaultPasswordAlerted();
     return false;

@@ -20,6 +20,7 @@
 #include "WebApps/webconfig/util/FirmwareVerdict.h"
 #include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -60,12 +61,12 @@ std::vector<data::Firmware::Finding> Findings(std::string const &name, std::uint
                                               std::string const &sha256,
                                               util::FirmwareVerdict const &verdict) {
     return {
-        {"File", util::CleanText(name)},
-        {"Size", std::to_string(size) + " bytes"},
+        {util::Translatable("File"), util::CleanText(name)},
+        {util::Translatable("Size"), util::Translate("{1} bytes", size)},
         {"SHA-256", sha256},
-        {"Version", verdict.version, verdict.isOlder},
-        {"Platform", verdict.platform},
-        {"Signature", verdict.signature},
+        {util::Translatable("Version"), verdict.version.shown, verdict.isOlder},
+        {util::Translatable("Platform"), verdict.platform.shown},
+        {util::Translatable("Signature"), verdict.signature.shown},
     };
 }
 
@@ -74,15 +75,15 @@ void Tell(std::string const &name, std::string const &sha256, util::FirmwareVerd
     util::LogLine(accepted && !verdict.isOlder ? booster::log::info : booster::log::warning, logTag, __LINE__)
             .out()
         << "Firmware image " << security::AuditWord(name)
-        << (accepted ? " accepted." : " refused. " + verdict.refusal) << " Version: " << verdict.version
-        << "; platform: " << verdict.platform << "; signature: " << verdict.signature
-        << "; SHA-256: " << sha256;
+        << (accepted ? " accepted." : " refused. " + verdict.refusal.english)
+        << " Version: " << verdict.version.english << "; platform: " << verdict.platform.english
+        << "; signature: " << verdict.signature.english << "; SHA-256: " << sha256;
     util::Happened("firmware", accepted ? util::Outcome::Ok : util::Outcome::Refused,
                    {{"reason", verdict.reason},
                     {"sha256", sha256},
-                    {"version", verdict.version},
-                    {"platform", verdict.platform},
-                    {"signature", verdict.signature},
+                    {"version", verdict.version.english},
+                    {"platform", verdict.platform.english},
+                    {"signature", verdict.signature.english},
                     {"name", name}});
 }
 
@@ -93,7 +94,7 @@ void Settings::Firmware() {
     _PrepareFirmware(content);
     content.versions = util::ShellCommand("/usr/bin/ubi_get_volume_versions.sh", maxOutput);
     if (content.versions.empty()) {
-        content.versions = "n/a";
+        content.versions = util::Translate("n/a");
         content.message = data::Message::Error("Unknown firmware version(s)", true);
     }
     content.tool_status = util::ShellCommand("/usr/bin/fwtool -s", maxOutput);
@@ -128,7 +129,7 @@ void Settings::FirmwareUpgradeStatus() {
 
 void Settings::_PrepareFirmware(data::Firmware &content) {
     Prepare(content);
-    content.title = "Firmware";
+    content.title = util::Translate("Firmware");
     content.base_version = baseVersion;
     content.internal_server = UsingInternalServer();
 }
@@ -155,7 +156,7 @@ bool Settings::_AcceptImage(data::Firmware &content, std::string const &image, s
     if (verdict.refusal.empty())
         std::filesystem::resize_file(image, verdict.imageSize, problem);
     if (!verdict.refusal.empty())
-        content.message = data::Message::Error(verdict.refusal, true);
+        content.message = data::Message::Error(verdict.refusal.shown, true);
     else if (problem)
         content.message = data::Message::SaveError();
     return verdict.refusal.empty() && !problem;

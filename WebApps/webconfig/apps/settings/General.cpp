@@ -5,6 +5,7 @@
 #include "WebApps/webconfig/forms/Select.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -29,7 +30,7 @@ void LoadFromStore(forms::General &form) {
 void Settings::General() {
     data::General content;
     Prepare(content);
-    content.title = "General Device Configuration";
+    content.title = util::Translate("General Device Configuration");
     content.assembly_sn = util::SystemAssemblySN();
     content.device_id = util::SystemDeviceID();
 
@@ -44,8 +45,9 @@ void Settings::General() {
         content.message = data::Message::ValidationError();
     }
 
-    content.status.sections = {{"Uname", util::ShellCommand("uname -a", maxOutput)},
-                               {"Version Info", util::ShellCommand("cat /etc/version", maxOutput)}};
+    content.status.sections = {
+        {util::Translate("Uname"), util::ShellCommand("uname -a", maxOutput)},
+        {util::Translate("Version Info"), util::ShellCommand("cat /etc/version", maxOutput)}};
     render("General", content);
 }
 

@@ -12,11 +12,15 @@
 #include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
 
 namespace {
+
+using util::Translatable;
+using util::Translate;
 
 constexpr char logTag[] = "WebApps/webconfig/apps/settings/History";
 
@@ -24,29 +28,29 @@ constexpr char logTag[] = "WebApps/webconfig/apps/settings/History";
 constexpr std::size_t pageSize = 50;
 constexpr int readSize = 100;
 
-constexpr char undo[] = "Undo";
-constexpr char returnToBefore[] = "Return to before this";
+constexpr char const *undo = Translatable("Undo");
+constexpr char const *returnToBefore = Translatable("Return to before this");
 
 constexpr std::pair<char const *, char const *> titles[] = {
-    {settings::general, "General"},
-    {settings::ethernet, "Ethernet 1"},
-    {settings::dns, "DNS"},
-    {settings::vpn, "OpenVPN"},
-    {settings::site, "Orvane"},
-    {settings::forwarding, "Port forwarding"},
-    {settings::cellular, "Cellular"},
-    {settings::time, "NTP"},
-    {settings::accessPoint, "Access point"},
-    {settings::wlan, "WLAN"},
-    {settings::advanced, "Advanced"},
-    {"/settings/history", "History"},
-    {settings::machines, "Machines"},
+    {settings::general, Translatable("General")},
+    {settings::ethernet, Translatable("Ethernet 1")},
+    {settings::dns, Translatable("DNS")},
+    {settings::vpn, Translatable("OpenVPN")},
+    {settings::site, Translatable("Orvane")},
+    {settings::forwarding, Translatable("Port forwarding")},
+    {settings::cellular, Translatable("Cellular")},
+    {settings::time, Translatable("NTP")},
+    {settings::accessPoint, Translatable("Access point")},
+    {settings::wlan, Translatable("WLAN")},
+    {settings::advanced, Translatable("Advanced")},
+    {"/settings/history", Translatable("History")},
+    {settings::machines, Translatable("Machines")},
 };
 
 std::string TitleOf(std::string const &page) {
     for (auto const &[address, title] : titles) {
         if (page == address)
-            return title;
+            return Translate(title);
     }
     return page;
 }
@@ -59,13 +63,26 @@ std::string TimeText(std::time_t time) {
     return text.data();
 }
 
+/// Reasons of our own, as they are stored, in English.
+constexpr char const *reasons[] = {Translatable("Undo of {1}"), Translatable("Return to before {1}"),
+                                   Translatable("Restore of {1}")};
+
+std::string ShownReason(std::string const &reason) {
+    for (std::string const known : reasons) {
+        std::string const begin = known.substr(0, known.find('{'));
+        if (reason.starts_with(begin))
+            return Translate(known, reason.substr(begin.size()));
+    }
+    return Translate(reason);
+}
+
 data::HistoryEntry EntryOf(history::ChangeSet const &set) {
     return {std::to_string(set.number),
             TimeText(set.time),
             set.requester.user + (set.requester.user.empty() ? "" : ", ") + set.requester.address,
             TitleOf(set.requester.page),
             set.result,
-            set.reason,
+            ShownReason(set.reason),
             data::Described(set.changes)};
 }
 
@@ -117,10 +134,11 @@ std::vector<history::Change> ChangesOf(history::ChangeLog &log, std::string cons
 void TakeBack(history::ChangeLog &log, data::History &content, data::HistoryQuestion question,
               bool confirmed) {
     bool const whole = question.action == returnToBefore;
-    std::string const what = whole ? "Return to before " + question.number : "Undo of " + question.number;
+    util::Bilingual const what(whole ? reasons[1] : reasons[0], question.number);
     auto const changes = ChangesOf(log, question.action, std::strtoll(question.number.c_str(), nullptr, 10));
     if (changes.empty()) {
-        content.message = data::Message::Error("There is no change " + question.number + " any more.");
+        content.message =
+            data::Message::Error(Translate("There is no change {1} any more.", question.number));
         return;
     }
     history::Plan const plan = history::PlanToTakeBack(changes);
@@ -134,8 +152,8 @@ void TakeBack(history::ChangeLog &log, data::History &content, data::HistoryQues
         content.question.push_back(std::move(question));
     } else {
         if (auto *const recording = history::Recording::Current())
-            recording->SetReason(what);
-        content.message = data::ResultOf(history::Apply(plan.writes), what + " is done.");
+            recording->SetReason(what.english);
+        content.message = data::ResultOf(history::Apply(plan.writes), Translate("{1} is done.", what.shown));
         content.reboot_required = util::IsRebootRequired();
     }
 }
@@ -147,8 +165,8 @@ struct TrialButton {
     char const *done;
 };
 constexpr TrialButton trialButtons[] = {
-    {"Keep them", history::KeepTrial, "The new settings are kept."},
-    {"Take them back", history::EndTrial, "The new settings are being taken back."},
+    {"Keep them", history::KeepTrial, Translatable("The new settings are kept.")},
+    {"Take them back", history::EndTrial, Translatable("The new settings are being taken back.")},
     {"Dismiss", history::DismissTrial, ""},
 };
 
@@ -163,8 +181,9 @@ data::Message Press(TrialButton const &button) {
 void Settings::History() {
     data::History content;
     Prepare(content);
-    content.title = "History";
-    content.pages.assign(std::begin(titles), std::end(titles));
+    content.title = Translate("History");
+    for (auto const &[address, title] : titles)
+        content.pages.emplace_back(address, Translate(title));
     content.text = HttpGet("text");
     content.page = HttpGet("page");
     std::string const before = HttpGet("before");
@@ -186,7 +205,7 @@ void Settings::History() {
     } catch (std::exception const &failure) {
         WEBCONFIG_LOG(error, logTag) << "The history cannot be read: " << failure.what();
         content.message =
-            data::Message::Error(std::string("The history cannot be read: ") + failure.what(), true);
+            data::Message::Error(Translate("The history cannot be read: {1}", failure.what()), true);
     }
     render("History", content);
 }

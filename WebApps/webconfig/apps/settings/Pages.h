@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/apps/Page.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/history/Recorder.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::apps {
 
@@ -10,11 +11,11 @@ namespace webconfig::apps {
 /// "/settings" its name leads to the Firmware page, on purpose.
 inline constexpr Page<Settings> settingsPages[] = {
     {"general", &Settings::Firmware},
-    {"firmware", &Settings::Firmware, "Firmware"},
+    {"firmware", &Settings::Firmware, util::Translatable("Firmware")},
     {"firmware_upgrade_status", &Settings::FirmwareUpgradeStatus},
-    {"reboot", &Settings::Reboot, "Reboot"},
-    {"advanced", &Settings::Advanced, "Advanced"},
-    {"history", &Settings::History, "History", &history::IsKept},
+    {"reboot", &Settings::Reboot, util::Translatable("Reboot")},
+    {"advanced", &Settings::Advanced, util::Translatable("Advanced")},
+    {"history", &Settings::History, util::Translatable("History"), &history::IsKept},
     {"about", &Settings::About},
 };
 

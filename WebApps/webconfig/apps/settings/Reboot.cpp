@@ -2,6 +2,7 @@
 
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -16,7 +17,7 @@ constexpr char finishedUpgrade[] = "finishedUpgrade";
 void Settings::Reboot() {
     data::Reboot content;
     Prepare(content);
-    content.title = "Reboot";
+    content.title = util::Translate("Reboot");
     if (HttpGet("type") == finishedUpgrade)
         content.message = data::Message::OK("Firmware upgraded successfully, reboot to run new firmware");
 

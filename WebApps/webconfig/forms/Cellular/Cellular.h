@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 #include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
@@ -16,7 +17,7 @@ class Cellular : public Base {
     cppcms::widgets::checkbox checkReceiving;
     cppcms::widgets::checkbox useSimPin;
     widgets::Secret<cppcms::widgets::text> simPin;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 }  // namespace webconfig::forms

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/widgets/Button.h"
 #include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
@@ -17,7 +18,7 @@ class CellularCdma : public Base {
     cppcms::widgets::text activationCommand;
     cppcms::widgets::text activationResponse;
     cppcms::widgets::checkbox forceActivation;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 };
 
 }  // namespace webconfig::forms

@@ -9,6 +9,7 @@
 #include "WebApps/webconfig/forms/Validation.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Strings.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::forms {
 
@@ -26,7 +27,7 @@ constexpr char automaticMode[] = "0";
 
 CellularGprs::CellularGprs() {
     SetUp(preferredNetwork, noName, "cfg_cell_preferred_network", "Preferred Network");
-    preferredNetwork.add(automatic, automatic);
+    preferredNetwork.add(util::Translate("Automatic"), automatic);
     AddOperators(util::Prm::GetString(operatorsKey).substr(0, maxOperators));
     util::validation::NonEmpty(preferredNetwork);
     add(preferredNetwork);

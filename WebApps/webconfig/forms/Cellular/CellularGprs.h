@@ -3,6 +3,8 @@
 #include <string>
 
 #include "WebApps/webconfig/forms/Base.h"
+#include "WebApps/webconfig/util/Translate.h"
+#include "WebApps/webconfig/widgets/Button.h"
 #include "WebApps/webconfig/widgets/Secret.h"
 
 namespace webconfig::forms {
@@ -16,8 +18,8 @@ class CellularGprs : public Base {
     static constexpr char refreshKey[] = "gprs/network/refresh";
 
     static constexpr char automatic[] = "Automatic";
-    static constexpr char refreshCaption[] = "Refresh";
-    static constexpr char cancelCaption[] = "Refreshing (click to cancel)";
+    static constexpr char const *refreshCaption = util::Translatable("Refresh");
+    static constexpr char const *cancelCaption = util::Translatable("Refreshing (click to cancel)");
 
     CellularGprs();
 
@@ -28,13 +30,13 @@ class CellularGprs : public Base {
     std::string NetworkMode();
 
     cppcms::widgets::select preferredNetwork;
-    cppcms::widgets::submit refresh;
+    widgets::Button refresh;
     cppcms::widgets::text simType;
     cppcms::widgets::text apn;
     cppcms::widgets::text username;
     widgets::Secret<cppcms::widgets::password> password;
     cppcms::widgets::text dialCommand;
-    cppcms::widgets::submit save;
+    widgets::Button save;
 
   private:
     void AddOperators(std::string const &list);
