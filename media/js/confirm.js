@@ -1,67 +1,79 @@
-// Asks before what cannot be taken back. Stands alone: the page of the regulatory domain has no other scripts.
+// Asks before what cannot be taken back. Needs translate.js only: the page of the regulatory domain has few other
+// scripts.
 (function () {
     "use strict";
 
     const chosen = (form, name) => form.elements[name].selectedOptions[0].textContent.trim();
-    const megabytes = (file) => (file.size / 1e6).toFixed(1) + " MB";
+    const megabytes = (file) => gettext("{1} MB", (file.size / 1e6).toFixed(1));
 
-    /** What a button is, what its question says, and the caption of the button that goes on. */
+    /** What a button is, what its question says, and the caption of the button that goes on. The value of a button is
+     *  the same in every language. */
     const questions = [
         {
             button: "#advanced_administration [value='Erase']",
-            title: "Erase the configuration?",
+            title: gettext("Erase the configuration?"),
             text: (form) =>
-                `This erases the persistent configuration: ${chosen(form, "eraseType")}. A backup (Configuration tab) ` +
-                "is the only way back, and the device may no longer be reached at this address.",
-            go: (form) => "Erase " + chosen(form, "eraseType"),
+                gettext(
+                    "This erases the persistent configuration: {1}. A backup (Configuration tab) is the only way back, " +
+                        "and the device may no longer be reached at this address.",
+                    chosen(form, "eraseType"),
+                ),
+            go: (form) => gettext("Erase {1}", chosen(form, "eraseType")),
         },
         {
             button: "#advanced_administration [value='ErasePartition']",
-            title: "Erase a partition?",
-            text: (form) => `Everything on the ${chosen(form, "eraseWhich")} is lost. There is no way back.`,
-            go: (form) => "Erase " + chosen(form, "eraseWhich"),
+            title: gettext("Erase a partition?"),
+            text: (form) => gettext("Everything on the {1} is lost. There is no way back.", chosen(form, "eraseWhich")),
+            go: (form) => gettext("Erase {1}", chosen(form, "eraseWhich")),
         },
         {
             button: "#cfg_frw_save",
-            title: "Load this firmware?",
+            title: gettext("Load this firmware?"),
             text: function (form) {
                 const [file] = form.elements.fwupload.files;
-                return `${file.name} (${megabytes(file)}) is sent to the device and installed. That takes some ` +
-                    "minutes, during which no page can be used. Do not switch the device off.";
+                return gettext(
+                    "{1} ({2}) is sent to the device and installed. That takes some minutes, during which no page can " +
+                        "be used. Do not switch the device off.",
+                    file.name,
+                    megabytes(file),
+                );
             },
-            go: () => "Load firmware",
+            go: () => gettext("Load firmware"),
         },
         {
             button: "#cfg_rbt_reboot",
-            title: "Reboot the device?",
-            text: () => "All its connections are interrupted, and it is away for a minute or two.",
-            go: () => "Reboot now",
+            title: gettext("Reboot the device?"),
+            text: () => gettext("All its connections are interrupted, and it is away for a minute or two."),
+            go: () => gettext("Reboot now"),
         },
         {
             button: "#btn_asn[value='Reboot to take effect'], [name='Reboot']",
-            title: "Reboot the device?",
-            text: () => "All its connections are interrupted, and it is away for a minute or two.",
-            go: () => "Reboot now",
+            title: gettext("Reboot the device?"),
+            text: () => gettext("All its connections are interrupted, and it is away for a minute or two."),
+            go: () => gettext("Reboot now"),
         },
         {
             button: "#id_save",
-            title: "Change the regulatory domain?",
-            text: (form) => `The new domain is ${chosen(form, "id_domain")}. A module takes such a change ten times in its life.`,
-            go: () => "Change domain",
+            title: gettext("Change the regulatory domain?"),
+            text: (form) =>
+                gettext("The new domain is {1}. A module takes such a change ten times in its life.", chosen(form, "id_domain")),
+            go: () => gettext("Change domain"),
         },
         {
             button: "#status_ntp_manual_sync",
-            title: "Jump the system time?",
+            title: gettext("Jump the system time?"),
             text: () =>
-                "The clock is set at once, forwards or backwards. Whatever goes by it (logs, certificates, " +
-                "measurements) sees a leap.",
-            go: () => "Jump system time",
+                gettext(
+                    "The clock is set at once, forwards or backwards. Whatever goes by it (logs, certificates, " +
+                        "measurements) sees a leap.",
+                ),
+            go: () => gettext("Jump system time"),
         },
         {
             button: ".forwarding_form [name='delete']",
-            title: "Delete this rule?",
-            text: (form, button) => `${button.dataset.what ?? "The rule"} is no longer forwarded, at once.`,
-            go: (form, button) => "Delete " + (button.dataset.what ?? "rule"),
+            title: gettext("Delete this rule?"),
+            text: (form, button) => gettext("{1} is no longer forwarded, at once.", button.dataset.what ?? gettext("The rule")),
+            go: (form, button) => gettext("Delete {1}", button.dataset.what ?? gettext("rule")),
         },
     ];
 
@@ -81,7 +93,7 @@
                 proceed();
             }
         };
-        const cancel = element("button", "Cancel", { type: "button", className: "cancel", onclick: answer(false) });
+        const cancel = element("button", gettext("Cancel"), { type: "button", className: "cancel", onclick: answer(false) });
         const yes = element("button", go, { type: "button", className: "danger", onclick: answer(true) });
         const heading = element("h2", title, { id: "question_title" });
         const explanation = element("p", text, { id: "question_text" });

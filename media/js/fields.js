@@ -48,8 +48,9 @@
     }
 
     function addShowButton(index, input) {
-        const $button = $("<button type='button' class='show_password'>").text("Show").attr("aria-pressed", "false");
-        $button.attr("aria-label", "Show " + ($(input).closest("tr").children("th").text().trim() || "password"));
+        const $button = $("<button type='button' class='show_password'>").text(gettext("Show")).attr("aria-pressed", "false");
+        const what = $(input).closest("tr").children("th").text().trim() || gettext("password");
+        $button.attr("aria-label", gettext("Show {1}", what));
         $button.on("click", function () {
             const shown = input.type === "password";
             input.type = shown ? "text" : "password";

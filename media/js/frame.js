@@ -41,7 +41,7 @@
 
         // Seen on narrow screens only, where the menu would push the page itself out of sight.
         $("<button type='button' id='nav_toggle' aria-controls='nav' aria-expanded='false'>")
-            .text("Menu")
+            .text(gettext("Menu"))
             .insertBefore($nav)
             .on("click", function () {
                 this.setAttribute("aria-expanded", String($nav.toggleClass("open").hasClass("open")));
@@ -52,16 +52,16 @@
 
     function nameLandmarks() {
         $("#banner").attr("role", "banner");
-        $(".navpx").attr({ role: "navigation", "aria-label": "Pages" });
+        $(".navpx").attr({ role: "navigation", "aria-label": gettext("Pages") });
         $("#config_pane").attr({ role: "main", tabindex: -1 });
         $("#footer").attr("role", "contentinfo");
         $("#old_ie_hack").attr("role", "presentation");
         $("div.alerts").attr("role", "status");
-        $("#trialBox").attr({ role: "form", "aria-label": "New settings on trial" });
-        $(".saved_changes").attr({ role: "region", "aria-label": "What was changed" });
+        $("#trialBox").attr({ role: "form", "aria-label": gettext("New settings on trial") });
+        $(".saved_changes").attr({ role: "region", "aria-label": gettext("What was changed") });
         // Cells without a text head no row.
         $("#config_pane th:empty").attr("role", "cell");
-        $("<a id='skip' href='#config_pane'>").text("Skip to the page").prependTo("body");
+        $("<a id='skip' href='#config_pane'>").text(gettext("Skip to the page")).prependTo("body");
     }
 
     function linkToStart() {

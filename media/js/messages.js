@@ -16,7 +16,7 @@
         const failed = $box.hasClass("failure");
         $box.attr("role", failed ? "alert" : "status").text($box.text());
         if (failed) {
-            const $close = $("<button type='button' class='close' aria-label='Close'>");
+            const $close = $("<button type='button' class='close'>").attr("aria-label", gettext("Close"));
             $box.append($close.on("click", () => $box.hide()));
         }
     }

@@ -8,12 +8,12 @@
 
     /** What a status box says when a call was answered with an error, and when it got no answer. */
     const statusProblems = {
-        refused: (error) => "Error retrieving status: " + error,
-        failed: (request, status, error) => "Error retrieving status: " + error + "[" + status + "]",
+        refused: (error) => gettext("Error retrieving status: {1}", error),
+        failed: (request, status, error) => gettext("Error retrieving status: {1}[{2}]", error, status),
     };
     const briefStatusProblems = {
         refused: (error) => error,
-        failed: (request) => "Invalid Status " + request.status,
+        failed: (request) => gettext("Invalid Status {1}", request.status),
     };
 
     /** Calls a status method.
@@ -34,7 +34,7 @@
 
     /** Above what the box says: since when that has not changed, and why, where that is known. */
     function tellSilence($box, since, problem) {
-        const text = "No answer since " + since.toTimeString().slice(0, 8) + ", trying again";
+        const text = gettext("No answer since {1}, trying again", since.toTimeString().slice(0, 8));
         forgetSilence($box);
         if (problem) {
             $box.prepend($("<p class='no_answer'>").text(problem));
@@ -115,7 +115,7 @@
     function PollBriefStatus(url, method, interval, boxSelector, show) {
         function showUnlessEmpty($box, result) {
             if ($.isEmptyObject(result)) {
-                ShowIn($box, $("<i>").text("empty status"));
+                ShowIn($box, $("<i>").text(gettext("empty status")));
             } else {
                 show($box, result);
             }
@@ -149,14 +149,14 @@
      *  @param parts pairs of heading and text. */
     function ShowReport($box, enabled, parts) {
         if (!enabled) {
-            $box.text("Not enabled");
+            $box.text(gettext("Not enabled"));
             return;
         }
         const $report = $("<pre>");
         for (const [title, text] of parts) {
             $report.append($("<h2>").text(title), document.createTextNode(text));
         }
-        ShowIn($box, $report.append($("<b>").text("(check system log file for more details)")));
+        ShowIn($box, $report.append($("<b>").text(gettext("(check system log file for more details)"))));
     }
 
     window.CallStatus = CallStatus;

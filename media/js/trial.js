@@ -13,10 +13,11 @@
 
         function show() {
             const seconds = Math.max(0, Math.round((end - Date.now()) / 1000));
-            $left.text(` (${Math.floor(seconds / 60)}:${String(seconds % 60).padStart(2, "0")} left)`);
+            const left = `${Math.floor(seconds / 60)}:${String(seconds % 60).padStart(2, "0")}`;
+            $left.text(" " + gettext("({1} left)", left));
             if (seconds === 0) {
                 clearInterval(timer);
-                $("#trialBox").text("The time is over: new settings are being taken back.");
+                $("#trialBox").text(gettext("The time is over: new settings are being taken back."));
             }
         }
     });

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <mutex>
 
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -17,14 +18,14 @@ constexpr auto patience = std::chrono::seconds(3);
 /// The same for the guard, which takes back in the meantime.
 constexpr std::chrono::seconds guardLimit{3};
 
-constexpr char busy[] =
-    "Other settings are still being saved. Nothing of this form was: go back and save it again in a moment.";
+constexpr char const *busy = util::Translatable(
+    "Other settings are still being saved. Nothing of this form was: go back and save it again in a moment.");
 constexpr Saving::Refusal ends = {"the service ends", busy};
 constexpr Saving::Refusal tooMany = {"too many others wait for their turn", busy};
 constexpr Saving::Refusal goingBack = {
     "earlier settings are being taken back",
-    "Earlier settings are being taken back. Nothing of this form was saved: look at the page again in a "
-    "moment."};
+    util::Translatable("Earlier settings are being taken back. Nothing of this form was saved: look at the "
+                       "page again in a moment.")};
 
 std::timed_mutex turn;
 std::atomic<int> present{0};  // who have the turn or wait for it

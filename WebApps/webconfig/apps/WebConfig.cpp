@@ -63,7 +63,7 @@ void WebConfig::main(std::string url) {
         saving.emplace(service());
         if (auto const *const refusal = saving->Refused()) {
             WEBCONFIG_LOG(warning, logTag) << "Refused to save: " << refusal->reason;
-            response().make_error_response(serviceUnavailable, refusal->text);
+            response().make_error_response(serviceUnavailable, util::Translate(refusal->text));
             return;
         }
     }

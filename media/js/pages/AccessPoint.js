@@ -6,10 +6,10 @@
 
     window.ShowAccessPointStatus = function ($box, result) {
         ShowReport($box, result.ap0_enabled, [
-            ["Access Point interface", result.ap0_status],
-            ["Connected clients", result.connected_clients],
-            ["DHCP leases", result.clients_dhcp_lease],
-            ["Syslog info (WiFi only)", result.status_from_syslog],
+            [gettext("Access Point interface"), result.ap0_status],
+            [gettext("Connected clients"), result.connected_clients],
+            [gettext("DHCP leases"), result.clients_dhcp_lease],
+            [gettext("Syslog info (WiFi only)"), result.status_from_syslog],
         ]);
     };
 
@@ -37,7 +37,7 @@
             if (parts.length < 2) {
                 return;
             }
-            const text = parts[1] ? "[" + parts[0] + "] " + parts[1] + " MHz" : "Automatic";
+            const text = parts[1] ? "[" + parts[0] + "] " + parts[1] + " MHz" : gettext("Automatic");
             $channel.append($("<option>").val(entry).text(text));
         }
 
@@ -72,7 +72,7 @@
 
         $(function () {
             if (channelReadOnly) {
-                $("#channel_name_append").text(" (readonly if WLAN enabled)");
+                $("#channel_name_append").text(" " + gettext("(readonly if WLAN enabled)"));
             }
             $enabled.on("change", switchFields);
             $("#ap_country_code:not([onchange])").on("change", (event) => window.apCountryCodeChange(event.target));

@@ -2,8 +2,8 @@
     "use strict";
 
     window.LogProblems = {
-        refused: (error) => "Error retrieving log: " + error,
-        failed: (request, status, error) => "Error retrieving log: " + error,
+        refused: (error) => gettext("Error retrieving log: {1}", error),
+        failed: (request, status, error) => gettext("Error retrieving log: {1}", error),
     };
 
     /** The newest lines are the last ones. */

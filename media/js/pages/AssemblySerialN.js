@@ -24,7 +24,7 @@
             }
             $.ajax({ type: "HEAD", url: "//" + location.host + url + "?rand=" + Math.random(), timeout: 3000 })
                 .done(function () {
-                    ShowStaticFormResultMsg("Reboot is successfully finished ", "success");
+                    ShowStaticFormResultMsg(gettext("Reboot is successfully finished "), "success");
                     setTimeout(() => (location.href = "/"), homePause);
                 })
                 .fail(function () {

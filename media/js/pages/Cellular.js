@@ -2,8 +2,8 @@
     "use strict";
 
     const problems = {
-        refused: (error) => "Error retrieving status: " + error,
-        failed: (request, status, error) => "Error retrieving status: " + error + " [" + status + "]",
+        refused: (error) => gettext("Error retrieving status: {1}", error),
+        failed: (request, status, error) => gettext("Error retrieving status: {1} [{2}]", error, status),
     };
 
     /** Figures that are always shown, and those that are shown where there is one. */
@@ -54,7 +54,7 @@
             showPair("ppp_current_rxtx_packets", result.ppp_tx_packets_current, result.ppp_rx_packets_current);
             showPair("ppp_current_rxtx_bytes", result.ppp_tx_bytes_current, result.ppp_rx_bytes_current);
             showPair("ppp_total_rxtx_bytes", result.ppp_tx_bytes_total, result.ppp_rx_bytes_total);
-            $status.find("#network_row").text(result.forced_automatic ? "Network (back to 'Automatic')" : "Network");
+            $status.find("#network_row").text(result.forced_automatic ? gettext("Network (back to 'Automatic')") : gettext("Network"));
             // No connection type of the modems in use begins so: for them the row stays hidden.
             $status.find("#carrier_apn_row").toggle(/^GSM/.test(result.connection_type));
         }

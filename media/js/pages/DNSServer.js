@@ -2,6 +2,6 @@
     "use strict";
 
     window.ShowDnsStatus = function ($box, result) {
-        ShowIn($box, StatusSection("DNS Settings", result.currentConf, true));
+        ShowIn($box, StatusSection(gettext("DNS Settings"), result.currentConf, true));
     };
 })();

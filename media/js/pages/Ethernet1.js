@@ -4,13 +4,13 @@
     window.ShowEthernetStatus = function ($box, result) {
         const bridge =
             "brctl" in result
-                ? [StatusSection("Bridge Setup", result.brctl), StatusSection("Bridge Interface", result.br1)]
+                ? [StatusSection(gettext("Bridge Setup"), result.brctl), StatusSection(gettext("Bridge Interface"), result.br1)]
                 : [];
         ShowIn(
             $box,
             ...bridge,
-            StatusSection("Ethernet1 Interface", result.eth1),
-            StatusSection("Ethernet1 Settings", result.ethtool),
+            StatusSection(gettext("Ethernet1 Interface"), result.eth1),
+            StatusSection(gettext("Ethernet1 Settings"), result.ethtool),
         );
     };
 

@@ -4,7 +4,7 @@
 
     const pollInterval = 1000; // milliseconds
     const contentType = "application/json";
-    const copying = "Copying file: please wait...";
+    const copying = gettext("Copying file: please wait...");
 
     function randomHexDigits(count) {
         return Array.from({ length: count }, () => Math.floor(Math.random() * 16).toString(16)).join("");
@@ -67,10 +67,10 @@
             ShowProgress(progress, ["done", "upgrading", "finishing", "ram", "flash"]);
             const state = progress && progress.state;
             if (state === "done") {
-                ShowFormResultMsg("Firmware upgraded successfully", "success");
+                ShowFormResultMsg(gettext("Firmware upgraded successfully"), "success");
                 location.href = page.done;
             } else if (state === "failed") {
-                ShowStaticFormResultMsg("Upgrade Failed", "failure");
+                ShowStaticFormResultMsg(gettext("Upgrade Failed"), "failure");
                 location.href = page.failed;
             } else {
                 arm();

@@ -4,11 +4,11 @@
     window.ShowGeneralStatus = function ($box, result) {
         ShowIn(
             $box,
-            StatusSection("Date", result.date),
-            StatusSection("Uptime", result.uptime),
-            StatusSection("Board Temperature", result.boardTemp),
-            StatusSection("Top", result.top, true),
-            StatusSection("Process Status", result.processStatus, true),
+            StatusSection(gettext("Date"), result.date),
+            StatusSection(gettext("Uptime"), result.uptime),
+            StatusSection(gettext("Board Temperature"), result.boardTemp),
+            StatusSection(gettext("Top"), result.top, true),
+            StatusSection(gettext("Process Status"), result.processStatus, true),
         );
     };
 })();

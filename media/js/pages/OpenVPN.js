@@ -4,23 +4,23 @@
     window.ShowOpenVpnStatus = function ($box, result) {
         ShowIn(
             $box,
-            StatusTable("Connection", [
-                ["Connection Status", result.connectionStatus],
-                [result.isConnected ? "Tunnel up time" : "Tunnel down time", result.currentStateTimeString],
+            StatusTable(gettext("Connection"), [
+                [gettext("Connection Status"), result.connectionStatus],
+                [result.isConnected ? gettext("Tunnel up time") : gettext("Tunnel down time"), result.currentStateTimeString],
             ]),
-            StatusTable("Configuration", [
-                ["Configuration File", result.configurationFile],
-                ["CA Certificate", result.caCertificate],
-                ["Client Certificate", result.clientCertificate],
-                ["Client Key", result.clientKey],
+            StatusTable(gettext("Configuration"), [
+                [gettext("Configuration File"), result.configurationFile],
+                [gettext("CA Certificate"), result.caCertificate],
+                [gettext("Client Certificate"), result.clientCertificate],
+                [gettext("Client Key"), result.clientKey],
             ]),
-            StatusTable("Server Details", [
-                ["Server", result.server],
-                ["Organization", result.organization],
-                ["Organizational Unit", result.organizationalUnit],
-                ["Client", result.client],
+            StatusTable(gettext("Server Details"), [
+                [gettext("Server"), result.server],
+                [gettext("Organization"), result.organization],
+                [gettext("Organizational Unit"), result.organizationalUnit],
+                [gettext("Client"), result.client],
             ]),
-            StatusSection("Log", result.logOutput),
+            StatusSection(gettext("Log"), result.logOutput),
         );
     };
 })();

@@ -3,6 +3,6 @@
 
     window.ShowOrvaneStatus = function ($box, result) {
         // Without an answer of the daemon it is the text "Unknown".
-        $box.text(result.isConnected === true ? "Connected to " + result.serverAddress : "Not Connected");
+        $box.text(result.isConnected === true ? gettext("Connected to {1}", result.serverAddress) : gettext("Not Connected"));
     };
 })();

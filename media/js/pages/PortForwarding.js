@@ -2,17 +2,17 @@
     "use strict";
 
     const headings = {
-        protocol: "Protocol",
-        sourcePort: "Source Port",
-        destinationIP: "Dest IP Address",
-        destinationPort: "Dest Port",
+        protocol: gettext("Protocol"),
+        sourcePort: gettext("Source Port"),
+        destinationIP: gettext("Dest IP Address"),
+        destinationPort: gettext("Dest Port"),
     };
 
     window.ShowPortForwardingStatus = function ($box, result) {
         ShowIn(
             $box,
-            StatusSection("Packet Filtering", result.filtering),
-            StatusSection("NAT Settings", result.nat),
+            StatusSection(gettext("Packet Filtering"), result.filtering),
+            StatusSection(gettext("NAT Settings"), result.nat),
         );
     };
 
@@ -29,7 +29,8 @@
         }
         $("#config_tab [name='edit'], #config_tab [name='delete']").each(function () {
             const rule = ruleOf(this.closest("tr"));
-            $(this).attr({ "aria-label": this.value + " " + rule, "data-what": rule });
+            const label = this.name === "edit" ? gettext("Edit {1}", rule) : gettext("Delete {1}", rule);
+            $(this).attr({ "aria-label": label, "data-what": rule });
         });
         labelCells();
     };

@@ -45,7 +45,7 @@
         const way = document.createElement("nav");
         const link = document.createElement("a");
         link.href = startPage;
-        link.textContent = "Back to the device";
+        link.textContent = gettext("Back to the device");
         way.append(link);
         document.body.append(way, main);
     }

@@ -15,7 +15,7 @@
 
         function setUp() {
             if (/[?&]reboot_done=1(&|$)/.test(location.search)) {
-                ShowFormResultMsg("Device has finished rebooting ", "success");
+                ShowFormResultMsg(gettext("Device has finished rebooting "), "success");
                 $("input[name='reboot']").closest("tr").hide();
             }
         }
@@ -35,10 +35,10 @@
         function giveUp() {
             const address = $("#prm_lan_ipaddr").text();
             if ($("#lan_ipaddr").text() === location.hostname && address && address !== location.hostname) {
-                ShowStaticFormResultMsg("Redirecting to " + address);
+                ShowStaticFormResultMsg(gettext("Redirecting to {1}", address));
                 location.replace("http://" + address + "/");
             } else {
-                ShowStaticFormResultMsg("ERROR: Device is not responding", "failure");
+                ShowStaticFormResultMsg(gettext("ERROR: Device is not responding"), "failure");
             }
         }
 
@@ -47,7 +47,7 @@
                 function (answer, outcome, request) {
                     if (outcome === "success" && request.status === 200) {
                         clearInterval(timer);
-                        ShowStaticFormResultMsg("Device has finished rebooting ", "success");
+                        ShowStaticFormResultMsg(gettext("Device has finished rebooting "), "success");
                         location.replace("/");
                     } else {
                         setTimeout(probe, probePause);

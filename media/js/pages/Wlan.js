@@ -6,10 +6,10 @@
 
     window.ShowWlanStatus = function ($box, result) {
         ShowReport($box, result.client0_enabled, [
-            ["Client Interface", result.client0_status],
-            ["Client Network", result.client0_ifconfig_status],
-            ["Routing", result.Routing],
-            ["Syslog info (WiFi only)", result.status_from_syslog],
+            [gettext("Client Interface"), result.client0_status],
+            [gettext("Client Network"), result.client0_ifconfig_status],
+            [gettext("Routing"), result.Routing],
+            [gettext("Syslog info (WiFi only)"), result.status_from_syslog],
         ]);
     };
 

@@ -10,6 +10,7 @@
 #include "WebApps/webconfig/apps/MediaRoot.h"
 #include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 #include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
@@ -46,7 +47,11 @@ void Regulatory::WifiHandler() {
             content.message = data::Message::OK("Successfully rebooted");
         }
     }
-    content.script = MediaRoot(settings()) + "/js/regulatory_wifi.js?rev=" + buildStamp;
+    std::string const scripts = MediaRoot(settings()) + "/js/";
+    content.script = scripts + "regulatory_wifi.js?rev=" + buildStamp;
+    content.language = util::Language();
+    if (!content.language.empty())
+        content.catalogue = scripts + "text." + content.language + ".js?rev=" + buildStamp;
     render("RegulatoryWifi", content);
     if (content.rebooting)
         util::ForkReboot();

@@ -25,7 +25,8 @@ namespace {
 constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
 constexpr int serviceUnavailable = 503;
 constexpr char retrySeconds[] = "10";
-constexpr char busy[] = "Others download at the moment. Go back and try again in a moment.";
+constexpr char const *busy =
+    util::Translatable("Others download at the moment. Go back and try again in a moment.");
 
 std::atomic<int> downloads{0};
 
@@ -79,7 +80,7 @@ bool Settings::_Download(data::Advanced &content, bool (Settings::*run)(data::Ad
         return (this->*run)(content);
     WEBCONFIG_LOG(warning, logTag) << "Refused to download: too many others do";
     response().set_header("Retry-After", retrySeconds);
-    response().make_error_response(serviceUnavailable, busy);
+    response().make_error_response(serviceUnavailable, util::Translate(busy));
     return true;
 }
 
