@@ -19,7 +19,8 @@ foreach(header
         forms/Base.h
         util/Branding.h
         util/Log.h
-        util/Prm.h)
+        util/Prm.h
+        widgets/Button.h)
     cmake_path(GET header PARENT_PATH folder)
     install(FILES WebApps/webconfig/${header}
         DESTINATION include/${package}/WebApps/webconfig/${folder} COMPONENT plugin-sdk)

@@ -17,7 +17,7 @@ constexpr char letters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz
 
 struct Language {
     std::string id;
-    std::string text;
+    std::string name;
 };
 std::vector<Language> listedLanguages;
 std::vector<Choice> offered(std::begin(languages), std::end(languages));
@@ -28,13 +28,13 @@ void OfferLanguages(cppcms::json::value const &listed) {
     listedLanguages.clear();
     if (!listed.is_undefined()) {
         for (auto const &entry : listed.array())
-            listedLanguages.push_back({entry.get<std::string>("id"), entry.get<std::string>("text")});
+            listedLanguages.push_back({entry.get<std::string>("id"), entry.get<std::string>("name")});
     }
     offered.assign(std::begin(languages), std::end(languages));
-    for (auto const &[id, text] : listedLanguages) {
+    for (auto const &[id, name] : listedLanguages) {
         if (id.empty() || id.find_first_not_of(letters) != std::string::npos)
             throw cppcms::cppcms_error("webconfig.languages: \"" + id + "\" is no id of a language");
-        offered.push_back({text.c_str(), id.c_str()});
+        offered.push_back({name.c_str(), id.c_str()});
     }
 }
 

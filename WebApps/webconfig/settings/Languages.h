@@ -11,7 +11,7 @@
 namespace webconfig::settings {
 
 /// Offers, besides English, those that a configuration lists: an array of objects with an "id", under which
-/// their catalogue is found ("de", "zh_CN"), and a "text", their name in themselves. None where \a listed is
+/// their catalogue is found ("de", "zh_CN"), and a "name", as its speakers call it. None where \a listed is
 /// undefined. Throws where something is wrong with them. Not while requests are served.
 void OfferLanguages(cppcms::json::value const &listed);
 

@@ -91,11 +91,11 @@ struct Version {
 Bilingual Compared(std::string const &version, std::string const &running, Age age) {
     switch (age) {
         case Age::Newer:
-            return {"{1}, newer than the running {2}", version, running};
+            return Bilingual("{1}, newer than the running {2}", version, running);
         case Age::Same:
-            return {"{1}, the same as the running one", version};
+            return Bilingual("{1}, the same as the running one", version);
         case Age::Older:
-            return {"{1}, older than the running {2}", version, running};
+            return Bilingual("{1}, older than the running {2}", version, running);
         default:
             return running.empty() ? Bilingual("{1}, the running version is not known", version)
                                    : Bilingual("{1}, not comparable with the running {2}", version, running);
@@ -117,7 +117,7 @@ std::string List(std::vector<std::string> const &texts) {
     return list;
 }
 
-void Refuse(FirmwareVerdict &verdict, char const *reason, Bilingual text) {
+void RefuseImage(FirmwareVerdict &verdict, char const *reason, Bilingual text) {
     verdict.reason = reason;
     verdict.refusal = std::move(text);
 }
@@ -126,8 +126,8 @@ void JudgeTree(std::string const &path, FirmwareDemands const &demands, Firmware
     MappedFile const file(path);
     auto const tree = ReadImageTree(file.Bytes().substr(0, verdict.imageSize));
     if (!tree) {
-        Refuse(verdict, "unreadable",
-               Bilingual("The image cannot be read: it is damaged, or only a part of one."));
+        RefuseImage(verdict, "unreadable",
+                    Bilingual("The image cannot be read: it is damaged, or only a part of one."));
         verdict.version = verdict.platform = Bilingual("unknown");
         return;
     }
@@ -140,9 +140,9 @@ void JudgeTree(std::string const &path, FirmwareDemands const &demands, Firmware
     verdict.platform =
         tree->platforms.empty() ? Bilingual("not told") : Bilingual::Name(List(tree->platforms));
     if (!fits && !tree->platforms.empty())
-        Refuse(verdict, "platform",
-               Bilingual("The image is for another platform: {1}. This device is a {2}.",
-                         List(tree->platforms), demands.platform));
+        RefuseImage(verdict, "platform",
+                    Bilingual("The image is for another platform: {1}. This device is a {2}.",
+                              List(tree->platforms), demands.platform));
 }
 
 Bilingual SignatureText(FirmwareSignature const &signature) {
@@ -151,11 +151,11 @@ Bilingual SignatureText(FirmwareSignature const &signature) {
         case State::None:
             return Bilingual("none");
         case State::UnknownKey:
-            return {"by a key that this device does not have, {1}", key};
+            return Bilingual("by a key that this device does not have, {1}", key);
         case State::Broken:
-            return {"does not match; the key is {1}", key};
+            return Bilingual("does not match; the key is {1}", key);
         case State::Valid:
-            return {"by {1}", key};
+            return Bilingual("by {1}", key);
         default:
             return Bilingual("unknown");
     }
@@ -163,20 +163,22 @@ Bilingual SignatureText(FirmwareSignature const &signature) {
 
 void JudgeSignature(FirmwareSignature const &signature, bool demanded, FirmwareVerdict &verdict) {
     if (signature.state == State::Unreadable)
-        Refuse(verdict, "unreadable", Bilingual("The image could not be read again."));
+        RefuseImage(verdict, "unreadable", Bilingual("The image could not be read again."));
     // Also where no signature is asked for: these are not the bytes that somebody has signed.
     else if (signature.state == State::Broken)
-        Refuse(verdict, "signature",
-               Bilingual(
-                   "The signature does not match the image: it was changed since, or damaged on its way."));
+        RefuseImage(
+            verdict, "signature",
+            Bilingual(
+                "The signature does not match the image: it was changed since, or damaged on its way."));
     else if (demanded && signature.state == State::None)
-        Refuse(verdict, "unsigned",
-               Bilingual("The image is not signed. This device takes only images that are signed with one of "
-                         "its keys."));
+        RefuseImage(
+            verdict, "unsigned",
+            Bilingual("The image is not signed. This device takes only images that are signed with one of "
+                      "its keys."));
     else if (demanded && signature.state == State::UnknownKey)
-        Refuse(verdict, "unknown-key",
-               Bilingual("The image is signed with a key that this device does not have ({1}).",
-                         OneLine(signature.key)));
+        RefuseImage(verdict, "unknown-key",
+                    Bilingual("The image is signed with a key that this device does not have ({1}).",
+                              OneLine(signature.key)));
 }
 
 }  // namespace

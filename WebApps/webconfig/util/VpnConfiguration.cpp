@@ -150,7 +150,7 @@ Bilingual HarmInVpnConfiguration(std::string const &configuration) {
         std::string_view const line = rest.substr(0, rest.find_first_of(lineEnds));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
         if (line.size() > maxLine && !IsOneWord(line))
-            return {"The configuration is refused: line {1} is too long", number};
+            return Bilingual("The configuration is refused: line {1} is too long", number);
         std::string const directive(Harmful(Directive(line.substr(0, maxLine))));
         if (!directive.empty())
             return {

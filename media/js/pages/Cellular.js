@@ -30,11 +30,12 @@
         const $refresh = $("#cfg_refresh_network");
         let takenBack = false;
 
-        function showFigure(name, text) {
+        function showFigure(name, value) {
             const $figure = $status.find("#status_" + name);
+            const text = gettext(String(value ?? ""));
             // What is there already may be selected.
-            if ($figure.text() !== String(text ?? "")) {
-                $figure.text(text ?? "");
+            if ($figure.text() !== text) {
+                $figure.text(text);
             }
         }
 

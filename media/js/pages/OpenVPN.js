@@ -1,18 +1,21 @@
 (function () {
     "use strict";
 
+    /** What has a value, in the language of the page where it is a text of our own. */
+    const shown = (value) => gettext(String(value ?? ""));
+
     window.ShowOpenVpnStatus = function ($box, result) {
         ShowIn(
             $box,
             StatusTable(gettext("Connection"), [
-                [gettext("Connection Status"), result.connectionStatus],
-                [result.isConnected ? gettext("Tunnel up time") : gettext("Tunnel down time"), result.currentStateTimeString],
+                [gettext("Connection Status"), shown(result.connectionStatus)],
+                [result.isConnected ? gettext("Tunnel up time") : gettext("Tunnel down time"), shown(result.currentStateTimeString)],
             ]),
             StatusTable(gettext("Configuration"), [
-                [gettext("Configuration File"), result.configurationFile],
-                [gettext("CA Certificate"), result.caCertificate],
-                [gettext("Client Certificate"), result.clientCertificate],
-                [gettext("Client Key"), result.clientKey],
+                [gettext("Configuration File"), shown(result.configurationFile)],
+                [gettext("CA Certificate"), shown(result.caCertificate)],
+                [gettext("Client Certificate"), shown(result.clientCertificate)],
+                [gettext("Client Key"), shown(result.clientKey)],
             ]),
             StatusTable(gettext("Server Details"), [
                 [gettext("Server"), result.server],

@@ -91,10 +91,10 @@ TEST_F(FirmwareVerdictTest, TellsWhatAnImageIsAndRefusesWhatIsNotForThisDevice) 
         EXPECT_STREQ(verdict.reason, expected.reason);
         EXPECT_STREQ(Judge(true).reason, expected.reasonUnlessSigned);
         EXPECT_EQ(verdict.refusal.empty(), *expected.reason == 0);
-        EXPECT_EQ(verdict.version, expected.version);
+        EXPECT_EQ(verdict.version.english, expected.version);
         EXPECT_EQ(verdict.isOlder, expected.version == older);
-        EXPECT_EQ(verdict.platform, expected.platform);
-        EXPECT_TRUE(verdict.signature.starts_with(expected.signature)) << verdict.signature;
+        EXPECT_EQ(verdict.platform.english, expected.platform);
+        EXPECT_TRUE(verdict.signature.english.starts_with(expected.signature)) << verdict.signature.english;
         EXPECT_EQ(verdict.imageSize, expected.size);
     }
 }

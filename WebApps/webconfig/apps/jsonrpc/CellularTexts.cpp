@@ -5,11 +5,15 @@
 #include <limits>
 #include <span>
 
+#include "WebApps/webconfig/util/Translate.h"
+
 namespace webconfig::apps::cellular {
 
 namespace {
 
-constexpr char unknown[] = "Unknown";
+using util::Translatable;
+
+constexpr char const *unknown = Translatable("Unknown");
 
 constexpr std::uint32_t gsm = 2;
 constexpr std::uint32_t cdma = 3;
@@ -20,10 +24,10 @@ struct CodeText {
 };
 
 constexpr CodeText simStates[] = {
-    {0, "SIM error"},
-    {1, "Waiting for status query"},
-    {2, "Ready"},
-    {11, "Not inserted"},
+    {0, Translatable("SIM error")},
+    {1, Translatable("Waiting for status query")},
+    {2, Translatable("Ready")},
+    {11, Translatable("Not inserted")},
 };
 constexpr std::uint32_t simWithoutCcid = 10;
 
@@ -44,9 +48,11 @@ constexpr CodeText gsmTechnologies[] = {
 constexpr CodeText cdmaTechnologies[] = {{1, "1xRTT"}, {2, "EVDO"}, {3, "EVDO"}};
 
 constexpr CodeText temperatureIndications[] = {
-    {-2, "Below lowest temp limit (shutdown)"},   {-1, "Below low temp alert limit"},
-    {0, "Normal operating temperature"},          {1, "Above upper temp alert limit"},
-    {2, "Above uppermost temp limit (shutdown)"},
+    {-2, Translatable("Below lowest temp limit (shutdown)")},
+    {-1, Translatable("Below low temp alert limit")},
+    {0, Translatable("Normal operating temperature")},
+    {1, Translatable("Above upper temp alert limit")},
+    {2, Translatable("Above uppermost temp limit (shutdown)")},
 };
 
 std::string TextOf(std::int64_t code, std::span<CodeText const> texts) {
@@ -81,10 +87,10 @@ std::string SignalStrengthText(std::int32_t quality) {
     if (quality < 0)
         return std::to_string(quality) + " dBm";
     if (quality == 0)
-        return "-113 dBm or less";
+        return Translatable("-113 dBm or less");
     if (quality < 31)
         return std::to_string(2 * quality - 113) + " dBm";
-    return quality == 31 ? "-51 dBm or greater" : "Not known or not detectable";
+    return quality == 31 ? Translatable("-51 dBm or greater") : Translatable("Not known or not detectable");
 }
 
 std::string BitErrorRateText(std::uint32_t networkKind, std::uint32_t errorClass) {

@@ -11,6 +11,7 @@
 #include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Strings.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::apps {
 
@@ -29,12 +30,12 @@ void AddConnection(cppcms::json::value &status) {
         status["currentStateTimeString"] = DurationText(tunnel->secondsInState);
     } else {
         for (char const *const key : {"connectionStatus", "isConnected", "currentStateTimeString"})
-            status[key] = "Unknown";
+            status[key] = util::Translatable("Unknown");
     }
 }
 
 std::string OrMissing(std::string const &text) {
-    return text.empty() ? "Missing" : text;
+    return text.empty() ? util::Translatable("Missing") : text;
 }
 
 /// Adds where the configuration and the keys are; returns the file with the certificate to tell about.
@@ -47,7 +48,8 @@ std::string AddConfiguration(cppcms::json::value &status) {
         return uploaded;
     }
     std::string authority = util::Prm::GetString("net/openvpn/ca_crt");
-    status["configurationFile"] = util::FileExists(defaultConfiguration) ? defaultConfiguration : "Missing";
+    status["configurationFile"] =
+        util::FileExists(defaultConfiguration) ? defaultConfiguration : util::Translatable("Missing");
     status["caCertificate"] = OrMissing(authority);
     status["clientCertificate"] = OrMissing(util::Prm::GetString("net/openvpn/client_crt"));
     status["clientKey"] = OrMissing(util::Prm::GetString("net/openvpn/client_key"));

@@ -40,7 +40,7 @@ data::Message Install(std::string const &pem) {
         return Failure(problem);
     std::string const before = util::ReadCertificateFile(certificateFile);
     if (!util::ReplaceFile(certificateFile, pem))
-        return Failure({"It could not be stored: {1}", std::strerror(errno)});
+        return Failure(util::Bilingual("It could not be stored: {1}", std::strerror(errno)));
     if (util::RunCommand(takeCertificate) != 0) {
         if (!before.empty())
             util::ReplaceFile(certificateFile, before);
