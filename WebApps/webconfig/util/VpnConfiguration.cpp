@@ -153,9 +153,9 @@ Bilingual HarmInVpnConfiguration(std::string const &configuration) {
             return Bilingual("The configuration is refused: line {1} is too long", number);
         std::string const directive(Harmful(Directive(line.substr(0, maxLine))));
         if (!directive.empty())
-            return {
+            return Bilingual(
                 "The configuration is refused: line {1} has \"{2}\", which could run programs or reach files",
-                number, directive};
+                number, directive);
     }
     return {};
 }
