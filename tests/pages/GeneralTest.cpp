@@ -6,7 +6,7 @@ namespace {
 
 class GeneralTest : public PageTest {
   protected:
-    GeneralTest() : PageTest({"/config/", "", {{"net/hostname", "korbex"}, {"language", "de"}}}) {}
+    GeneralTest() : PageTest({"/config/", "", {{"net/hostname", "korbex"}, {"language", "xx"}}}) {}
 
     Fields const form = {{"#cfg_grl_device_name", "new"}, {"#cfg_grl_lang", ""}, {"save", "Save"}};
 };
@@ -27,6 +27,25 @@ TEST_F(GeneralTest, ShowsTheStoredValuesAndTheSystemInformation) {
     EXPECT_EQ(Show().Count(language), 0U) << "not offered";
 }
 
+TEST_F(GeneralTest, SpeaksTheStoredLanguageFromTheNextPageOn) {
+    Expect(form,
+           {.fields = {{"#cfg_grl_lang", "de"}}, .written = {{"net/hostname", "new"}, {"language", "de"}}});
+    Html const german = Show({{"language", "de"}}, {{"config_page_title", " Allgemeine Gerätekonfiguration "},
+                                                    {"//html/@lang", "de"},
+                                                    {"//button[@name='save'][@value='Save']", "Speichern"}});
+    EXPECT_EQ(german.Count("//script[contains(@src, '/js/text.de.js')]"), 1U);
+    Set({{"language", "de"}});
+    Html const refused =
+        browser.Post("/config/", {{"deviceName", ""}, {"language", ""}, {"save", "Save"}}).body;
+    EXPECT_EQ(refused.All("//td/span"), Strings{"Ungültige Länge; mindestens 1, höchstens 64"});
+
+    device::Process const without(device::Configuration(9121));
+    Html const english = device::Up("http://127.0.0.1:9121").Get("/config/").body;
+    EXPECT_EQ(english.All("//*[@id='cfg_grl_lang']/option"), Strings{"English"});
+    EXPECT_EQ(english.All("//input[@name='save']/@value"), Strings{"Save"});
+    EXPECT_EQ(english.Count("//html/@lang"), 0U);
+}
+
 TEST_F(GeneralTest, TakesOneToSixtyFourCharacters) {
     std::string umlauts;
     for (int i = 0; i < 64; ++i)
@@ -39,7 +58,7 @@ TEST_F(GeneralTest, TakesOneToSixtyFourCharacters) {
     Refuses(form, {{"#cfg_grl_device_name", "", length},
                    {"#cfg_grl_device_name", umlauts + "\xC3\xA4", length},
                    {"#cfg_grl_device_name", "bad \xC3\x28 bytes", {""}},
-                   {"#cfg_grl_lang", "de", {"This field is required"}}});
+                   {"#cfg_grl_lang", "xx", {"This field is required"}}});
     StopsAt(form, {{"net/hostname", {}}, {"language", {{"net/hostname", "new"}}}});
 }
 

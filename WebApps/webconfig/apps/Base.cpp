@@ -39,6 +39,9 @@ void Base::Prepare(data::Base &content) {
         plugins->PopulateBranding(content.branding);
         plugins->PopulateMenuStartHook(content.menus);
     }
+    for (auto *const text : {&content.branding.window_text, &content.branding.banner_text,
+                             &content.branding.footer_left_text, &content.branding.footer_right_text})
+        *text = util::Translate(*text);
     PrepareMenus(content.menus);
     for (auto &menu : data::ReadMenus(settings().find(menusKey)))
         content.menus.push_back(std::move(menu));

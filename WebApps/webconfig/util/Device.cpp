@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "WebApps/webconfig/util/Happened.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::util {
 
@@ -48,7 +49,7 @@ bool SetSystemAssemblySN(std::string const &number) {
 }
 
 std::string SystemDeviceID() {
-    return "(not supported)";
+    return Translatable("(not supported)");
 }
 
 std::string GetCurrentIPAddress() {

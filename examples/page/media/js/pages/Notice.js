@@ -2,6 +2,6 @@
     "use strict";
 
     window.ShowNoticeStatus = function ($box, result) {
-        ShowIn($box, StatusSection("At log-in", result.notice, true));
+        ShowIn($box, StatusSection(gettext("At log-in"), result.notice, true));
     };
 })();

@@ -5,6 +5,7 @@
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Switch.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::apps {
 
@@ -32,7 +33,7 @@ data::Message Save(forms::Notice &form) {
 void Settings::Notice() {
     data::Notice content;
     Prepare(content);
-    content.title = "Notice";
+    content.title = util::Translate("Notice");
 
     if (!HttpPost())
         LoadFromStore(content.form);
