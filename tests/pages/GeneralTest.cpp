@@ -35,12 +35,12 @@ TEST_F(GeneralTest, SpeaksTheStoredLanguageFromTheNextPageOn) {
                                                     {"//button[@name='save'][@value='Save']", "Speichern"}});
     EXPECT_EQ(german.Count("//script[contains(@src, '/js/text.de.js')]"), 1U);
     Set({{"language", "de"}});
-    Html const refused =
-        browser.Post("/config/", {{"deviceName", ""}, {"language", ""}, {"save", "Save"}}).body;
+    Html const refused(
+        browser.Post("/config/", {{"deviceName", ""}, {"language", ""}, {"save", "Save"}}).body);
     EXPECT_EQ(refused.All("//td/span"), Strings{"Ungültige Länge; mindestens 1, höchstens 64"});
 
     device::Process const without(device::Configuration(9121));
-    Html const english = device::Up("http://127.0.0.1:9121").Get("/config/").body;
+    Html const english(device::Up("http://127.0.0.1:9121").Get("/config/").body);
     EXPECT_EQ(english.All("//*[@id='cfg_grl_lang']/option"), Strings{"English"});
     EXPECT_EQ(english.All("//input[@name='save']/@value"), Strings{"Save"});
     EXPECT_EQ(english.Count("//html/@lang"), 0U);
