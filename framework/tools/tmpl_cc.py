@@ -41,14 +41,17 @@ CONDITION = re.compile(rf"(not\s+)?(empty\s+)?({VARIABLE})")
 FOREACH = re.compile(rf"({IDENT})(?:\s+rowid\s+({IDENT})(?:\s+from\s+(0|[1-9][0-9]*))?)?"
                      rf"(\s+reverse)?\s+in\s+({VARIABLE})")
 URL = re.compile(rf"({STRING})(?:\s+using\s+(.+))?")
+TEXTS = rf"{STRING}(?:\s*,\s*{STRING})"
+TEXT = re.compile(rf"({TEXTS}?)(?:\s+using\s+(.+))?")
+COUNTED_TEXT = re.compile(rf"({TEXTS}{{1,2}}\s*,)\s*({VARIABLE})(?:\s+using\s+(.+))?")
 FORM = re.compile(rf"(input|begin|end)\s+({VARIABLE})")
 
 # Names that the generated code needs for itself, and words that betray a type of two words without a name.
 RESERVED_NAMES = {"content", "out", "const", "unsigned", "signed", "short", "long", "int", "char", "double"}
 # As a whole condition these are operators, not variables.
 CONDITION_WORDS = {"not", "empty", "rtl"}
-UNSUPPORTED = {"c++src", "cache", "csrf", "domain", "filter", "gt", "html", "ngt", "pgt", "render", "trigger",
-               "using", "xhtml"}
+UNSUPPORTED = {"c++src", "cache", "csrf", "domain", "filter", "html", "pgt", "render", "trigger", "using",
+               "xhtml"}
 URL_PARAMETERS_MAX = 6
 
 
@@ -248,7 +251,7 @@ class Compiler:
         self._directives: dict[str, Callable[[str], None]] = {
             "skin": self._open_skin, "view": self._open_view, "template": self._open_template,
             "c++": self._cpp, "end": self._end,
-            "include": self._include, "url": self._url, "form": self._form,
+            "include": self._include, "url": self._url, "form": self._form, "gt": self._gt, "ngt": self._ngt,
             "if": self._if, "elif": self._elif, "else": self._else,
             "foreach": self._foreach, "separator": self._separator, "item": self._item, "empty": self._empty,
         }
@@ -471,6 +474,9 @@ class Compiler:
                 return text
             raise TemplateError(f"Syntax error: {word} {text}")
         negated, empty, variable = self._match(CONDITION, word, text).groups()
+        if text == "rtl":
+            # A catalogue says so of a language that is written from right to left.
+            return '(cppcms::locale::translate("LTR").str(out().getloc()) == "RTL")'
         if variable in CONDITION_WORDS or (empty and variable.startswith("*")):
             raise TemplateError(f"Syntax error: {word} {text}")
         condition = self._scope.resolve(variable) + (".empty()" if empty else "")
@@ -559,6 +565,24 @@ class Compiler:
         if len(parameters) > URL_PARAMETERS_MAX:
             raise TemplateError(f"A url takes at most {URL_PARAMETERS_MAX} parameters")
         self._emit(f"content.app().mapper().map({', '.join(['out()', key, *parameters])});")
+
+    def _gt(self, arguments: str) -> None:
+        self._require_template("gt")
+        texts, using = self._match(TEXT, "gt", arguments).groups()
+        self._translate(texts, using)
+
+    def _ngt(self, arguments: str) -> None:
+        self._require_template("ngt")
+        texts, number, using = self._match(COUNTED_TEXT, "ngt", arguments).groups()
+        self._translate(texts + self._scope.resolve(number), using)
+
+    def _translate(self, texts: str, using: str | None) -> None:
+        """Writes what a catalogue has for a text, as it is, with escaped values for its {1}, {2} ..."""
+        message = f"cppcms::locale::translate({texts})"
+        values = Scanner(using, self._scope).filtered_list("escape") if using else []
+        if values:
+            message = f"cppcms::locale::format({message})" + "".join(f" % ({value})" for value in values)
+        self._emit(f"out()<<{message};")
 
     def _form(self, arguments: str) -> None:
         self._require_template("form")

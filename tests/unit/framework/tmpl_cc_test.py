@@ -35,16 +35,18 @@ REFUSED_IN_TEMPLATE = [
     ("<% <% if x %><% end %>", "must end on its line"), ("a\x1b", "Control characters"),
     # Unknown words.
     ("<% %>", "Unknown command"), ("<% x %>", "Unknown command"), ("<%if(x)%>", "Unknown command"),
-    ("<% gt \"a\" %>", "Unsupported"),
+    ("<% pgt \"a\" %>", "Unsupported"),
     # Expressions.
     *[(f"<%= {value} %>", "") for value in
       ("", "a[0]", "A::b", "_x", "f(1, 2)", '"text"', "5", "a+b", "!x", "a.", "x |", "x | f(", "x y")],
     ("<% include f %>", "Syntax error: include f"), ("<% include f(x,) %>", "No variable"),
     ("<% url k %>", "Syntax error: url k"), ('<% url "k" using a,b,c,d,e,f,g %>', "at most 6"),
-    ("<% form block w %>", "Syntax error"), ("<% c++ %>", "one whole line"),
+    *[(f"<% {text} %>", "Syntax error") for text in
+      ("gt", "gt a", 'gt "a","b","c"', 'gt "a" using', 'ngt "a","b"', 'ngt "a",n', 'ngt "a","b",5')],
+    ('<% gt "a{1}" using "b" %>', "No variable"), ("<% form block w %>", "Syntax error"), ("<% c++ %>", "one whole line"),
     # Conditions and ends.
     *[(f"<% if {condition} %><% end %>", "Syntax error: if") for condition in
-      ("", "x == 1", "not", "empty", "()", "( x", "!x")],
+      ("", "x == 1", "not", "not rtl", "empty", "()", "( x", "!x")],
     ("<% if x %>A<% else %>B<% end if %>", "End of if does not match block else"),
     ("<% if x %><% else %><% elif y %><% end %>", "elif without if"), ("<% else %>", "else without if"),
     # Loops.

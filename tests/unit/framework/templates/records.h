@@ -41,4 +41,11 @@ struct Widgets : cppcms::base_content {
     cppcms::widgets::select select;
 };
 
+struct Texts : cppcms::base_content {
+    std::string name = "a&b";
+    booster::locale::message text = booster::locale::translate("<Cancel>");
+    std::vector<int> numbers{0, 1, 1234};
+    cppcms::widgets::submit button;
+};
+
 }  // namespace site::data

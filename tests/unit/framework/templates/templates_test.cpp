@@ -7,6 +7,9 @@
 
 #include <sstream>
 
+#include "tests/unit/framework/catalogue.h"
+#include "tests/unit/platform/TemporaryFolder.h"
+
 namespace {
 
 namespace data = site::data;
@@ -14,18 +17,29 @@ namespace data = site::data;
 /// An application whose URLs begin with /cfg.
 class Templates : public ::testing::Test {
   protected:
-    Templates() : service_(cppcms::json::value()), app_(service_) {
+    Templates() : service_(Settings()), app_(service_) {
         app_.mapper().root("/cfg");
         app_.mapper().assign("link", "/link/{1}/{2}");
     }
 
-    std::string Render(std::string const &view, cppcms::base_content &record) {
+    std::string Render(std::string const &view, cppcms::base_content &record,
+                       std::string const &locale = "C.UTF-8") {
         std::ostringstream out;
+        out.imbue(service_.locale(locale));
         app_.render("site", view, out, record);
         return out.str();
     }
 
+    TemporaryFolder const catalogues_;
+
   private:
+    cppcms::json::value Settings() {
+        cppcms::json::value settings;
+        settings.set("localization.messages.paths", std::vector<std::string>{catalogues_.Path()});
+        settings.set("localization.messages.domains", std::vector<std::string>{"site"});
+        return settings;
+    }
+
     cppcms::service service_;
     cppcms::application app_;
 };
@@ -80,6 +94,34 @@ x&lt;1>;x&lt;2;y3;(x&lt;y)member
 café 5
 /cfg/link/5/a(/b /cfg/link/a%28%2fb/member
 )");
+}
+
+TEST_F(Templates, TextsInTheLanguageOfTheStream) {
+    using namespace std::string_literals;
+    data::Texts record;
+    record.button.name("b");
+    record.button.value(booster::locale::translate("Go"));
+    EXPECT_EQ(Render("Texts", record),
+              "Save|Save|a&amp;b of <b>a%26b</b>|&lt;Cancel&gt;\n"
+              "0 files|0 files|1 file|1 file|1234 files|1234 files|\n"
+              "ltr|<input type=\"submit\" name=\"b\" value=\"Go\"  >");
+
+    Install(
+        catalogues_.Path(), "de", "site",
+        Catalogue({{"", "Content-Type: text/plain; charset=UTF-8\nPlural-Forms: nplurals=2; plural=n > 1;\n"},
+                   {"Save", "Für"},
+                   {"verb\4Save", "<i>Merken</i>"},
+                   {"{1} of <b>{2}</b>", "{2}: {1}"},
+                   {"Go", "Los"},
+                   {"<Cancel>", "<Zurück>"},
+                   {"{1} file\0{1} files"s, "{1} Akte\0{1,w=6} Akten"s},
+                   {"dir\4{1} file\0{1} files"s, "ein\0viele"s},
+                   {"LTR", "RTL"}}));
+    for (char const *const locale : {"de_DE.UTF-8", "de_AT.UTF-8"})
+        EXPECT_EQ(Render("Texts", record, locale),
+                  "Für|<i>Merken</i>|a%26b: a&amp;b|&lt;Zurück&gt;\n"
+                  "0 Akte|ein|1 Akte|ein|  1234 Akten|viele|\n"
+                  "rtl|<input type=\"submit\" name=\"b\" value=\"Los\"  >");
 }
 
 }  // namespace
