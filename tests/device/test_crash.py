@@ -1,4 +1,3 @@
-#!/usr/bin/python3 -B
 """A program, or the power of the whole device, ends while settings that decide how it is reached are saved, or go back.
 
 CRASH_STEP=1 tries all points: right behind each system call that changes a file.
@@ -78,7 +77,3 @@ class Crash(unittest.TestCase):
     def test_while_settings_go_back(self):
         for end in ("", "power"):
             self.try_all("webconfig-guard", "guard/webconfig-guard", end, arm_first=False)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,4 +1,3 @@
-#!/usr/bin/python3 -B
 """The web server before a hostile network: what its answers bind the browser to, guesses, replays, silent sockets."""
 
 import json
@@ -130,7 +129,3 @@ class Front(unittest.TestCase):
         self.heads(ADMIN + "SITE/config/settings/advanced "
                    "-F submit='Install Certificate' -F 'certificateFile=@/tmp/pem;type=x/y'")
         self.assertTrue(eventually(lambda: self.shell(subject) == "subject: CN=field"))
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

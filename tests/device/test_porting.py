@@ -1,4 +1,3 @@
-#!/usr/bin/python3 -B
 """What a board has besides the programs: the check of the device, and the start by a SysV script."""
 
 import unittest
@@ -49,7 +48,3 @@ class Porting(unittest.TestCase):
         self.assertEqual(script("stop"), 0)
         self.assertEqual(script("status"), 3)
         self.assertEqual(self.device.status("for pid in " + before.replace("\n", " ") + "; do ! kill -0 $pid || exit 1; done"), 0)
-
-
-if __name__ == "__main__":
-    unittest.main()

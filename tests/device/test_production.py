@@ -1,4 +1,3 @@
-#!/usr/bin/python3 -B
 """The production stack: upload progress, large uploads, reloads and failures under load."""
 
 import contextlib
@@ -113,7 +112,3 @@ class Failures(unittest.TestCase):
             self.assertNotEqual(first, device.output("pgrep", "-x", "webconfig"))
             device.shell("sleep 1.1")
         self.assertEqual("kept", device.output("prm", "get", "test/value"))
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

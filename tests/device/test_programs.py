@@ -1,4 +1,3 @@
-#!/usr/bin/python3 -B
 """The programs of the virtual device: that each really does what the system counts on."""
 
 import unittest
@@ -113,7 +112,3 @@ class Programs(DeviceTest):
             self.assertEqual(runs, eventually(
                 lambda: "Reference ID" in self.device.enter("chronyc", "-n", "tracking").stdout, 5))
         self.shell("flock -n /run/ntpd.lock true")  # what runs on does not hold the script's lock
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

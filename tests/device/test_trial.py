@@ -1,4 +1,3 @@
-#!/usr/bin/python3 -B
 """Settings on trial: who locks himself out gets the device back without a hand."""
 
 import time
@@ -64,7 +63,3 @@ class LockedOut(unittest.TestCase):
         self.assertFalse(self.answers(LAN + HOME))
         self.assertTrue(eventually(lambda: self.answers(LAN + HOME), 40))
         self.assertIn("Taken back: nobody kept it", self.device.shell(LAN + HOME + "settings/history"))
-
-
-if __name__ == "__main__":
-    unittest.main()
