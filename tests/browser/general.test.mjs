@@ -1,11 +1,14 @@
 // What scripts do with a form and its message, on the General page.
 
 import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
 import { after, describe, test } from "node:test";
-import { desktop, inDevice, submit, withPage } from "./device.mjs";
+import { desktop, inDevice, phone, submit, withPage } from "./device.mjs";
 
 const nameField = "#cfg_grl_device_name";
 const message = ".form_result_msg";
+
+const axe = readFileSync(new URL("node_modules/axe-core/axe.min.js", import.meta.url), "utf8");
 
 const storedName = () => inDevice("prm", "get", "net/hostname");
 
@@ -17,6 +20,7 @@ async function save(page, name) {
 describe("General page", () => {
     const before = storedName();
     after(() => inDevice("prm", "set", "net/hostname", before));
+    after(() => inDevice("prm", "set", "language", ""));
 
     test("can be used without scripts", async () => {
         const name = `device-${process.pid}`;
@@ -39,6 +43,30 @@ describe("General page", () => {
             await page.waitForSelector(message, { state: "hidden", timeout: 3000 });
             assert.ok(await page.isVisible("#status_tab"));
             assert.ok(!(await page.isVisible("#config_tab")));
+        });
+    });
+
+    test("each page is in the language that was chosen, scripts' texts and the direction, too", async () => {
+        const texts = (page) =>
+            page.evaluate(() => {
+                const { lang, dir, scrollWidth } = document.documentElement;
+                const shown = ["#config_page_title", "#skip", "#cfg_grl_save"].map((id) => document.querySelector(id));
+                return [lang, dir, scrollWidth <= innerWidth, ...shown.map((part) => part.textContent.trim() || part.value)];
+            });
+        await withPage("/", phone, async (page) => {
+            const expected = {
+                "": ["en", "ltr", true, "General Device Configuration", "Skip to the page", "Save"],
+                de: ["de", "ltr", true, "Allgemeine Gerätekonfiguration", "Zum Inhalt springen", "Speichern"],
+                ar: ["ar", "rtl", true, "التهيئة العامة للجهاز", "الانتقال إلى المحتوى", "حفظ"],
+            };
+            for (const language of ["de", "ar", ""]) {
+                await page.selectOption("#cfg_grl_lang", language);
+                await submit(page, "#cfg_grl_save");
+                await page.reload();
+                assert.deepEqual(await texts(page), expected[language]);
+                await page.evaluate(axe);
+                assert.deepEqual(await page.evaluate(async () => (await window.axe.run()).violations), []);
+            }
         });
     });
 
