@@ -123,6 +123,19 @@
         PollStatus(url, method, 1, interval, boxSelector, showUnlessEmpty, briefStatusProblems);
     }
 
+    const durations = {
+        seconds: (count) => ngettext("{1} second", "{1} seconds", count),
+        minutes: (count) => ngettext("{1} minute", "{1} minutes", count),
+        hours: (count) => ngettext("{1} hour", "{1} hours", count),
+    };
+
+    /** A text of a status method, in the language of the page where it is one of ours. A duration is such as "1 hours". */
+    function ShownStatus(value) {
+        const text = String(value ?? "");
+        const [, count, unit] = /^(\d+) (seconds|minutes|hours)$/.exec(text) ?? [];
+        return unit && document.documentElement.lang !== "en" ? durations[unit](Number(count)) : gettext(text);
+    }
+
     /** A heading with a preformatted text below, to append to a status box.
      *  @param framed puts the text into a block of its own, as fits tables: the first line keeps its indent. */
     function StatusSection(title, text, framed) {
@@ -162,6 +175,7 @@
     window.CallStatus = CallStatus;
     window.PollStatus = PollStatus;
     window.PollBriefStatus = PollBriefStatus;
+    window.ShownStatus = ShownStatus;
     window.StatusSection = StatusSection;
     window.StatusTable = StatusTable;
     window.ShowReport = ShowReport;

@@ -10,7 +10,7 @@ const node = names("Buffer URL process setTimeout");
 const site = names(`
     gettext ngettext
     ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
-    CallStatus PollStatus PollBriefStatus ShowIn StatusSection StatusTable ShowReport
+    CallStatus PollStatus PollBriefStatus ShowIn ShownStatus StatusSection StatusTable ShowReport
     ParseToolStatus ShowProgress
 `);
 

@@ -32,7 +32,7 @@
 
         function showFigure(name, value) {
             const $figure = $status.find("#status_" + name);
-            const text = gettext(String(value ?? ""));
+            const text = ShownStatus(value);
             // What is there already may be selected.
             if ($figure.text() !== text) {
                 $figure.text(text);
