@@ -11,11 +11,13 @@ class Catalogue(NamedTuple):
     messages: dict  # by the English texts, the first one where there are two: a text, or a list of them by number
 
 
-def read_catalogue(path, locations=()):
-    """What of a .po file is translated; where locations are given, only what these sources, patterns, have."""
+def read_catalogue(path, wanted=None):
+    """What of a .po file is translated; where `wanted` is given, only what sources have of which that is true."""
     chosen = path.read_bytes()
-    if locations:
-        chosen = _run("msggrep", *(f"--location={location}" for location in locations), "-", text=chosen)
+    if wanted:
+        lines = re.findall("^#: (.*)$", chosen.decode("utf8"), re.MULTILINE)
+        sources = filter(wanted, {source for line in lines for source in line.split()})
+        chosen = _run("msggrep", *(f"--location={source}" for source in sources), "-", text=chosen)
     compiled = _run("msgfmt", "--output-file=-", "-", text=chosen)
     count, originals, translations = struct.unpack_from("<3I", compiled, 8)
 
