@@ -29,6 +29,11 @@ std::string field(std::string_view head, std::string_view name, char const *ends
     return std::string(value.substr(0, value.find_first_of(ends)));
 }
 
+/// A null pointer for an empty one, which stands for no translation.
+char const *first_form(std::string_view forms) {
+    return forms.empty() || forms.front() == '\0' ? nullptr : forms.data();
+}
+
 }  // namespace
 
 catalogue::catalogue(std::string content, std::string const &encoding) : content_(std::move(content)) {
@@ -74,19 +79,23 @@ void catalogue::read_head(std::string_view head, std::string const &encoding) {
     for (auto &[original, translation] : texts_) {
         auto converted = convert(std::string(translation), encoding, charset);
         if (!converted)
-            throw std::runtime_error("it cannot be converted from " + charset + " to " + encoding);
+            throw std::runtime_error(
+                std::string("it cannot be converted from ").append(charset).append(" to ").append(encoding));
         translation = converted_.emplace_front(*std::move(converted));
     }
 }
 
 std::string_view catalogue::forms(char const *context, char const *text) const {
-    auto const found = *context ? texts_.find(std::string(context) + '\4' + text) : texts_.find(text);
+    std::string in_context;
+    std::string_view key = text;
+    if (*context)
+        key = in_context.append(context).append(1, '\4').append(text);
+    auto const found = texts_.find(key);
     return found == texts_.end() ? std::string_view() : found->second;
 }
 
 char const *catalogue::find(char const *context, char const *text) const {
-    auto const found = forms(context, text);
-    return found.empty() ? nullptr : found.data();
+    return first_form(forms(context, text));
 }
 
 char const *catalogue::find(char const *context, char const *single, long long n) const {
@@ -98,7 +107,7 @@ char const *catalogue::find(char const *context, char const *single, long long n
             return nullptr;
         found.remove_prefix(end + 1);
     }
-    return found.empty() || found.front() == '\0' ? nullptr : found.data();
+    return first_form(found);
 }
 
 }  // namespace booster::locale::impl
