@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "WebApps/webconfig/util/Log.h"
+#include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::data {
 
@@ -18,6 +19,10 @@ constexpr char logTag[] = "WebApps/webconfig/data/Menu";
 
 Menu::Menu(std::string text, std::string path, std::string parameter)
     : _text(std::move(text)), _path(std::move(path)), _parameter(std::move(parameter)) {}
+
+std::string Menu::GetShownText() const {
+    return util::Translate(_text);
+}
 
 void Menu::SetText(std::string text) {
     _text = std::move(text);

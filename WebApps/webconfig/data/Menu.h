@@ -25,6 +25,8 @@ class Menu {
     virtual ~Menu() = default;
 
     std::string const &GetText() const { return _text; }
+    /// The text in the language of the page.
+    std::string GetShownText() const;
     void SetText(std::string text);
     std::string const &GetPath() const { return _path; }
     void SetPath(std::string path);

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "WebApps/webconfig/util/Translate.h"
+
 namespace webconfig::data {
 
 Message::Message(ResultClass resultClass, std::string text, bool persistent)
@@ -31,6 +33,10 @@ Message Message::SaveError() {
 
 Message Message::ValidationError() {
     return Error("Invalid values: The form values were not saved.");
+}
+
+std::string Message::GetShownText() const {
+    return util::Translate(_text);
 }
 
 void Message::SetMessage(std::string text) {

@@ -30,6 +30,8 @@ class Message {
     void SetResult(ResultClass resultClass) { _resultClass = resultClass; }
 
     std::string const &GetText() const { return _text; }
+    /// The text in the language of the page.
+    std::string GetShownText() const;
     void SetMessage(std::string text);
 
     /// A persistent message stays on the page; others are cleared by the page's script.
