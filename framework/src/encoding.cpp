@@ -1,8 +1,11 @@
 #include "encoding.h"
 
-#include <booster/locale.h>
+#include <booster/locale/info.h>
+#include <boost/locale/utf.hpp>
 
 #include <algorithm>
+
+#include "booster/locale/encoding.h"
 
 namespace cppcms::impl {
 
@@ -21,12 +24,12 @@ bool is_valid_ascii(std::string const &text, std::size_t &length) {
 }
 
 bool is_valid_utf8(std::string const &text, std::size_t &length) {
-    using utf8 = booster::locale::utf::utf_traits<char>;
+    using utf8 = boost::locale::utf::utf_traits<char>;
     auto const end = text.end();
     std::size_t count = 0;
     for (auto at = text.begin(); at != end; ++count) {
         auto const c = utf8::decode(at, end);
-        if (!booster::locale::utf::is_valid_codepoint(c) || !is_allowed(c))
+        if (!boost::locale::utf::is_valid_codepoint(c) || !is_allowed(c))
             return false;
     }
     length = count;
@@ -42,12 +45,8 @@ bool is_valid_text(std::locale const &locale, std::string const &text, std::size
     auto const encoding = std::use_facet<info>(locale).encoding();
     if (encoding == "us-ascii")
         return is_valid_ascii(text, length);
-    try {
-        return is_valid_utf8(booster::locale::conv::to_utf<char>(text, encoding, booster::locale::conv::stop),
-                             length);
-    } catch (std::exception const &) {  // bytes the encoding does not have, or an unknown encoding
-        return false;
-    }
+    auto const converted = booster::locale::impl::convert(text, "utf-8", encoding);
+    return converted && is_valid_utf8(*converted, length);
 }
 
 }  // namespace cppcms::impl

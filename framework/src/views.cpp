@@ -40,9 +40,9 @@ base_content::app_guard::~app_guard() {
 translation_domain_scope::translation_domain_scope(std::ostream &out, int id) : out_(out) {
     if (id < 0)
         return;
-    auto &format = booster::locale::ios_info::get(out_);
-    previous_id_ = format.domain_id();
-    format.domain_id(id);
+    auto info = booster::locale::ios_info::get(out_);
+    previous_id_ = info.domain_id();
+    info.domain_id(id);
 }
 
 translation_domain_scope::translation_domain_scope(std::ostream &out, std::string const &domain)

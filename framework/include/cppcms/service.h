@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace boost::locale {
+namespace booster::locale {
 class generator;
 }
 
@@ -46,7 +46,7 @@ class service : public booster::noncopyable {
     cppcms::applications_pool &applications_pool();
     views::manager &views_pool();
 
-    boost::locale::generator const &generator();
+    booster::locale::generator const &generator();
     /// The first of the configured locales.
     std::locale locale();
     std::locale locale(std::string const &name);

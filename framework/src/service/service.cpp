@@ -31,14 +31,6 @@ namespace {
 constexpr auto stop_patience = std::chrono::seconds(10);
 constexpr int sweep_interval = 1000;  // milliseconds
 
-boost::locale::localization_backend_manager locale_backends(json::value const &settings) {
-    // The lightest of the back ends does what pages need.
-    std::string const backend = settings.get("localization.backend", "");
-    auto backends = boost::locale::localization_backend_manager::global();
-    backends.select(backend.empty() ? "std" : backend);
-    return backends;
-}
-
 /// The first of the configured locales, "" for that of the system.
 std::string default_locale(json::value const &settings) {
     auto const names = settings.get("localization.locales", std::vector<std::string>());
@@ -53,9 +45,9 @@ descriptor make_event() {
 }
 
 /// Settings of the framework's API that change nothing here.
-constexpr std::array unsupported{"daemon.enable",   "file_server.enable", "forwarding.rules",
-                                 "http.rewrite",    "http.proxy.behind",  "service.worker_processes",
-                                 "session.location"};
+constexpr std::array unsupported{
+    "daemon.enable", "localization.backend", "file_server.enable",       "forwarding.rules",
+    "http.rewrite",  "http.proxy.behind",    "service.worker_processes", "session.location"};
 
 void warn_of_unsupported(json::value const &settings) {
     for (char const *key : unsupported) {
@@ -80,7 +72,6 @@ service::service(cppcms::service &owner, json::value const &settings)
     : owner_(owner),
       settings_(settings),
       cached_(settings),
-      generator_(locale_backends(settings)),
       stop_event_(make_event()),
       timeout_(settings.get("http.timeout", 30)),
       large_bodies_(cached_.limits.most_large.value_or(0)),
@@ -98,7 +89,6 @@ service::service(cppcms::service &owner, json::value const &settings)
         generator_.add_messages_path(path);
     for (std::string const &domain : settings.get("localization.messages.domains", names()))
         generator_.add_messages_domain(domain);
-    generator_.locale_cache_enabled(true);
     locale_ = generator_(default_locale(settings));
 }
 
@@ -202,7 +192,7 @@ views::manager &service::views_pool() {
     return impl_->views();
 }
 
-boost::locale::generator const &service::generator() {
+booster::locale::generator const &service::generator() {
     return impl_->generator();
 }
 

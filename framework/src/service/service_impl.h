@@ -1,11 +1,11 @@
 #pragma once
 
+#include <booster/locale/generator.h>
 #include <cppcms/applications_pool.h>
 #include <cppcms/service.h>
 #include <cppcms/views_pool.h>
 #include <fronts/connection.h>
 #include <fronts/server.h>
-#include <boost/locale/generator.hpp>
 
 #include <exception>
 #include <memory>
@@ -26,7 +26,7 @@ class service : public booster::noncopyable {
 
     json::value const &settings() const { return settings_; }
     cached_settings const &cached() const { return cached_; }
-    boost::locale::generator const &generator() const { return generator_; }
+    booster::locale::generator const &generator() const { return generator_; }
     std::locale const &locale() const { return locale_; }
     views::manager &views() { return views_; }
     cppcms::applications_pool &pool() { return pool_; }
@@ -54,7 +54,7 @@ class service : public booster::noncopyable {
     cppcms::service &owner_;
     json::value const settings_;
     cached_settings const cached_;
-    boost::locale::generator generator_;
+    booster::locale::generator generator_;
     std::locale locale_;
     connection_registry connections_;
     descriptor stop_event_;
