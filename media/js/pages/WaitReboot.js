@@ -12,6 +12,7 @@
         let seconds = 0;
         let probing = false;
         let timer = null;
+        let waiting = null;
 
         function setUp() {
             if (/[?&]reboot_done=1(&|$)/.test(location.search)) {
@@ -22,9 +23,10 @@
 
         function check() {
             seconds++;
-            ShowStaticFormResultMsg(message + (limit - seconds));
+            ShowCountFormResultMsg(message + (limit - seconds));
             if (seconds > limit) {
                 clearInterval(timer);
+                waiting.isLong();
                 giveUp();
             } else if (seconds > rebootMinimum && !probing) {
                 probing = true;
@@ -48,6 +50,7 @@
                     if (outcome === "success" && request.status === 200) {
                         clearInterval(timer);
                         ShowStaticFormResultMsg("Device has finished rebooting ", "success");
+                        waiting.isOver();
                         location.replace("/");
                     } else {
                         setTimeout(probe, probePause);
@@ -60,7 +63,8 @@
             if ($("form [name='_1']").length) {
                 setUp();
             }
-            ShowStaticFormResultMsg(message);
+            ShowCountFormResultMsg(message);
+            waiting = ShowWaiting();
             timer = setInterval(check, 1000);
             $("#banner, #content, #footer").fadeOut(500);
         });
