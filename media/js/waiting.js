@@ -27,6 +27,7 @@
         const $text = $("<p>").text(gettext("That usually takes a minute or two. Then this page goes on by itself."));
         const $waiting = $("<main id='waiting'>").append(picture, $title, $time, $text).insertBefore("#banner");
         const timer = setInterval(show, 1000);
+        Announce($title.text(), true);
         show();
 
         function show() {
@@ -44,6 +45,7 @@
                 $waiting.addClass("over").removeClass("long");
                 $title.text(gettext("The device is back"));
                 $text.empty();
+                Announce($title.text(), true);
                 sessionStorage.setItem(backAfter, passed());
             },
         };

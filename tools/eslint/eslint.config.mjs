@@ -12,7 +12,7 @@ const site = names(`
     ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
     ShowCountFormResultMsg
     CallStatus PollStatus PollBriefStatus ShowIn StatusSection StatusTable ShowReport
-    ParseToolStatus ShowProgress ShowStage ShowAmount ShowNote Announce PostForm ShowWaiting
+    ParseToolStatus ShowProgress ShowStage ShowAmount ShowNote Announce PostForm RememberFocus ShowWaiting
 `);
 
 export default [

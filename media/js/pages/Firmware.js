@@ -12,17 +12,22 @@
 
     // --- Upload ---------------------------------------------------------------------------------
 
-    /** The one under way: its `id`, its `request`, and whether the web server tells how far it is. Null: none. */
+    /** An upload of which nothing has come on for so long is told of, and is lost: the web server has given up by then.
+     *  Milliseconds. */
+    const silenceNoted = 10000;
+    const silenceLimit = 90000;
+
+    /** The one under way: its `id`; how many bytes of its `size` have `come`, and when the last did (`cameAt`); whether the
+     *  web server `tells` how many; whether all were `sent`. Null: none. */
     let upload = null;
 
     function pollUpload(id) {
         setTimeout(function () {
-            if (upload?.id !== id) {
-                return;
+            if (upload?.id === id) {
+                $.ajax({ url: "/progress", headers: { "X-Progress-Id": id }, dataType: "text", timeout: 5000 })
+                    .done((answer) => showUpload(id, ParseToolStatus(answer)))
+                    .fail(() => pollUpload(id));
             }
-            $.ajax({ url: "/progress", headers: { "X-Progress-Id": id }, dataType: "text", timeout: 5000 })
-                .done((answer) => showUpload(id, ParseToolStatus(answer)))
-                .fail(() => pollUpload(id));
         }, pollInterval);
     }
 
@@ -31,7 +36,10 @@
             return;
         }
         ShowProgress(progress, ["done", "uploading"]);
-        upload.isTold ||= Boolean(progress?.size);
+        if (progress && progress.size > 0) {
+            upload.tells = true;
+            noteCome(progress.received, progress.size);
+        }
         if (progress && progress.state === "done") {
             $("#tp").text(copying);
             $("#bytes").empty();
@@ -41,52 +49,86 @@
         }
     }
 
+    function noteCome(come, size) {
+        if (come > upload.come) {
+            Object.assign(upload, { come, size, cameAt: Date.now() });
+        }
+    }
+
     function showSent() {
-        upload.isSent = true;
+        upload.sent = true;
+        clearInterval(upload.watch);
         $("#upload_cancel").hide();
         ShowStage(gettext("Sent. The device is looking into the file"));
         ShowNote(gettext("With a large file that may take some minutes."));
     }
 
-    function showSilence(seconds) {
-        ShowNote(seconds ? gettext("Nothing could be sent for {1} seconds. It goes on by itself when the connection is back.", seconds) : "");
-    }
-
-    /** The form is there again, with the file that was chosen. */
-    function takeBack(form, reason) {
-        const { isSent } = upload;
+    /** Takes the upload back: the form is there again, with the file that was chosen. */
+    function endUpload(form, text, cssClass) {
+        clearInterval(upload.watch);
         upload = null;
         $("#upload_cancel").remove();
         ShowNote("");
         $(".progress_block").hide();
         $(form).add("#tabcontainer").show();
         $(form).find(":submit").trigger("focus");
-        if (isSent) {
-            reason += " " + gettext("All of the file was sent, so the upgrade may have begun: reload this page to see.");
-        } else if (reason) {
-            reason += " " + gettext("Nothing was installed, and the file is still chosen: it can be sent again.");
+        ShowStaticFormResultMsg(text, cssClass);
+    }
+
+    function failUpload(form, reason) {
+        const consequence = upload.sent
+            ? gettext("All of the file was sent, so the upgrade may have begun: reload this page to see.")
+            : gettext("Nothing was installed, and the file is still chosen: it can be sent again.");
+        endUpload(form, reason + " " + consequence, "failure");
+    }
+
+    function watchUpload(form) {
+        const silence = Date.now() - upload.cameAt;
+        if (silence >= silenceLimit) {
+            upload.request.abort();
+            failUpload(form, gettext("The connection to the device broke."));
+        } else if (silence >= silenceNoted) {
+            ShowNote(gettext("Nothing has arrived for {1} seconds. It goes on by itself when the connection is back.", Math.floor(silence / 1000)));
+            if (upload.come) {
+                ShowAmount(upload.come, upload.size); // without the time left, which was another one
+            }
+        } else {
+            ShowNote("");
         }
-        ShowStaticFormResultMsg(reason || gettext("The upload was cancelled."), reason && "failure");
+    }
+
+    function cancelUpload(form) {
+        upload.request.abort();
+        endUpload(form, gettext("The upload was cancelled."));
     }
 
     function sendForm(form, submitter, id) {
-        const $cancel = $("<button type='button' id='upload_cancel'>").text(gettext("Cancel"));
-        upload = { id };
+        upload = { id, come: 0, cameAt: Date.now(), tells: false, sent: false };
         ShowStage(gettext("Sending the file to the device"));
         upload.request = PostForm(form, submitter, {
-            // Where the web server tells how much has come, that counts: some is always on its way.
-            progress: (sent, size) => upload.isTold || ShowAmount(sent, size),
-            silence: showSilence,
+            // What the browser calls sent may still be on its way, which the web server knows better.
+            progress: function (sent, size) {
+                if (!upload.tells) {
+                    noteCome(sent, size);
+                    ShowAmount(sent, size);
+                }
+            },
             sent: function () {
-                upload.isSent = true;
-                if (!upload.isTold) {
+                upload.sent = true;
+                if (!upload.tells) {
                     showSent();
                 }
             },
-            answered: () => (upload = null),
-            failed: (reason) => takeBack(form, reason),
+            answered: function () {
+                clearInterval(upload.watch);
+                upload = null;
+                RememberFocus(submitter);
+            },
+            failed: (reason) => failUpload(form, reason),
         });
-        $(".progress_block").append($cancel.on("click", () => upload.request.abort()));
+        upload.watch = setInterval(watchUpload, 1000, form);
+        const $cancel = $("<button type='button' id='upload_cancel'>").text(gettext("Cancel"));
+        $(".progress_block").append($cancel.on("click", () => cancelUpload(form)));
     }
 
     /** Shows the progress of an image on its way to the device in place of the page.
@@ -123,7 +165,7 @@
     };
 
     /** A device that has not answered for so long may do so still, and from then on may be lost. Seconds. */
-    const silenceNoted = 20;
+    const silenceUsual = 20;
     const silenceLong = 180;
 
     function stepCaption(state) {
@@ -133,7 +175,7 @@
     }
 
     function noteSilence(seconds) {
-        if (seconds < silenceNoted) {
+        if (seconds < silenceUsual) {
             return "";
         }
         return seconds < silenceLong
