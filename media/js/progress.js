@@ -48,8 +48,8 @@
 
     // --- Words ----------------------------------------------------------------------------------
 
-    const megabytes = (bytes) =>
-        (bytes / 1e6).toLocaleString(document.documentElement.lang, { minimumFractionDigits: 1, maximumFractionDigits: 1 });
+    const oneDecimal = { minimumFractionDigits: 1, maximumFractionDigits: 1 };
+    const megabytes = (bytes) => (bytes / 1e6).toLocaleString(document.documentElement.lang, oneDecimal);
 
     /** No more exact than it is known. */
     function timeLeft(seconds) {
@@ -71,8 +71,10 @@
 
     /** Makes the bar one for everybody, with room for words around it. */
     function setUp() {
-        const $bar = $("#progress").attr({ role: "progressbar", "aria-labelledby": "progress_stage", "aria-valuemin": 0, "aria-valuemax": 100 });
-        $bar.before($("<p id='progress_stage'>")).after($("<p id='progress_amount'>"));
+        $("#progress")
+            .attr({ role: "progressbar", "aria-labelledby": "progress_stage", "aria-valuemin": 0, "aria-valuemax": 100 })
+            .before($("<p id='progress_stage'>"))
+            .after($("<p id='progress_amount'>"));
         $(".progress_block").append($("<p id='progress_note'>"));
     }
 

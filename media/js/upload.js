@@ -4,8 +4,8 @@
 
     const nonceOf = (page) => page.querySelector("script[nonce]")?.nonce;
 
-    /** Shows an answer as the browser does that has sent the form itself. Its scripts run under the policy of this page,
-     *  so they carry the nonce of this one. */
+    /** Shows an answer as the browser does that has sent the form itself. Its scripts run under the policy of this
+     *  page, so they carry the nonce of this one. */
     function showAnswer(text) {
         const own = nonceOf(document);
         const others = nonceOf(new DOMParser().parseFromString(text, "text/html"));

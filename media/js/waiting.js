@@ -6,14 +6,16 @@
     const backAfter = "back_after";
 
     /** The browser, the way to the device, and the device with its lamps. What moves is up to the style sheet. */
-    const picture =
-        '<svg viewBox="0 0 240 120" aria-hidden="true">' +
-        '<g class="browser"><rect x="8" y="24" width="76" height="52" rx="5"/><path d="M8 36H84M34 92H58M46 76V92"/></g>' +
-        '<path class="way" d="M92 62H142"/>' +
-        '<g class="device"><path d="M164 42V16M216 42V16"/><rect x="150" y="42" width="80" height="46" rx="6"/>' +
-        '<path d="M162 76H218"/></g>' +
-        '<g class="lamps"><circle cx="168" cy="60" r="5"/><circle cx="190" cy="60" r="5"/><circle cx="212" cy="60" r="5"/></g>' +
-        '<path class="tick" d="M174 106L186 116L208 96"/></svg>';
+    const picture = `
+        <svg viewBox="0 0 240 120" aria-hidden="true">
+            <rect x="8" y="24" width="76" height="52" rx="5"/><path d="M8 36H84M34 92H58M46 76V92"/>
+            <path class="way" d="M92 62H142"/>
+            <g class="device">
+                <path d="M164 42V16M216 42V16M162 76H218"/><rect x="150" y="42" width="80" height="46" rx="6"/>
+            </g>
+            <g class="lamps"><circle cx="168" cy="60" r="5"/><circle cx="190" cy="60" r="5"/><circle cx="212" cy="60" r="5"/></g>
+            <path class="tick" d="M174 106L186 116L208 96"/>
+        </svg>`;
 
     const clock = (seconds) => Math.floor(seconds / 60) + ":" + String(seconds % 60).padStart(2, "0");
 
@@ -38,7 +40,10 @@
         return {
             isLong() {
                 $waiting.addClass("long");
-                $text.text(gettext("It takes longer than usual. Look after its power supply and the way to it: its address may be another one now. This page goes on asking."));
+                $text.text(
+                    gettext("It takes longer than usual. Look after its power and its connection. This page goes on asking."),
+                );
+                Announce($text.text(), true);
             },
             isOver() {
                 clearInterval(timer);

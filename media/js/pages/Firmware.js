@@ -17,8 +17,8 @@
     const silenceNoted = 10000;
     const silenceLimit = 90000;
 
-    /** The one under way: its `id`; how many bytes of its `size` have `come`, and when the last did (`cameAt`); whether the
-     *  web server `tells` how many; whether all were `sent`. Null: none. */
+    /** The one under way: its `id`; how many bytes of its `size` have `come`, and when the last did (`cameAt`); whether
+     *  the web server `tells` how many; whether the browser has `sent` all, and whether they have `arrived`. */
     let upload = null;
 
     function pollUpload(id) {
@@ -43,7 +43,7 @@
         if (progress && progress.state === "done") {
             $("#tp").text(copying);
             $("#bytes").empty();
-            showSent();
+            showArrived();
         } else {
             pollUpload(id);
         }
@@ -55,8 +55,8 @@
         }
     }
 
-    function showSent() {
-        upload.sent = true;
+    function showArrived() {
+        upload.arrived = true;
         clearInterval(upload.watch);
         $("#upload_cancel").hide();
         ShowStage(gettext("Sent. The device is looking into the file"));
@@ -76,8 +76,10 @@
     }
 
     function failUpload(form, reason) {
-        const consequence = upload.sent
-            ? gettext("All of the file was sent, so the upgrade may have begun: reload this page to see.")
+        // All of it may have come since the web server was asked.
+        const isUncertain = upload.sent && Date.now() - upload.cameAt < silenceNoted;
+        const consequence = upload.arrived || isUncertain
+            ? gettext("The whole file may have arrived, and the upgrade have begun: reload this page to see.")
             : gettext("Nothing was installed, and the file is still chosen: it can be sent again.");
         endUpload(form, reason + " " + consequence, "failure");
     }
@@ -88,7 +90,10 @@
             upload.request.abort();
             failUpload(form, gettext("The connection to the device broke."));
         } else if (silence >= silenceNoted) {
-            ShowNote(gettext("Nothing has arrived for {1} seconds. It goes on by itself when the connection is back.", Math.floor(silence / 1000)));
+            const seconds = Math.floor(silence / 1000);
+            ShowNote(
+                gettext("Nothing has arrived for {1} seconds. It goes on by itself when the connection is back.", seconds),
+            );
             if (upload.come) {
                 ShowAmount(upload.come, upload.size); // without the time left, which was another one
             }
@@ -103,7 +108,8 @@
     }
 
     function sendForm(form, submitter, id) {
-        upload = { id, come: 0, cameAt: Date.now(), tells: false, sent: false };
+        upload = { id, come: 0, cameAt: Date.now(), tells: false, sent: false, arrived: false };
+        $("#tp, #bytes").empty();
         ShowStage(gettext("Sending the file to the device"));
         upload.request = PostForm(form, submitter, {
             // What the browser calls sent may still be on its way, which the web server knows better.
@@ -116,7 +122,7 @@
             sent: function () {
                 upload.sent = true;
                 if (!upload.tells) {
-                    showSent();
+                    showArrived();
                 }
             },
             answered: function () {
@@ -178,9 +184,13 @@
         if (seconds < silenceUsual) {
             return "";
         }
-        return seconds < silenceLong
-            ? gettext("No answer for {1} seconds. That is normal while the software is changed. Leave the device switched on.", seconds)
-            : gettext("No answer for {1} minutes. Leave the device switched on, and check the connection to it. This page goes on asking.", Math.floor(seconds / 60));
+        if (seconds < silenceLong) {
+            return gettext("No answer for {1} seconds. That is normal meanwhile. Leave the device switched on.", seconds);
+        }
+        return gettext(
+            "No answer for {1} minutes. Leave the device switched on, and look after the connection to it.",
+            Math.floor(seconds / 60),
+        );
     }
 
     /** Shows how far the upgrade is, and goes on to a page then.

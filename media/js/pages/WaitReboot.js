@@ -26,7 +26,6 @@
             ShowCountFormResultMsg(message + (limit - seconds));
             if (seconds > limit) {
                 clearInterval(timer);
-                waiting.isLong();
                 giveUp();
             } else if (seconds > rebootMinimum && !probing) {
                 probing = true;
@@ -41,6 +40,7 @@
                 location.replace("http://" + address + "/");
             } else {
                 ShowStaticFormResultMsg("ERROR: Device is not responding", "failure");
+                waiting.isLong();
             }
         }
 
