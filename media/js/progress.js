@@ -96,11 +96,12 @@
             gettext("{1} %", percent),
             gettext("{1} of {2} MB", megabytes(received), megabytes(size)),
             timeLeft(secondsLeft(received, size)),
-        ];
-        amount = parts.filter(Boolean).join(" · ");
+        ].filter(Boolean);
+        amount = parts.join(" · ");
         $("#progressbar").width(progressWidth * share);
         $("#progress").removeClass("unmeasured").attr({ "aria-valuenow": percent, "aria-valuetext": amount });
-        $("#progress_amount").text(amount);
+        // Each part has its own direction of writing.
+        $("#progress_amount").html(parts.map((part) => $("<bdi>").text(part)[0].outerHTML).join(" · "));
         Announce([stage, amount].filter(Boolean).join(", "));
     }
 
