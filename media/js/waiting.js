@@ -13,7 +13,9 @@
             <g class="device">
                 <path d="M164 42V16M216 42V16M162 76H218"/><rect x="150" y="42" width="80" height="46" rx="6"/>
             </g>
-            <g class="lamps"><circle cx="168" cy="60" r="5"/><circle cx="190" cy="60" r="5"/><circle cx="212" cy="60" r="5"/></g>
+            <g class="lamps">
+                <circle cx="168" cy="60" r="5"/><circle cx="190" cy="60" r="5"/><circle cx="212" cy="60" r="5"/>
+            </g>
             <path class="tick" d="M174 106L186 116L208 96"/>
         </svg>`;
 
