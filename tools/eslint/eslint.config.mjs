@@ -3,7 +3,7 @@ import js from "@eslint/js";
 
 const names = (text) => Object.fromEntries(text.trim().split(/\s+/).map((name) => [name, "readonly"]));
 
-const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest");
+const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame ResizeObserver setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest");
 const node = names("Buffer URL process setTimeout");
 
 /** What the scripts of the site offer to each other, to templates and to plug-ins. */
@@ -11,6 +11,7 @@ const site = names(`
     gettext ngettext
     ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
     CallStatus PollStatus PollBriefStatus ShowIn StatusSection StatusTable ShowReport
+    GroupDigits SignalBars PollOverview uPlot
     ParseToolStatus ShowProgress
 `);
 
