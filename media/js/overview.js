@@ -30,7 +30,7 @@
     const number = new Intl.NumberFormat(language, { maximumFractionDigits: 2 });
     const percent = new Intl.NumberFormat(language, { style: "percent", maximumFractionDigits: 1 });
     const dBm = (value) => gettext("{1} dBm", number.format(value));
-    const rates = ["byte", "kilobyte", "megabyte", "gigabyte"].map((unit) => inUnit(unit + "-per-second"));
+    const rates = ["byte", "kilobyte", "megabyte", "gigabyte"].map((unit) => inUnit(unit + "-per-second", { unitDisplay: "narrow" }));
 
     function rate(bytes) {
         const power = bytes < 1000 ? 0 : Math.min(Math.floor(Math.log10(bytes) / 3), rates.length - 1);
@@ -114,7 +114,7 @@
             return [];
         }
         const shown = gettext("{1} (this browser: {2})", atTime(clock, time), atTime(clock, here));
-        return [[gettext("Device time"), shown]];
+        return [[gettext("Device time"), shown, "wide"]];
     }
 
     function vpnState({ enabled, connected, status, seconds }) {
@@ -132,7 +132,7 @@
         return signal === undefined ? gettext("Unknown") : [SignalBars(signal)[0], dBm(signal)];
     }
 
-    /** Pairs of heading and content. */
+    /** Pairs of heading and content; a third part asks for more room. */
     function statesOf({ time, uptime, now }) {
         const known = (figure, text) => (figure === undefined ? gettext("Unknown") : text());
         const processors = ngettext("{1} processor", "{1} processors", now.processors);
@@ -154,10 +154,10 @@
     }
 
     function showStates($box, answer) {
-        const states = statesOf(answer).map(function ([heading, content]) {
+        const states = statesOf(answer).map(function ([heading, content, room = ""]) {
             const text = document.createElement("bdi"); // it may be written in another direction than the page
             text.append(...[content].flat());
-            return $("<div>").append($("<dt>").text(heading), $("<dd>").append(text));
+            return $("<div>").attr("class", room).append($("<dt>").text(heading), $("<dd>").append(text));
         });
         ShowIn($box.children("dl"), ...states);
     }
@@ -166,20 +166,22 @@
 
     const plots = new Map();
 
-    /** What is plotted: name, title, the columns with their names, how figures are written, and what the scale holds
-     *  in any case. */
+    /** A scale that holds two figures in any case. */
+    const holding = (lowest, highest) => (from, to) => [Math.min(from, lowest), Math.max(to, highest)];
+
+    /** What is plotted: name, title, the columns with their names, how figures are written, and the scale. */
     function wantedPlots() {
         const celsius = inUnit("celsius");
         const wanted = [
-            ["temperature", gettext("Temperature"), { temperature: "" }, celsius, []],
-            ["load", gettext("Load"), { load: "" }, (value) => number.format(value), [0, 1]],
-            ["memory", gettext("Memory in use"), { memory: "" }, (value) => percent.format(value), [0, 1]],
-            ["signal", gettext("Signal"), { signal: "" }, dBm, [-113, -51]],
+            ["temperature", gettext("Temperature"), { temperature: "" }, celsius, (from, to) => [from - 2, to + 2]],
+            ["load", gettext("Load"), { load: "" }, (value) => number.format(value), holding(0, 1)],
+            ["memory", gettext("Memory in use"), { memory: "" }, (value) => percent.format(value), holding(0, 1)],
+            ["signal", gettext("Signal"), { signal: "" }, dBm, holding(-113, -51)],
         ];
         const interfaces = Object.keys(samples.at(-1) ?? {}).filter((name) => name.startsWith("received "));
         for (const name of interfaces.map((received) => received.slice("received ".length))) {
             const columns = { [`received ${name}`]: gettext("Received"), [`sent ${name}`]: gettext("Sent") };
-            wanted.push([name, gettext("Traffic of {1}", name), columns, rate, [0, 1000]]);
+            wanted.push([name, gettext("Traffic of {1}", name), columns, rate, holding(0, 1000)]);
         }
         return wanted.filter(([, , columns]) => samples.some((sample) => Object.keys(columns).some((name) => (sample[name] ?? null) !== null)));
     }
@@ -197,11 +199,14 @@
 
     const colour = (name) => () => getComputedStyle(document.querySelector(box)).getPropertyValue(name).trim();
     const lines = [
-        { stroke: colour("--plot-1"), width: 2 },
-        { stroke: colour("--plot-2"), width: 2, dash: [6, 3] },
+        { stroke: colour("--plot-1"), width: 1.5 },
+        { stroke: colour("--plot-2"), width: 1.5, dash: [6, 3] },
     ];
 
-    function optionsOf(names, format, held, width, onCursor) {
+    /** A point alone would be no line. */
+    const isSparse = (plot) => plot.data[0].length < 60;
+
+    function optionsOf(names, format, scale, width, onCursor) {
         const axis = { stroke: colour("--plot-text"), grid: { stroke: colour("--plot-line"), width: 1 }, ticks: { show: false } };
         return {
             width,
@@ -210,19 +215,19 @@
             cursor: { sync: { key: "overview" }, drag: { x: false, y: false }, y: false, points: { size: 7 } },
             scales: {
                 x: { range: (plot, from, to) => [Math.min(from, to - shortest), to] },
-                y: { range: (plot, from, to) => uPlot.rangeNum(Math.min(from, ...held), Math.max(to, ...held), 0.05, held[0] === 0) },
+                y: { range: (plot, from, to) => uPlot.rangeNum(...scale(from, to), 0.05, true) },
             },
             axes: [
-                { ...axis, space: 70, values: (plot, times) => times.map((time) => atTime(minute, time)) },
-                { ...axis, size: 74, gap: 4, values: (plot, figures) => figures.map((figure) => (figure === null ? "" : format(figure))) },
+                { ...axis, space: 80, size: 30, values: (plot, times) => times.map((time) => atTime(minute, time)) },
+                { ...axis, size: 66, gap: 4, values: (plot, figures) => figures.map((figure) => (figure === null ? "" : format(figure))) },
             ],
-            series: [{}, ...names.map((name, index) => ({ ...lines[index], spanGaps: false, points: { show: false } }))],
+            series: [{}, ...names.map((name, index) => ({ ...lines[index], spanGaps: false, points: { size: 4, show: isSparse } }))],
             hooks: { setCursor: [onCursor] },
         };
     }
 
     /** One plot with its title, and what it says in words: of all of it or, where somebody points, of that moment. */
-    function makePlot($figures, index, answer, title, columns, format, held) {
+    function makePlot($figures, index, answer, title, columns, format, scale) {
         const names = Object.keys(columns);
         const $texts = Object.values(columns).map(() => $("<span>"));
         const $plot = $("<div class='plot' role='img'>");
@@ -243,7 +248,7 @@
             describe(moment).forEach((text, column) => $texts[column].text(text));
         }
 
-        const options = optionsOf(names, format, held, $plot.width(), ({ cursor }) => tell(cursor.idx));
+        const options = optionsOf(names, format, scale, $plot.width(), ({ cursor }) => tell(cursor.idx));
         const plot = new uPlot(options, data, $plot[0]);
         new ResizeObserver(() => $plot.width() && plot.setSize({ width: $plot.width(), height: plotHeight })).observe($plot[0]);
         window.matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => plot.redraw());

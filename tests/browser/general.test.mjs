@@ -92,7 +92,7 @@ describe("overview", () => {
             assert.deepEqual(states.slice(1, 8), ["Uptime15 min", "Load0.5 (2 processors)", "Memory25% of 2 MB", "TemperatureUnknown", "Uplink<b> (192.0.2.7)", "Signal-75 dBm", "VPNConnected for 5 min"]);
             assert.deepEqual([asked[0], asked[1]], [0, 900]);
             assert.equal(await label(1), "Load; now 0.5, lowest 0.1, highest 0.5");
-            assert.equal(await label(4), "Traffic of ppp0; Received: now 2 byte/s, lowest 2 byte/s, highest 1.5 kB/s; Sent: now 3 byte/s, lowest 0 byte/s, highest 7 byte/s");
+            assert.equal(await label(4), "Traffic of ppp0; Received: now 2B/s, lowest 2B/s, highest 1.5kB/s; Sent: now 3B/s, lowest 0B/s, highest 7B/s");
             assert.equal(await label(0), "Temperature; now 41.5°C, lowest 41.5°C, highest 41.5°C");
             boot = "later";
             const calls = asked.length;
