@@ -2,10 +2,12 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <utility>
 
 namespace webconfig::metrics {
 

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <limits>
 #include <memory>
 
 #include "WebApps/webconfig/metrics/Samples.h"
