@@ -90,6 +90,7 @@ async function assertEveryViewIsGood(page) {
     let scheme = "light";
     for (const [index, tab] of (tabs.length ? tabs : [""]).entries()) {
         await page.evaluate((hash) => (location.hash = hash), tab);
+        await page.waitForFunction(() => !document.querySelector("#overview:empty")?.checkVisibility()); // comes by itself
         for (const [name, { size, colorScheme = "light", ...layout }] of Object.entries(layouts)) {
             await session.send("Emulation.setDeviceMetricsOverride", size);
             if (colorScheme !== scheme) {

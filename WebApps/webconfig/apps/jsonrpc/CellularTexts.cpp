@@ -5,6 +5,8 @@
 #include <limits>
 #include <span>
 
+#include "WebApps/webconfig/util/Signal.h"
+
 namespace webconfig::apps::cellular {
 
 namespace {
@@ -78,13 +80,11 @@ std::string SimCcidText(std::string const &ccid, std::uint32_t simStatus) {
 }
 
 std::string SignalStrengthText(std::int32_t quality) {
-    if (quality < 0)
-        return std::to_string(quality) + " dBm";
-    if (quality == 0)
-        return "-113 dBm or less";
-    if (quality < 31)
-        return std::to_string(2 * quality - 113) + " dBm";
-    return quality == 31 ? "-51 dBm or greater" : "Not known or not detectable";
+    auto const strength = util::SignalDbm(quality);
+    if (!strength)
+        return "Not known or not detectable";
+    char const *const bound = quality == 0 ? " or less" : quality == 31 ? " or greater" : "";
+    return std::to_string(*strength) + " dBm" + bound;
 }
 
 std::string BitErrorRateText(std::uint32_t networkKind, std::uint32_t errorClass) {
