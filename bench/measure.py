@@ -44,6 +44,7 @@ POLLS = 5  # of each poller
 REQUESTS = 100_000
 RELOADS = 100
 USS_LIMIT, RSS_LIMIT = 4096, 12288  # KiB
+SAMPLER_SHARE = 0.1  # per cent
 SAVES = 200
 SAVE_LIMIT = 10  # milliseconds that history and trial may add to a save
 
@@ -326,6 +327,18 @@ def measure_history():
               f"(at most {SAVE_LIMIT} ms more: {verdict(kept - without < SAVE_LIMIT)})", flush=True)
 
 
+def show_sampler(pid):
+    """The thread that takes the samples, since it has begun."""
+    for task in Path(f"/proc/{pid}/task").iterdir():
+        if (task / "comm").read_text() != "metrics\n":
+            continue
+        spent = int((task / "schedstat").read_text().split()[0]) / 1e9
+        began = int((task / "stat").read_text().rpartition(")")[2].split()[19]) / os.sysconf("SC_CLK_TCK")
+        share = 100 * spent / (time.clock_gettime(time.CLOCK_BOOTTIME) - began)
+        print(f"sampler: {share:.4f} % of a processor, target below {SAMPLER_SHARE}: {verdict(share < SAMPLER_SHARE)}",
+              flush=True)
+
+
 def main():
     configuration = Path("/tmp/bench-lighttpd.conf")
     configuration.write_text(CONFIGURATION)
@@ -338,6 +351,7 @@ def main():
         measure_slow_bodies()
         measure_polls(pid)
         measure_history()
+        show_sampler(pid)
 
 
 main()

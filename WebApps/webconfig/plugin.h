@@ -19,7 +19,7 @@ class Menu;
 }
 
 /// Does nothing. That the process has it says that both sides have the same interface.
-extern "C" void webconfig_plugin_abi_3();
+extern "C" void webconfig_plugin_abi_4();
 
 namespace webconfig {
 
@@ -49,7 +49,7 @@ class Plugin {
     virtual void Release() = 0;
 
   protected:
-    Plugin() { webconfig_plugin_abi_3(); }
+    Plugin() { webconfig_plugin_abi_4(); }
     Plugin(Plugin const &) = default;
     Plugin &operator=(Plugin const &) = default;
     // Not virtual: a virtual one would take places in the order above.

@@ -11,10 +11,11 @@
         $boxes.not(".static, .failure").delay(messageTime).fadeOut("slow");
     }
 
-    /** Has assistive software say what is in the box: it tells what comes into one that it knows. */
-    function announce($box) {
+    /** Has assistive software say what is in the box: it tells what comes into one that it knows, unless that is
+     *  `quiet`. */
+    function announce($box, quiet = false) {
         const failed = $box.hasClass("failure");
-        $box.attr("role", failed ? "alert" : "status").text($box.text());
+        $box.attr({ role: failed ? "alert" : "status", "aria-live": quiet ? "off" : null }).text($box.text());
         if (failed) {
             const $close = $("<button type='button' class='close'>").attr("aria-label", gettext("Close"));
             $box.append($close.on("click", () => $box.hide()));
@@ -26,13 +27,13 @@
         $(".form_result_msg").not(".static").stop(true, true).hide();
     }
 
-    function showMessage(text, classes) {
+    function showMessage(text, classes, quiet) {
         let $box = $(".form_result_msg").first();
         if (!$box.length) {
             $box = $("<div>").insertBefore($("body").children().not("#skip, .alerts").first());
         }
         $box.stop(true, true).attr("class", classes + " form_result_msg").text(text).show();
-        announce($box);
+        announce($box, quiet);
         FadeFormResultMsg($box);
     }
 
@@ -47,6 +48,11 @@
         showMessage(text, (cssClass || "") + " static");
     }
 
+    /** The same for a count, which nobody wants to hear each second. */
+    function ShowCountFormResultMsg(text) {
+        showMessage(text, "static", true);
+    }
+
     $(function () {
         const $boxes = $(".form_result_msg");
         $boxes.each((index, box) => announce($(box)));
@@ -57,4 +63,5 @@
     window.ClearFormResultMsg = ClearFormResultMsg;
     window.ShowFormResultMsg = ShowFormResultMsg;
     window.ShowStaticFormResultMsg = ShowStaticFormResultMsg;
+    window.ShowCountFormResultMsg = ShowCountFormResultMsg;
 })();

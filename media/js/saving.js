@@ -73,6 +73,7 @@
     /** The buttons that were like this one: a rule may be gone, or open now. */
     const alike = (name) => $("#config_pane").find(":submit").filter((index, button) => button.name === name);
 
+    /** For the page that answers what this button sends. */
     function rememberFocus(button) {
         if (button) {
             const place = { path: location.pathname, id: button.id, name: button.name };
@@ -116,4 +117,6 @@
     $(window)
         .on("beforeunload", onLeave)
         .on("pageshow", () => $(posts).each((index, form) => release(form)));
+
+    window.RememberFocus = rememberFocus;
 })();

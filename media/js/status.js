@@ -48,7 +48,9 @@
      *  @param interval in milliseconds.
      *  @param show is given the box (jQuery) and each result, and fills the box.
      *  @param problems the texts for failures, such as statusProblems, which is the default.
-     *  @param wanted tells whether to call; by default, whether the box is in sight. */
+     *  @param wanted tells whether to call; by default, whether the box is in sight.
+     *  @param params gives the parameters of the next call.
+     *  @param first when the first call is made, in milliseconds. */
     function PollStatus(
         url,
         method,
@@ -58,12 +60,13 @@
         show,
         problems = statusProblems,
         wanted = () => $(boxSelector).is(":visible"),
+        { params = () => [], first = interval } = {},
     ) {
         let unansweredSince = null;
         let timer = null;
 
-        function arm() {
-            timer = setTimeout(poll, interval);
+        function arm(time = interval) {
+            timer = setTimeout(poll, time);
         }
 
         function pollAtOnce() {
@@ -101,13 +104,13 @@
             const $box = $(boxSelector);
             unansweredSince ??= new Date();
             // Armed first: whatever showing does, the polls go on.
-            CallStatus(url, method, id, [], { timeout: answerTime })
-                .always(arm)
+            CallStatus(url, method, id, params(), { timeout: answerTime })
+                .always(() => arm())
                 .done((answer) => showAnswer($box, answer))
                 .fail((request, status, error) => showFailure($box, request, status, error));
         }
 
-        arm();
+        arm(first);
         document.addEventListener("visibilitychange", pollAtOnce);
     }
 

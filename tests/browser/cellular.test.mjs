@@ -21,8 +21,9 @@ const working = {
     forced_automatic: true,
     module_temp_degrees: "31&#176;C",
     ppp_ip_address: "10.97.0.2",
-    ppp_tx_packets_current: 1,
-    ppp_rx_packets_current: 2,
+    signal_strength: "-83 dBm",
+    ppp_tx_packets_current: 1234567,
+    ppp_rx_packets_current: 999,
     port_tx_packets_total: 3,
     port_rx_packets_total: 4,
     serial_message: "",
@@ -48,6 +49,9 @@ describe("cellular page", () => {
             assert.equal(await text(figure("modem_type")), "<b>Modem</b>");
             assert.equal(await text(figure("module_temp_degrees")), "31°C");
             assert.equal(await text(figure("port_total_rxtx_packets")), "3 / 4");
+            assert.equal(await text(figure("ppp_current_rxtx_packets")), "1\u202f234\u202f567 / 999");
+            assert.equal(await text(figure("signal_strength")), "-83 dBm");
+            assert.equal(await page.getAttribute(`${figure("signal_strength")} [role=img]`, "aria-label"), "Signal: 3 of 4 bars");
             assert.equal(await text("#network_row"), "Network (back to 'Automatic')");
             assert.ok(await page.isVisible(figure("ppp_ip_address")));
             for (const hidden of [figure("mobile_number"), figure("serial_message"), "#carrier_apn_row", "#not_enabled"]) {

@@ -30,28 +30,86 @@ describe("Firmware page", () => {
         };
         await withPage(firmwarePage, { ...options, prepare }, async (page) => {
             let sentTo = null;
-            // The upload itself never ends here. It goes into another tab, because a page that is being left
-            // cannot be looked at.
-            await page.context().route(`**${firmwarePage}?*`, (route) => {
+            // The upload itself never ends here.
+            await page.route(`**${firmwarePage}?*`, (route) => {
                 sentTo = route.request().url();
             });
-            await page.evaluate(() => $("#component_config form").attr("target", "away"));
             await page.setInputFiles("#cfg_frw_file", image);
             await confirm(page, "#cfg_frw_save");
             const text = await page.textContent(".form_result_msg.static");
             assert.equal(text.trim(), "Do not leave this page or file upload will fail");
 
             await waitForText(page, "#tp", /^starting$/);
-            progress = { state: "uploading", received: 100, size: 400 };
+            progress = { state: "uploading", received: 10e6, size: 40e6 };
             await waitForText(page, "#tp", /^uploading$/);
-            assert.equal(await page.textContent("#bytes"), "100 / 400");
+            assert.equal(await page.textContent("#bytes"), "10000000 / 40000000");
             assert.equal(await page.evaluate(() => $("#progressbar").width()), 100);
-            progress = { state: "done", received: 400, size: 400 };
+            const bar = page.getByRole("progressbar", { name: "Sending the file to the device" });
+            assert.equal(await bar.getAttribute("aria-valuenow"), "25");
+            assert.equal(await bar.getAttribute("aria-valuetext"), "25 % · 10.0 of 40.0 MB");
+            progress = { state: "done", received: 40e6, size: 40e6 };
             await waitForText(page, "#tp", /^Copying file: please wait\.\.\.$/);
 
             assert.match(asked[0], /^[0-9a-f]{32}$/);
             assert.ok(sentTo.endsWith(`${firmwarePage}?X-Progress-ID=${asked[0]}`), sentTo);
             assert.deepEqual(options.calls, [{ method: "prepare_fw_upgrade", params: [], id: 20 }]);
+        });
+    });
+
+    test("tells how long it takes as it knows it, and aloud every 15 seconds", async () => {
+        // How many of 1000 megabytes have come after each second, and what is told of the rest in the end.
+        const cases = [
+            [[0, 10, 20], ""],
+            [[30], "about 2 minutes left"],
+            [Array(10).fill(30), ""],
+            [[130, 230, 330], "about 30 seconds left"],
+            [[900, 990], "a few seconds left"],
+            [[0], ""],
+        ];
+        const prepare = (page) => page.clock.install();
+        await withPage(firmwarePage, { ...desktop, prepare }, async (page) => {
+            await page.clock.pauseAt(Date.now() + 60000);
+            const said = [];
+            for (const [amounts, left] of cases) {
+                let told;
+                for (const amount of amounts) {
+                    told = await page.evaluate((bytes) => {
+                        ShowAmount(bytes, 1e9);
+                        return document.getElementById("progress_amount").textContent.split(" · ");
+                    }, amount * 1e6);
+                    await page.clock.runFor(1000);
+                    said.push(await page.textContent("#announcement"));
+                }
+                assert.equal(told[2] ?? "", left, amounts);
+            }
+            assert.deepEqual([...new Set(said)], [
+                "0 % · 0.0 of 1,000.0 MB",
+                "23 % · 230.0 of 1,000.0 MB · about 40 seconds left",
+            ]);
+        });
+    });
+
+    test("that breaks off gives the form back with its file, and in the end the page has the device's answer", async () => {
+        const target = `**${firmwarePage}?*`;
+        const broken = /^The connection to the device broke\. Nothing was installed/;
+        const prepare = (page) => page.clock.install();
+        await withPage(firmwarePage, { ...desktop, prepare, faulty: true }, async (page) => {
+            let tries = 0;
+            await page.route(target, (route) => (++tries === 1 ? null : route.abort("connectionreset")));
+            await page.setInputFiles("#cfg_frw_file", image);
+            await confirm(page, "#cfg_frw_save");
+            await page.clock.runFor(15000);
+            assert.match(await page.textContent("#progress_note"), /^Nothing has arrived for 1\d seconds/);
+            await page.clock.runFor(80000);
+            await waitForText(page, ".form_result_msg.failure", broken);
+            await confirm(page, "#cfg_frw_save");
+            await eventually(() => assert.equal(tries, 2));
+            await waitForText(page, ".form_result_msg.failure", broken);
+            await page.unroute(target);
+            await confirm(page, "#cfg_frw_save");
+            await waitForText(page, ".form_result_msg.failure", /^The image cannot be read/);
+            await page.locator("#tabcontainer.ui-tabs").waitFor();
+            assert.equal(await page.evaluate(() => document.activeElement.id), "cfg_frw_save");
         });
     });
 });
@@ -95,6 +153,7 @@ describe("firmware upgrade", () => {
             await eventually(() => assert.match(inDevice("sh", "-c", "cat /tmp/fwtool_status.txt 2>&1 || true"), /flash/), 30);
             signal("STOP");
             await waitForText(page, "#progresstext", /^flash \d+ \/ 100000$/);
+            assert.equal(await page.textContent("#progress_stage"), "Step 3 of 4: writing flash");
             const [done, size] = (await page.textContent("#bytes")).split(" / ");
             assert.equal(await page.evaluate(() => $("#progressbar").width()), (400 * done) / size);
             await withPage("/config/network/ntp", phone, async (other) => {
@@ -117,6 +176,7 @@ describe("firmware upgrade", () => {
             await eventually(() => assert.equal(inDevice("sh", "-c", `test -e ${mark} || echo gone`), "gone"), 30);
             await page.clock.runFor(12000);
             await page.waitForURL("**/config/");
+            await waitForText(page, ".form_result_msg.success", /^The device is back, after 0:\d\d minutes\.$/);
             await page.goto(new URL(firmwarePage, site).href);
             assert.match(await page.textContent("#component_config pre"), new RegExp(`${version} \\(running\\)`));
         });

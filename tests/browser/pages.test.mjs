@@ -5,6 +5,7 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { describe, test } from "node:test";
 import { desktop, pages, withPage } from "./device.mjs";
+import { differenceOf } from "./look.mjs";
 
 /** Sizes and preferences in which each view is looked at, and what is asked of axe-core: in others than that of
  *  a bright desktop, the rules whose verdict they can change. 200 % is as if a desktop were that small. */
@@ -21,6 +22,16 @@ const layouts = {
         size: { width: 360, height: 740, deviceScaleFactor: 2, mobile: true },
         ask: { rules: { "color-contrast": { enabled: false } } },
     },
+};
+
+/** The page that has nothing around it. */
+const alone = pages.at(-1);
+
+/** Whose look is compared with the one that is kept, with the name of its pictures: a form, a table, many tabs. */
+const looks = {
+    "/": "general",
+    "/config/network/port_forwarding": "port_forwarding",
+    "/config/settings/advanced": "advanced",
 };
 
 const axe = readFileSync(new URL("node_modules/axe-core/axe.min.js", import.meta.url), "utf8");
@@ -82,7 +93,7 @@ async function assertKeyboardIsSeen(page) {
 }
 
 /** Each tab of the page, in each layout, can be seen whole and used by everybody. */
-async function assertEveryViewIsGood(page) {
+async function assertEveryViewIsGood(page, look) {
     const session = await page.context().newCDPSession(page);
     await page.evaluate(axe);
     const tabs = await page.$$eval("#tabcontainer > ul a", (links) => links.map((link) => link.getAttribute("href")));
@@ -90,6 +101,7 @@ async function assertEveryViewIsGood(page) {
     let scheme = "light";
     for (const [index, tab] of (tabs.length ? tabs : [""]).entries()) {
         await page.evaluate((hash) => (location.hash = hash), tab);
+        await page.waitForFunction(() => !document.querySelector("#overview:empty")?.checkVisibility()); // comes by itself
         for (const [name, { size, colorScheme = "light", ...layout }] of Object.entries(layouts)) {
             await session.send("Emulation.setDeviceMetricsOverride", size);
             if (colorScheme !== scheme) {
@@ -97,6 +109,9 @@ async function assertEveryViewIsGood(page) {
             }
             // The frame is the same around each tab.
             const found = await page.evaluate(problemsOf, { part: index ? "#config_pane" : "html", ...layout });
+            if (look && !index) {
+                found.push(...(await differenceOf(page, session, `${look}-${name.match(/\w+/g).join("_")}`)));
+            }
             if (found.length) {
                 problems[`${tab || "the page"}, ${name}`] = found;
             }
@@ -110,11 +125,12 @@ describe("every page", { concurrency: 3 }, () => {
         test(`${path} is clean, and everybody can use it on any screen`, async () => {
             // One of them names no icon, and the browser looks for one.
             const prepare = (page) => page.addInitScript(countMixedFrames);
-            await withPage(path, { ...desktop, prepare, faulty: path.endsWith("/regulatory/wifi") }, async (page) => {
+            await withPage(path, { ...desktop, prepare, faulty: path === alone }, async (page) => {
                 assert.equal(await page.evaluate(() => window.mixedFrames), 0, "one tab is seen at a time");
+                assert.equal(await page.locator("#nav a").count(), path === alone ? 0 : pages.length, "leads to all others");
                 await assertKeyboardIsSeen(page);
                 assert.deepEqual(await page.$$eval("label", strayLabels), []);
-                await assertEveryViewIsGood(page);
+                await assertEveryViewIsGood(page, looks[path]);
             });
         });
     }

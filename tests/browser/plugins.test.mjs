@@ -6,6 +6,7 @@ import { setTimeout as sleep } from "node:timers/promises";
 import { desktop, inDevice, phone, source, waitForText, withPage } from "./device.mjs";
 
 const traffic = "/config/traffic/interfaces";
+const volume = "/opt/applications/dialogs";
 const table = "#traffic_counters";
 
 async function switchPlugins(from, to) {
@@ -20,12 +21,24 @@ async function switchPlugins(from, to) {
 }
 
 describe("Example plug-in", () => {
-    before(() => switchPlugins(false, true));
-    after(() => switchPlugins(true, false));
+    before(async () => {
+        // And a volume that uses more of jQuery UI than the pages do.
+        inDevice("mkdir", "-p", `${volume}/var/www/webconfig/plugins/media`);
+        inDevice("cp", "-R", "/usr/share/webconfig/www/media/plugin", `${volume}/var/www/webconfig/plugins/media/head`);
+        await switchPlugins(false, true);
+    });
+    after(async () => {
+        await switchPlugins(true, false);
+        inDevice("rm", "-r", volume);
+    });
 
     test("shows the counters of the interfaces and draws the traffic that comes", async () => {
         await withPage("/", desktop, async (page) => {
             assert.equal(await page.textContent("h1"), "Device configuration, traffic edition");
+            await page.evaluate(() => $("<p title='All of it'>").dialog({ modal: true }).append($("<div>").datepicker()));
+            assert.equal(await page.locator(".ui-dialog .ui-datepicker-calendar").count(), 1);
+            await page.evaluate(() => $(".ui-dialog-content").dialog("destroy"));
+            assert.ok(await page.evaluate(() => $("#tabcontainer").tabs("option", "fx")), "the tabs are still ours");
             await page.click("#menu_Interfaces");
             await waitForText(page, table, /Interface.*Received.*Sent.*eth0.*lo/s);
             await page.selectOption("#traffic_interface", "lo");

@@ -42,8 +42,13 @@ describe("Ethernet and Reboot pages", () => {
                 await confirm(page, "#cfg_rbt_reboot");
                 await waitForText(page, message, /^Device is rebooting/);
                 await page.route((url) => url.pathname === "/", (route) => route.abort("connectionrefused"));
-                await page.clock.runFor(101000);
+                const spoken = page.getByText(/^Restarting for (15|16|17) seconds$/);
+                await page.clock.runFor(18000);
+                assert.equal(await spoken.count(), 1);
+                assert.equal(await page.getAttribute(message, "aria-live"), "off", "who listens hears no second count");
+                await page.clock.runFor(83000);
                 await waitForText(page, `${message}.failure`, /^ERROR: Device is not responding$/);
+                await waitForText(page, "#waiting.long", /The device is restarting.*1:4\d.*longer than usual/s);
             }),
         );
     });

@@ -25,6 +25,12 @@ describe("a form", () => {
             await page.fill(nameField, `${before}-1`);
             await Promise.all([page.waitForNavigation(), page.dblclick(saveButton)]);
             assert.equal(await page.title(), `Saved: General Device Configuration – ${before}-1`);
+            await page.setViewportSize({ width: 360, height: 740 });
+            await page.evaluate(() => window.scrollTo(0, 0));
+            const changes = await page.locator(".saved_changes").boundingBox();
+            const message = await page.locator(".form_result_msg").boundingBox();
+            assert.ok(message.y > changes.y + changes.height, "what was changed is seen beside the message");
+            await page.setViewportSize(desktop.viewport);
             await page.reload();
             await page.click("#nav a[href='/config/settings/about']");
             await page.goBack();

@@ -79,6 +79,20 @@ class Front(unittest.TestCase):
                         self.assertNotRegex(head, "(?im)^(server|x-powered-by): ")
         self.assertEqual({1}, {len(values[name]) for name in HEADERS[1:]}, "server and process agree")
 
+    def test_text_is_sent_small_and_kept_as_long_as_it_holds(self):
+        call = """-H 'Content-Type: application/json' -d '{"method":"general_dynamic_status","params":[],"id":1}' """
+        for kept, packed, request in (("max-age=604800", True, "SITE/media/js/bundle.js"),
+                                      ("max-age=604800", True, "SITE/media/css/screen.css"),
+                                      ("max-age=604800", False, "SITE/media/images/spinner.gif"),
+                                      ("max-age=3600", True, "SITE/plugins/traffic/head/traffic.js"),
+                                      ("no-store", True, call + "SITE/status/rpc"),
+                                      ("no-store", True, "SITE/config/network/wlan")):
+            for encoding in ("gzip, br", "identity"):
+                _, head = self.heads(f"{ADMIN}-H 'Accept-Encoding: {encoding}' {request}")[-1]
+                with self.subTest(request, encoding=encoding):
+                    self.assertEqual(packed and encoding != "identity", "\ncontent-encoding: gzip\n" in "\n" + head.lower())
+                    self.assertEqual(kept, re.search("(?im)^cache-control: (.*)", head)[1])
+
     def test_five_guesses_lock_their_address_and_no_other(self):
         self.assertEqual(5, self.attack(f"guess {SITE} --seconds 3 --connections 30")["guesses"])
         (status, head), = self.heads("SITE/")

@@ -33,7 +33,7 @@ TEST(RoutingTest, MenusAndNamesAreThoseOfTheConfiguration) {
     store.Set({{"net/hostname", "<dev>"}});
     device::Process process(device::Configuration(
         9105, R"("menus":[{"text":"More","children":[{"text":"Time","path":"/network/ntp",)"
-              R"("children":[{"text":"Start","path":"/"}]}]}],"show_device_name":true,)"));
+              R"("children":[{"text":"Start","path":"/"}]}]}],"show_device_name":true,"bundle":true,)"));
     Browser browser("http://127.0.0.1:9105");
     ASSERT_TRUE(browser.WaitUntilUp(10, "/config/"));
     for (char const *const path : {"/config/", "/config/service/assemblysn"}) {
@@ -43,6 +43,10 @@ TEST(RoutingTest, MenusAndNamesAreThoseOfTheConfiguration) {
                            "/config/settings/advanced", "/config/network/ntp", "/config/"}))
             << path;
         EXPECT_EQ(page.One("//div[@id='banner_right']"), "<dev>") << path;
+        EXPECT_EQ(page.Count("//head//@*[contains(.,'?rev=')]"), 2U) << path;
+        EXPECT_EQ(page.Count("//head//@*[contains(.,'/css/bundle.css?') or contains(.,'/js/bundle.js?')]"),
+                  2U)
+            << path;
     }
     auto const title = [](Answer const &answer) { return Html(answer.body).One("/html/head/title"); };
     EXPECT_EQ(title(browser.Get("/config/network/ntp")), " NTP Servers – <dev> ");

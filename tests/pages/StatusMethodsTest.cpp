@@ -260,6 +260,34 @@ TEST_F(StatusMethodsTest, CellularModem) {
     EXPECT_LT(Seconds(start), 0.9);
 }
 
+TEST_F(StatusMethodsTest, MetricsOutlastAReloadAndNobodyHoldsThemUp) {
+    store.Set({{dialup, "gprs_dialup"}, {"net/openvpn/enabled", "yes"}});
+    device::ReplacedFile const modem(seriald, "signal_quality = 20\n");
+    device::ReplacedFile const tunnel(openvpnd, "answer = silent\n");
+    device::Process const process(device::Configuration(9108, R"("metrics":true,)"));
+    Browser browser = device::Up("http://127.0.0.1:9108");
+    auto const start = std::chrono::steady_clock::now();
+    auto const told = [&](std::string const &text, std::string const &since = "[0]") {
+        return browser.Call("metrics", since).result.find(text) != std::string::npos;
+    };
+    told("");
+    EXPECT_LT(Seconds(start), 0.9);
+    EXPECT_TRUE(device::WaitUntil(5, [&] { return told(R"("signal":-73)"); }));
+    ExpectParts(browser.Call("metrics", "[0]").result,
+                {R"("address":"10.99.0.2","load":)", R"("uplink":"eth0","vpn":{"enabled":true})",
+                 R"("signal":"-73")", R"("eth0":{"received":"","sent":""})"});
+    EXPECT_TRUE(device::Reload(process, browser));
+    EXPECT_TRUE(told(R"("signal":"-73")"));
+    EXPECT_EQ(browser.Call("metrics", R"(["0"])").body,
+              R"({"id":1,"error":"Invalid parameters","result":null})");
+    EXPECT_EQ(Html(browser.Get("/config/").body).Count("//*[@id='overview']"), 1U);
+
+    device::Process const without(device::Configuration(9107));
+    Browser other = device::Up("http://127.0.0.1:9107");
+    EXPECT_EQ(other.Call("metrics", "[0]").body, R"({"id":1,"error":"Method not found","result":null})");
+    EXPECT_EQ(Html(other.Get("/config/").body).Count("//*[@id='overview']"), 0U);
+}
+
 TEST_F(StatusMethodsTest, SixPollsTellThatTheNetworkSearchIsComplete) {
     Settings searching = {{dialup, "none"}, {"gprs/network/refresh", "yes"}};
     store.Set(searching);

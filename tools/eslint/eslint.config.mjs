@@ -3,15 +3,17 @@ import js from "@eslint/js";
 
 const names = (text) => Object.fromEntries(text.trim().split(/\s+/).map((name) => [name, "readonly"]));
 
-const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest");
+const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame ResizeObserver setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest FormData DOMParser");
 const node = names("Buffer URL process setTimeout");
 
 /** What the scripts of the site offer to each other, to templates and to plug-ins. */
 const site = names(`
     gettext ngettext
     ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
+    ShowCountFormResultMsg
     CallStatus PollStatus PollBriefStatus ShowIn ShownStatus StatusSection StatusTable ShowReport
-    ParseToolStatus ShowProgress
+    GroupDigits SignalBars PollOverview uPlot
+    ParseToolStatus ShowProgress ShowStage ShowAmount ShowNote Announce PostForm RememberFocus ShowWaiting
 `);
 
 export default [

@@ -50,6 +50,7 @@ void Base::Prepare(data::Base &content) {
     content.media_root = MediaRoot(settings());
     std::string const pluginMediaRoot = PluginMediaRoot(settings());
     content.plugin_media_root = pluginMediaRoot + '/' + _appVolumeName;
+    content.bundle = settings().get("webconfig.bundle", false);
     content.revision = buildStamp;
     content.reboot_required = util::IsRebootRequired();
     content.default_password = security::IsDefaultPasswordAlerted();

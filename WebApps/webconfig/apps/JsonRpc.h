@@ -42,6 +42,9 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
     static cppcms::json::value TrialKeep();
     static cppcms::json::value TrialTakeBack();
 
+    /// What the device does, and what it did since an uptime: docs/device-pages.md.
+    static cppcms::json::value Metrics(CallQueue::Call const &call);
+
     // For machines: docs/api.md.
     static cppcms::json::value SettingsDescribe();
     static cppcms::json::value SettingsGet(CallQueue::Call const &call);

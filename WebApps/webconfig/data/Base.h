@@ -27,6 +27,7 @@ struct Base : public cppcms::base_content {
         false;                // the web password is still the one of the delivery, and pages are to say so
     std::string nonce;        // what inline scripts and style sheets carry; empty: they need nothing
     std::vector<Menu> menus;  // top level, in display order
+    bool bundle = false;      // the built-in style sheets and scripts are one file each
     std::string revision;     // build stamp behind "?rev=" of built-in media URLs
     std::vector<std::string> style_sheets;  // extra URLs, linked after the built-in ones
     std::vector<std::string> scripts;       // likewise

@@ -13,6 +13,7 @@ struct General : public BaseTabbed {
     std::string device_id;
     forms::General form;
     ShellOutput status;
+    bool metrics = false;  // the overview is shown
 };
 
 }  // namespace webconfig::data

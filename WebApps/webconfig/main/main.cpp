@@ -16,6 +16,7 @@
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,7 @@
 #include "WebApps/webconfig/main/CommandLine.h"
 #include "WebApps/webconfig/main/StopSignals.h"
 #include "WebApps/webconfig/main/SystemLog.h"
+#include "WebApps/webconfig/metrics/Sampler.h"
 #include "WebApps/webconfig/security/Audit.h"
 #include "WebApps/webconfig/security/FrameworkSettings.h"
 #include "WebApps/webconfig/security/Policy.h"
@@ -148,6 +150,9 @@ util::PluginManager *RunService(int argc, char *argv[], bool again, StopSignals 
     if (service->settings().get("webconfig.restore", false) && !history::IsKept())
         WEBCONFIG_LOG(warning, logTag) << "webconfig.restore does nothing without webconfig.history.file";
     apps::KeptUpload(service->settings()).Drop();
+    std::optional<metrics::Sampler> sampler;
+    if (service->settings().get("webconfig.metrics", false))
+        sampler.emplace();
     MountPages(*service);
     auto const status = MountStatus(*service);
     stop.Run(*service);

@@ -25,15 +25,18 @@ bool BecomesReadable(int descriptor) {
 
 /// Sends a \a Request, named \a requestName in the log, to \a daemon and waits for the answer.
 template <typename Answer, typename Request>
-DaemonReply<Answer> Ask(char const *clientName, char const *daemon, char const *requestName) {
+DaemonReply<Answer> Ask(char const *clientName, char const *daemon, char const *requestName,
+                        Failures failures = Failures::Logged) {
     VexaHandler handler;
     cVexa vexaClient(clientName, &handler);
     Request request;
-    if (vexaClient.Send(daemon, &request) < 0)
+    bool const logged = failures == Failures::Logged;
+    if (vexaClient.Send(daemon, &request) < 0 && logged)
         WEBCONFIG_LOG(error, logTag) << "vexaClient.Send(\"" << daemon << "\", " << requestName << ") failed";
     int const descriptor = vexaClient.GetFd();
     if (descriptor < 0) {
-        WEBCONFIG_LOG(error, logTag) << "vexaClient.GetFd() failed";
+        if (logged)
+            WEBCONFIG_LOG(error, logTag) << "vexaClient.GetFd() failed";
         return {};
     }
     // Also after a failed request: a poll costs the same whatever state the daemon is in.
@@ -44,9 +47,9 @@ DaemonReply<Answer> Ask(char const *clientName, char const *daemon, char const *
 
 }  // namespace
 
-DaemonReply<cVexaMsgGPRSStats> AskSeriald() {
+DaemonReply<cVexaMsgGPRSStats> AskSeriald(Failures failures) {
     return Ask<cVexaMsgGPRSStats, cVexaMsgRequestGPRSStats>(modemClient, "seriald",
-                                                            "cVexaMsgRequestGPRSStats");
+                                                            "cVexaMsgRequestGPRSStats", failures);
 }
 
 DaemonReply<cVexaMsgServerStats> AskStatusd() {
@@ -54,9 +57,9 @@ DaemonReply<cVexaMsgServerStats> AskStatusd() {
                                                                 "cVexaMsgRequestServerStats");
 }
 
-DaemonReply<cVexaMsgOpenVPNStats> AskOpenvpnd() {
+DaemonReply<cVexaMsgOpenVPNStats> AskOpenvpnd(Failures failures) {
     return Ask<cVexaMsgOpenVPNStats, cVexaMsgRequestOpenVPNStats>(linkClient, "openvpnd",
-                                                                  "cVexaMsgRequestOpenVPNStats");
+                                                                  "cVexaMsgRequestOpenVPNStats", failures);
 }
 
 }  // namespace webconfig::util

@@ -7,7 +7,6 @@
 
 #include <array>
 #include <memory>
-#include <string_view>
 
 #include "WebApps/webconfig/util/Happened.h"
 #include "WebApps/webconfig/util/Translate.h"
@@ -17,7 +16,7 @@ namespace webconfig::util {
 namespace {
 
 /// In the order of preference.
-constexpr std::array<std::string_view, 3> interfaces{"br1", "eth0", "eth1"};
+constexpr char const *interfaces[] = {"br1", "eth0", "eth1"};
 
 struct FreeAddresses {
     void operator()(ifaddrs *list) const { ::freeifaddrs(list); }
@@ -52,22 +51,22 @@ std::string SystemDeviceID() {
     return Translatable("(not supported)");
 }
 
-std::string GetCurrentIPAddress() {
+std::string AddressOf(std::string const &interface) {
     ifaddrs *first = nullptr;
     if (::getifaddrs(&first) != 0)
         return {};
     std::unique_ptr<ifaddrs, FreeAddresses> const list(first);
-    std::array<std::string, interfaces.size()> addresses;
+    std::string address;
     for (ifaddrs const *entry = first; entry; entry = entry->ifa_next) {
-        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
-            continue;
-        for (std::size_t i = 0; i < interfaces.size(); ++i) {
-            if (interfaces[i] == entry->ifa_name)
-                addresses[i] = AddressText(entry->ifa_addr);
-        }
+        if (entry->ifa_addr && entry->ifa_addr->sa_family == AF_INET && interface == entry->ifa_name)
+            address = AddressText(entry->ifa_addr);
     }
-    for (auto const &address : addresses) {
-        if (!address.empty())
+    return address;
+}
+
+std::string GetCurrentIPAddress() {
+    for (char const *const interface : interfaces) {
+        if (std::string address = AddressOf(interface); !address.empty())
             return address;
     }
     return {};

@@ -15,6 +15,9 @@ bool SetSystemAssemblySN(std::string const &number);
 
 std::string SystemDeviceID();
 
+/// The IPv4 address of \a interface in dotted form, the last one of several; empty where it has none.
+std::string AddressOf(std::string const &interface);
+
 /// The IPv4 address, in dotted form, of the first of br1, eth0 and eth1 that has one; empty where none
 /// has.
 std::string GetCurrentIPAddress();

@@ -14,7 +14,7 @@
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Settings.h"
 
-void webconfig_plugin_abi_3() {}
+void webconfig_plugin_abi_4() {}
 
 namespace webconfig::util {
 

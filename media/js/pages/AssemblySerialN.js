@@ -17,7 +17,8 @@
 
         function check() {
             counter++;
-            ShowStaticFormResultMsg(message + (rebootLimit - counter));
+            ShowCountFormResultMsg(message + (rebootLimit - counter));
+            Announce(message);
             if (counter < rebootMinimum) {
                 arm();
                 return;

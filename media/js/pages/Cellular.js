@@ -13,7 +13,6 @@
         "modem_serial_number",
         "sim_ccid",
         "sim_status",
-        "signal_strength",
         "bit_error_rate",
         "connection_type",
         "network",
@@ -40,7 +39,17 @@
         }
 
         function showPair(name, sent, received) {
-            showFigure(name, sent + " / " + received);
+            showFigure(name, GroupDigits(sent) + " / " + GroupDigits(received));
+        }
+
+        function showSignal(text) {
+            showFigure("signal_strength", text);
+            const $cell = $status.find("#status_signal_strength");
+            const $bars = SignalBars(parseInt(text));
+            if ($cell.children(".signal").attr("aria-label") !== $bars.attr("aria-label")) {
+                $cell.children(".signal").remove();
+                $cell.prepend($bars);
+            }
         }
 
         function showFigureIfAny(name, text) {
@@ -50,6 +59,7 @@
 
         function showModem(result) {
             figures.forEach((name) => showFigure(name, result[name]));
+            showSignal(result.signal_strength);
             optionalFigures.forEach((name) => showFigureIfAny(name, result[name]));
             $status.find("#status_module_temp_degrees").html(result.module_temp_degrees); // an entity for the degree sign
             showPair("ppp_current_rxtx_packets", result.ppp_tx_packets_current, result.ppp_rx_packets_current);

@@ -12,6 +12,7 @@
         let seconds = 0;
         let probing = false;
         let timer = null;
+        let waiting = null;
 
         function setUp() {
             if (/[?&]reboot_done=1(&|$)/.test(location.search)) {
@@ -22,7 +23,7 @@
 
         function check() {
             seconds++;
-            ShowStaticFormResultMsg(message + (limit - seconds));
+            ShowCountFormResultMsg(message + (limit - seconds));
             if (seconds > limit) {
                 clearInterval(timer);
                 giveUp();
@@ -39,6 +40,7 @@
                 location.replace("http://" + address + "/");
             } else {
                 ShowStaticFormResultMsg(gettext("ERROR: Device is not responding"), "failure");
+                waiting.isLong();
             }
         }
 
@@ -48,6 +50,7 @@
                     if (outcome === "success" && request.status === 200) {
                         clearInterval(timer);
                         ShowStaticFormResultMsg(gettext("Device has finished rebooting "), "success");
+                        waiting.isOver();
                         location.replace("/");
                     } else {
                         setTimeout(probe, probePause);
@@ -60,7 +63,8 @@
             if ($("form [name='_1']").length) {
                 setUp();
             }
-            ShowStaticFormResultMsg(message);
+            ShowCountFormResultMsg(message);
+            waiting = ShowWaiting();
             timer = setInterval(check, 1000);
             $("#banner, #content, #footer").fadeOut(500);
         });

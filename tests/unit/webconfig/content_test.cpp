@@ -61,6 +61,8 @@ TEST(SkeletonTest, TextsAreEscapedAndMarkupIsTaken) {
     content.reboot_required = true;
     ExpectParts(Shown("Base", content), {
                                             "<title> &lt;w&gt; </title>",
+                                            "<link href=\"/css/screen.css?rev=\"",
+                                            "<script type=\"text/javascript\" src=\"/js/json3.min.js?rev=\"",
                                             "<div id=\"banner_middle\"><h1>&lt;b&gt; &amp; c</h1></div>",
                                             "<div class=\"left_footer\"><i>left</i></div>",
                                             "<div class=\"right_footer\">&lt;i&gt;right&lt;/i&gt;</div>",

@@ -5,6 +5,7 @@
 #include <limits>
 #include <span>
 
+#include "WebApps/webconfig/util/Signal.h"
 #include "WebApps/webconfig/util/Translate.h"
 
 namespace webconfig::apps::cellular {
@@ -84,13 +85,14 @@ std::string SimCcidText(std::string const &ccid, std::uint32_t simStatus) {
 }
 
 std::string SignalStrengthText(std::int32_t quality) {
-    if (quality < 0)
-        return std::to_string(quality) + " dBm";
+    auto const strength = util::SignalDbm(quality);
+    if (!strength)
+        return Translatable("Not known or not detectable");
     if (quality == 0)
         return Translatable("-113 dBm or less");
-    if (quality < 31)
-        return std::to_string(2 * quality - 113) + " dBm";
-    return quality == 31 ? Translatable("-51 dBm or greater") : Translatable("Not known or not detectable");
+    if (quality == 31)
+        return Translatable("-51 dBm or greater");
+    return std::to_string(*strength) + " dBm";
 }
 
 std::string BitErrorRateText(std::uint32_t networkKind, std::uint32_t errorClass) {

@@ -6,6 +6,7 @@
 
 #include "WebApps/webconfig/apps/BuildStamp.h"
 #include "WebApps/webconfig/history/Trial.h"
+#include "WebApps/webconfig/metrics/Sampler.h"
 
 namespace webconfig::apps {
 
@@ -39,6 +40,8 @@ constexpr Parameter page[] = {
 constexpr Parameter undo[] = {{"number", "The set to take back", whole},
                               {"confirmed", "Whether later changes of the same settings go, too", yesOrNo}};
 
+constexpr Parameter since[] = {{"since", "Only samples of a later uptime; 0 for all", whole}};
+
 // In the order of their description.
 constexpr Method methods[] = {
     {"fw_upgrade_status", "The firmware upgrade tool's line", text, &JsonRpc::FirmwareUpgradeStatus},
@@ -65,6 +68,9 @@ constexpr Method methods[] = {
      &JsonRpc::wifiGetChannels, country},
     {"prepare_fw_upgrade", "Suspends the deployment daemon; the command's status", whole,
      &JsonRpc::PrepareFWUpgrade},
+
+    {"metrics", "What the device does, and samples of the last day", "boot time uptime interval now samples",
+     &JsonRpc::Metrics, since, Feature::Metrics},
 
     {"trial_status",
      "What is on trial, and for how long",
@@ -149,6 +155,8 @@ std::span<Method const> Methods() {
 
 bool IsOffered(Feature feature, bool machines) {
     switch (feature) {
+        case Feature::Metrics:
+            return metrics::IsSampling();
         case Feature::Trial:
             return history::TheTrialFile();
         case Feature::Machines:

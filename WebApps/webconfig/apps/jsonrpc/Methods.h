@@ -17,7 +17,7 @@ struct Parameter {
 };
 
 /// What a configuration has to ask for.
-enum class Feature { Always, Trial, Machines };
+enum class Feature { Always, Metrics, Trial, Machines };
 
 /// How a method is served: by a poll that others share, by a call with parameters, or by the application
 /// itself, at once.

@@ -3,6 +3,7 @@
 #include "WebApps/webconfig/apps/ParameterWriter.h"
 #include "WebApps/webconfig/apps/Settings.h"
 #include "WebApps/webconfig/forms/Select.h"
+#include "WebApps/webconfig/metrics/Sampler.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Translate.h"
@@ -33,6 +34,7 @@ void Settings::General() {
     content.title = util::Translate("General Device Configuration");
     content.assembly_sn = util::SystemAssemblySN();
     content.device_id = util::SystemDeviceID();
+    content.metrics = metrics::IsSampling();
 
     if (!HttpPost()) {
         LoadFromStore(content.form);
