@@ -139,7 +139,7 @@
         return [
             ...clocks(time),
             [gettext("Uptime"), duration(uptime)],
-            [gettext("Load"), known(now.load, () => gettext("{1} ({2})", number.format(now.load), processors))],
+            [gettext("System load"), known(now.load, () => gettext("{1} ({2})", number.format(now.load), processors))],
             [
                 gettext("Memory"),
                 known(now.memory_used, () =>
@@ -174,7 +174,7 @@
         const celsius = inUnit("celsius");
         const wanted = [
             ["temperature", gettext("Temperature"), { temperature: "" }, celsius, (from, to) => [from - 2, to + 2]],
-            ["load", gettext("Load"), { load: "" }, (value) => number.format(value), holding(0, 1)],
+            ["load", gettext("System load"), { load: "" }, (value) => number.format(value), holding(0, 1)],
             ["memory", gettext("Memory in use"), { memory: "" }, (value) => percent.format(value), holding(0, 1)],
             ["signal", gettext("Signal"), { signal: "" }, dBm, holding(-113, -51)],
         ];
