@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cctype>
+
 #include "tests/pages/support/Page.h"
 
 namespace pages {
@@ -10,6 +13,12 @@ class GeneralTest : public PageTest {
 
     Fields const form = {{"#cfg_grl_device_name", "new"}, {"#cfg_grl_lang", ""}, {"save", "Save"}};
 };
+
+/// Whether it has letters, all of ASCII.
+bool IsEnglish(std::string const &text) {
+    bool const ascii = std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x80; });
+    return ascii && std::any_of(text.begin(), text.end(), [](unsigned char c) { return std::isalpha(c); });
+}
 
 constexpr char language[] = "//*[@id='cfg_grl_lang']/option[@selected]";
 
@@ -44,6 +53,43 @@ TEST_F(GeneralTest, SpeaksTheStoredLanguageFromTheNextPageOn) {
     EXPECT_EQ(english.All("//*[@id='cfg_grl_lang']/option"), Strings{"English"});
     EXPECT_EQ(english.All("//input[@name='save']/@value"), Strings{"Save"});
     EXPECT_EQ(english.Count("//html/@lang"), 0U);
+}
+
+TEST_F(GeneralTest, NoPageKeepsItsEnglishTexts) {
+    constexpr char texts[] =
+        "//th[not(ancestor::*[@id='advanced_audit'])] | //h2 | //h3 | //p | //button | "
+        "//input[@type='submit']/@value | //*[@class='tabnav']//a | "
+        "//*[@id='nav']//a | //div[@class='nav'] | //div[@class='alerts'] | "
+        "//option[not(../@id='cfg_grl_lang')]";
+    // Without blanks.
+    Strings const names = {"APN",
+                           "DHCP",
+                           "DNS",
+                           "Ethernet",
+                           "Ethernet1",
+                           "GPRS",
+                           "GSM/UMTS",
+                           "JP(Jiteki)",
+                           "Mesh",
+                           "NTP",
+                           "OpenVPN",
+                           "Orvane",
+                           "SSID",
+                           "TCP",
+                           "UDP",
+                           "US",
+                           "Uname",
+                           "WLAN",
+                           "network_\"FieldMobile\""};
+    Set({{"language", "ar"}});
+    for (auto const &path : DeclaredPages()) {
+        for (std::string text : Html(browser.Get("/config" + path).body).All(texts)) {
+            std::erase_if(text, [](unsigned char c) { return std::isspace(c); });
+            bool const isName = std::find(names.begin(), names.end(), text) != names.end();
+            EXPECT_TRUE(isName || !IsEnglish(text)) << path << ": " << text;
+        }
+    }
+    device::TakeCommands();
 }
 
 TEST_F(GeneralTest, TakesOneToSixtyFourCharacters) {
