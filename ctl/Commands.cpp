@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <ctime>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <sstream>
+#include <thread>
 
 #include "ctl/Transport.h"
 
@@ -51,7 +53,7 @@ constexpr Code codes[] = {
     throw Problem(known == std::end(codes) ? Failed : known->status, text);
 }
 
-json::value Call(Options const &options, std::string const &method, json::array const &parameters = {}) {
+Answer Send(Options const &options, std::string const &method, json::array const &parameters = {}) {
     json::value call;
     call["id"] = 1;
     call["method"] = method;
@@ -59,6 +61,11 @@ json::value Call(Options const &options, std::string const &method, json::array 
     Answer const answer = (options.url.empty() ? PostLocally : PostRemotely)(options, call.save());
     if (answer.status == unauthorised)
         throw Problem(NotAuthorised, "The log-in is wrong, or locked for a while");
+    return answer;
+}
+
+json::value Call(Options const &options, std::string const &method, json::array const &parameters = {}) {
+    Answer const answer = Send(options, method, parameters);
     std::istringstream body(answer.body);
     json::value reply;
     if (answer.status != ok || !reply.load(body, true) || reply.type() != json::is_object)
@@ -261,6 +268,25 @@ Status Trial(Options const &options) {
     return ShowStatus(options, Call(options, "trial_status"));
 }
 
+/// A service that opens its socket itself cannot be reached for a moment; what is under way may take ten
+/// seconds.
+constexpr std::chrono::seconds reloadLimit{15};
+constexpr std::chrono::milliseconds retryInterval{100};
+
+Status Reload(Options const &options) {
+    Send(options, "reload");  // has no answer
+    auto const deadline = std::chrono::steady_clock::now() + reloadLimit;
+    for (;; std::this_thread::sleep_for(retryInterval)) {
+        try {
+            Call(options, "dns_server_status");
+            return Done;
+        } catch (Problem const &problem) {
+            if (problem.ExitStatus() != Unreachable || std::chrono::steady_clock::now() > deadline)
+                throw;
+        }
+    }
+}
+
 struct Command {
     char const *name;
     std::size_t least;  // arguments
@@ -271,7 +297,7 @@ constexpr std::size_t any = 1000;
 constexpr Command commands[] = {
     {"get", 0, any, Get},          {"set", 1, any, Set},       {"unset", 1, any, Unset}, {"diff", 1, 1, Diff},
     {"apply", 1, 1, Apply},        {"history", 0, 0, History}, {"undo", 1, 1, Undo},     {"keep", 0, 0, Keep},
-    {"take-back", 0, 0, TakeBack}, {"status", 0, 0, Trial},
+    {"take-back", 0, 0, TakeBack}, {"status", 0, 0, Trial},    {"reload", 0, 0, Reload},
 };
 
 }  // namespace

@@ -25,6 +25,7 @@ constexpr char usage[] = R"(Usage: webconfigctl [OPTION]... COMMAND
   keep                  keeps the settings that are on trial
   take-back             takes them back
   status                shows what is on trial
+  reload                builds the service again, out of its configuration; what is under way is answered before
 
 On the device, for root:
   --socket PATH         the service's socket (/run/webconfig/webconfig.sock)

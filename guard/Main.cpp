@@ -21,6 +21,14 @@ namespace {
 
 using namespace webconfig;
 
+constexpr char usage[] =
+    R"(Usage: webconfig-guard -c FILE
+
+Waits for settings on trial that nobody keeps, and takes them back, whatever has become
+of the service.
+
+  -c FILE   the configuration of the service
+)";
 constexpr char logTag[] = "guard/Main";
 constexpr std::chrono::seconds interval{1};
 constexpr std::chrono::seconds afterFailure{30};
@@ -55,7 +63,7 @@ int main(int argc, char *argv[]) {
         util::HideSecretsFromCommands(configuration.get("webconfig.hardening.shell", false));
         Watch(history::ReadConfiguration(configuration));
     } catch (std::exception const &failure) {
-        std::cerr << "webconfig-guard: " << failure.what() << "\nUsage: webconfig-guard -c FILE\n";
+        std::cerr << "webconfig-guard: " << failure.what() << '\n' << usage;
         WEBCONFIG_LOG(error, logTag) << failure.what();
         return EXIT_FAILURE;
     }

@@ -23,7 +23,10 @@ class Porting(unittest.TestCase):
 
         self.device.shell("mv /etc/nat_setup.sh /etc/nat_setup.off; chmod 755 /var/lib/webconfig/uploads")
         self.addCleanup(self.device.shell, "mv /etc/nat_setup.off /etc/nat_setup.sh; chmod 700 /var/lib/webconfig/uploads")
-        found = self.device.enter("sh", "-c", CHECK)
+        # A folder that cannot be looked into, and a store that is not there yet, which stays so.
+        self.device.shell("ln -s endless /tmp/endless")
+        found = self.device.enter("sh", "-c", "PATH=/tmp/endless:$PATH PRM_STORE=/tmp/none.db " + CHECK)
+        self.assertEqual(self.device.status("test -e /tmp/none.db"), 1)
         self.assertEqual(found.returncode, 1)
         self.assertEqual([line.split()[1].rstrip(":") for line in found.stdout.splitlines() if line.startswith("missing")],
                          ["/var/lib/webconfig/uploads", "/etc/nat_setup.sh"])
@@ -43,6 +46,9 @@ class Porting(unittest.TestCase):
         self.assertEqual(script("status"), 0)
         self.assertTrue(eventually(lambda: self.device.status("test -S /run/sysv/webconfig.sock") == 0))
         before = processes()
+        self.assertEqual(script("reload"), 0)
+        self.assertEqual(processes(), before)
+        self.assertEqual(self.device.shell("grep -c 'forced reload' /var/log/messages"), "1")
         self.assertEqual(script("restart"), 0)
         self.assertTrue(eventually(lambda: script("status") == 0 and processes() != before))
         self.assertEqual(script("stop"), 0)

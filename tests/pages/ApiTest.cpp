@@ -169,6 +169,7 @@ TEST(WebconfigctlTest, ExitStatuses) {
         {"webconfigctl apply /tmp/mast.json && webconfigctl diff - < /tmp/mast.json", 0},
         {"webconfigctl --json history --count 1 | grep -q '\"user\":\"root\"'", 0},
         {"webconfigctl set net/hostname=", 1},
+        {"webconfigctl reload && webconfigctl get net/hostname", 0},
         {"webconfigctl undo 100000", 1},
         {"webconfigctl", 2},
         {"webconfigctl diff /nothing", 2},

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <system_error>
 
 #include "WebApps/webconfig/history/Configuration.h"
 #include "WebApps/webconfig/util/DaemonQuery.h"
@@ -55,7 +56,8 @@ constexpr Program programs[] = {
 };
 
 bool IsProgram(std::filesystem::path const &path) {
-    return std::filesystem::is_regular_file(path) && ::access(path.c_str(), X_OK) == 0;
+    std::error_code unseen;  // what this user may not look at is no program for it
+    return std::filesystem::is_regular_file(path, unseen) && ::access(path.c_str(), X_OK) == 0;
 }
 
 bool IsInPath(std::string const &name) {

@@ -164,8 +164,8 @@ void select_multiple::load(http::context &context) {
 }
 
 bool select_multiple::validate() {
-    auto const count = std::count_if(elements_.begin(), elements_.end(),
-                                     [](element const &element) { return element.selected; });
+    auto const count = static_cast<unsigned>(std::count_if(
+        elements_.begin(), elements_.end(), [](element const &element) { return element.selected; }));
     valid(count >= at_least_ && count <= at_most_);
     return valid();
 }

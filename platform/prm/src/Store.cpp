@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 
 #include "sqlite/Sqlite.h"
 
@@ -122,6 +123,16 @@ Status Store::Guarded(Action action) {
     }
 }
 
+template <typename Action>
+Status Store::Looked(Action action) {
+    std::filesystem::path const path = path_;
+    std::error_code unseen;
+    if (symlink_status(path, unseen).type() == std::filesystem::file_type::not_found &&
+        is_directory(path.parent_path(), unseen))
+        return Status::NotFound;
+    return Guarded(action);
+}
+
 void Store::Failed(std::string const &reason) {
     auto const now = std::chrono::steady_clock::now();
     if (reason == reported_ && now - reportedAt_ < reportInterval)
@@ -135,7 +146,7 @@ Status Store::Read(std::string_view key, Value &value) {
     key = NormalKey(key);
     if (key.empty())
         return Status::Invalid;
-    return Guarded([&](Database &database) {
+    return Looked([&](Database &database) {
         Query query(database.read);
         if (!query.Bind(1, key).Step())
             return Status::NotFound;
@@ -189,7 +200,7 @@ Status Store::RemoveTree(std::string_view key) {
 Status Store::Find(std::string_view prefix, std::string_view from, std::vector<std::string> &keys) {
     prefix.remove_prefix(std::min(prefix.find_first_not_of('/'), prefix.size()));
     keys.clear();
-    return Guarded([&](Database &database) {
+    return Looked([&](Database &database) {
         Query query(database.find);
         query.Bind(1, std::max(prefix, from));
         while (query.Step() && query.Bytes(0).starts_with(prefix))

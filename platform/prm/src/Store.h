@@ -61,6 +61,9 @@ class Store {
     Database &Open();
     template <typename Action>
     Status Guarded(Action action);
+    /// The same for an action that only reads: a store that is not there yet has nothing, and is not made.
+    template <typename Action>
+    Status Looked(Action action);
     void Failed(std::string const &reason);
 
     std::string const path_;
