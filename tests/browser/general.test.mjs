@@ -117,14 +117,14 @@ describe("overview", () => {
             await eventually(async () => assert.ok(asked.includes(930) && (await texts()).length === 13));
             const states = await texts();
             assert.match(states[0], /^Device time.*this browser/);
-            assert.deepEqual(states.slice(1, 8), ["Uptime15 min", "Load0.5 (2 processors)", "Memory25% of 2 MB", "TemperatureUnknown", "Uplink<b> (192.0.2.7)", "Signal-75 dBm", "VPNConnected for 5 min"]);
+            assert.deepEqual(states.slice(1, 8), ["Uptime15 min", "System load0.5 (2 processors)", "Memory25% of 2 MB", "TemperatureUnknown", "Uplink<b> (192.0.2.7)", "Signal-75 dBm", "VPNConnected for 5 min"]);
             assert.deepEqual([asked[0], asked[1]], [0, 900]);
-            assert.equal(await label(1), "Load; now 0.5, lowest 0.1, highest 0.5");
+            assert.equal(await label(1), "System load; now 0.5, lowest 0.1, highest 0.5");
             assert.equal(await label(4), "Traffic of ppp0; Received: now 2B/s, lowest 2B/s, highest 1.5kB/s; Sent: now 3B/s, lowest 0B/s, highest 7B/s");
             assert.equal(await label(0), "Temperature; now 41.5°C, lowest 41.5°C, highest 41.5°C");
             boot = "later";
             const calls = asked.length;
-            await eventually(async () => assert.equal(await label(1), "Load; now 0.2, lowest 0.1, highest 0.3"));
+            await eventually(async () => assert.equal(await label(1), "System load; now 0.2, lowest 0.1, highest 0.3"));
             assert.ok(asked.slice(calls).includes(0));
         });
     });
