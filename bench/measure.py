@@ -115,8 +115,19 @@ def wait_until_up(path):
     sys.exit(f"{path} does not answer")
 
 
+@contextlib.contextmanager
+def site():
+    """The web server without a log-in."""
+    configuration = Path("/tmp/bench-lighttpd.conf")
+    configuration.write_text(CONFIGURATION)
+    with running("lighttpd", "-D", "-f", str(configuration)):
+        wait_until_up("/config/")
+        yield
+
+
 def backend_pid():
-    return int(subprocess.run(["pidof", "-s", "webconfig"], check=True, capture_output=True, text=True).stdout)
+    """Not one of a child that is not yet the command it is to be."""
+    return int(subprocess.run(["pgrep", "--oldest", "--exact", "webconfig"], check=True, capture_output=True, text=True).stdout)
 
 
 class Load:
@@ -191,13 +202,18 @@ def measure_calls(options):
                           lambda other, method=method: Load(other or "/status/rpc", method=method))
 
 
-def tell_memory(when):
-    """Resident, and the private memory that was written; private memory that was not is code which no other process
-    happens to run."""
+def memory():
+    """Resident, and the private memory that was written, in KiB; private memory that was not is code which no other
+    process happens to run."""
     rollup = Path(f"/proc/{backend_pid()}/smaps_rollup").read_text()
     fields = dict(re.findall(r"^(\w+):\s+(\d+) kB$", rollup, re.M))
-    tell(f"memory {when}, resident", int(fields["Rss"]), "KiB", limit=RESIDENT_LIMIT)
-    tell(f"memory {when}, written", int(fields["Private_Dirty"]), "KiB", limit=WRITTEN_LIMIT)
+    return int(fields["Rss"]), int(fields["Private_Dirty"])
+
+
+def tell_memory(when):
+    resident, written = memory()
+    tell(f"memory {when}, resident", resident, "KiB", limit=RESIDENT_LIMIT)
+    tell(f"memory {when}, written", written, "KiB", limit=WRITTEN_LIMIT)
 
 
 def measure_memory(_):
@@ -395,12 +411,10 @@ def main():
     if unknown:
         parser.error(f"no such measure: {', '.join(unknown)}")
 
-    configuration = Path("/tmp/bench-lighttpd.conf")
-    configuration.write_text(CONFIGURATION)
-    with running("lighttpd", "-D", "-f", str(configuration)):
-        wait_until_up("/config/")
+    with site():
         for measure in options.measures or MEASURES:
             MEASURES[measure](options)
 
 
-main()
+if __name__ == "__main__":
+    main()
