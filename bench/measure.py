@@ -120,8 +120,10 @@ def site():
     """The web server without a log-in."""
     configuration = Path("/tmp/bench-lighttpd.conf")
     configuration.write_text(CONFIGURATION)
-    with running("lighttpd", "-D", "-f", str(configuration)):
+    with running("lighttpd", "-D", "-f", str(configuration)) as server:
         wait_until_up("/config/")
+        if server.poll() is not None:
+            sys.exit(f"Somebody else serves port {PORT} here: another measurement?")
         yield
 
 
