@@ -31,7 +31,7 @@ RELOAD_SECONDS = 20
 PAGES = ("/config/", "/config/settings/about", "/config/traffic/interfaces")  # the last one is a plug-in's
 LATENCY_PAGE = "/config/settings/reboot"
 TALKATIVE = "fw_upgrade_status"  # says in the log, each time, that there was no upgrade
-LOGS = "/var/log"
+LOGS = ("/var/log/messages", "/var/log/messages.0", "/var/log/console")  # the audit tells of each upload, and is bounded
 SPOOLS = ("/var/lib/webconfig", "/tmp", "/run")
 FAILURES = (OSError, http.client.HTTPException)
 
@@ -125,12 +125,13 @@ def upload():
     measure.fetch("/config/settings/firmware", body, "multipart/form-data; boundary=x")
 
 
-def size_of(*folders):
+def size_of(*paths):
+    """Of files, and of those below folders, in KiB."""
     total = 0
-    for folder in folders:
-        for path in Path(folder).rglob("*"):
+    for path in paths:
+        for file in (Path(path), *Path(path).rglob("*")):
             with contextlib.suppress(OSError):
-                total += path.lstat().st_size if path.is_file() and not path.is_symlink() else 0
+                total += file.lstat().st_size if file.is_file() and not file.is_symlink() else 0
     return total / 1024
 
 
@@ -140,7 +141,7 @@ def sample(burden):
     resident, written = measure.memory()
     return {"resident": resident, "written": written,
             "descriptors": len(os.listdir(process / "fd")), "threads": len(os.listdir(process / "task")),
-            "log": size_of(LOGS), "files": size_of(*SPOOLS),
+            "log": size_of(*LOGS), "files": size_of(*SPOOLS),
             "latency": statistics.median(latencies) if latencies else None,
             "served": burden.served, "failed": burden.failed}
 
