@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <iostream>
 #include <sstream>
+#include <string_view>
 
 namespace cppcms {
 
@@ -26,15 +27,15 @@ bool is_number(std::string const &text) {
 }
 
 /// "key;word1,word2" -> "key" and the words.
-std::vector<std::string> take_words(std::string &key) {
+std::vector<std::string> take_words(std::string_view &key) {
     std::vector<std::string> words;
     auto const semicolon = key.find(';');
-    if (semicolon == std::string::npos)
+    if (semicolon == std::string_view::npos)
         return words;
-    std::istringstream list(key.substr(semicolon + 1));
+    std::istringstream list(std::string(key.substr(semicolon + 1)));
     for (std::string word; std::getline(list, word, ',');)
         words.push_back(word);
-    key.resize(semicolon);
+    key = key.substr(0, semicolon);
     return words;
 }
 
@@ -120,7 +121,7 @@ void url_mapper::clear_value(std::string const &key) {
     topmost().values_.erase(key);
 }
 
-bool url_mapper::is_mounted(std::string const &key) const {
+bool url_mapper::is_mounted(std::string_view key) const {
     auto const found = patterns_.find(key);
     return found != patterns_.end() && found->second.begin()->second.child;
 }
@@ -129,10 +130,10 @@ url_mapper &url_mapper::child(std::string const &name) {
     return child(name, name);
 }
 
-url_mapper &url_mapper::child(std::string const &name, std::string const &rest) {
+url_mapper &url_mapper::child(std::string_view name, std::string_view rest) {
     auto const &mounted = find(name, 1, rest);
     if (!mounted.child)
-        throw cppcms_error("url_mapper: key `" + name + "' not found for url `" + path() + rest + "'");
+        throw cppcms_error(not_found(name, rest));
     return mounted.child->mapper();
 }
 
@@ -153,15 +154,20 @@ std::string url_mapper::path() const {
     return parent_ ? parent_->path() + mounted_as_ + '/' : "/";
 }
 
-url_mapper::pattern const &url_mapper::find(std::string const &key, std::size_t parameters,
-                                            std::string const &rest) const {
+std::string url_mapper::not_found(std::string_view key, std::string_view rest) const {
+    return "url_mapper: key `" + std::string(key) + "' not found for url `" + path() + std::string(rest) +
+           "'";
+}
+
+url_mapper::pattern const &url_mapper::find(std::string_view key, std::size_t parameters,
+                                            std::string_view rest) const {
     auto const by_count = patterns_.find(key);
     if (by_count == patterns_.end())
-        throw cppcms_error("url_mapper: key `" + key + "' not found for url `" + path() + rest + "'");
+        throw cppcms_error(not_found(key, rest));
     auto const found = by_count->second.find(static_cast<unsigned>(parameters));
     if (found == by_count->second.end())
-        throw cppcms_error("url_mapper: invalid number of parameters for " + key + "in url `" + path() +
-                           rest + "'");
+        throw cppcms_error("url_mapper: invalid number of parameters for " + std::string(key) + "in url `" +
+                           path() + std::string(rest) + "'");
     return found->second;
 }
 
@@ -181,29 +187,29 @@ std::string url_mapper::filled(pattern const &pattern, parameters_type const &pa
 
 std::string url_mapper::made(std::string const &key, parameters_type parameters) {
     url_mapper *mapper = this;
-    std::string rest = key;
+    std::string_view rest = key;
     if (rest.starts_with('/')) {
         mapper = &topmost();
-        rest.erase(0, 1);
+        rest.remove_prefix(1);
     }
-    for (auto slash = rest.find('/'); slash != std::string::npos; slash = rest.find('/')) {
+    for (auto slash = rest.find('/'); slash != std::string_view::npos; slash = rest.find('/')) {
         auto const step = rest.substr(0, slash);
         if (step == "..") {
             mapper = &mapper->parent();
         } else if (step != ".") {
             mapper = &mapper->child(step, rest);
         }
-        rest.erase(0, slash + 1);
+        rest.remove_prefix(slash + 1);
     }
 
     auto const words = take_words(rest);
     if (rest == "..")
         mapper = &mapper->parent();
     if (rest == "." || rest == "..")
-        rest.clear();
+        rest = {};
     if (mapper->is_mounted(rest)) {
-        mapper = &mapper->child(rest);
-        rest.clear();
+        mapper = &mapper->child(rest, rest);
+        rest = {};
     }
 
     auto values = topmost().values_;

@@ -49,6 +49,13 @@ class RunningDevice(unittest.TestCase):
         self.assertNotEqual(0, self.device.enter("touch", str(PROJECT / "device/trace")).returncode)
         self.assertEqual("1", self.device.output("sh", "-c", "ps -eo pid=,args= | awk '/device.init/ {print $1; exit}'"))
 
+    def test_logs_are_bounded(self):
+        self.device.shell("head -c 2000000 /dev/zero | tee -a /var/log/messages >>/var/log/console/lighttpd; logger anew")
+        for log in ("/var/log/console/lighttpd", "/var/log/messages"):
+            for path, low, high in ((log, 0, 1000), (f"{log}.0", 200_000, 2_100_000)):
+                self.assertTrue(eventually(lambda path=path, low=low, high=high: low <= int(
+                    self.device.output("stat", "-c%s", path)) <= high), path)
+
     def test_second_device_runs_beside_the_first(self):
         second = Device("two", *self.options, prefix=self.prefix)
         try:

@@ -180,11 +180,11 @@ TEST(ProcessTest, WhatHangsHoldsNeitherOthersNorAReloadNorAStop) {
     EXPECT_EQ(browser.Get("/config/settings/about").status, 200);
     EXPECT_NE(browser.Call("dns_server_status").result, "");
     EXPECT_EQ(browser.Call("fw_upgrade_status").result, R"("")");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 8s);
 
     auto const reload = std::chrono::steady_clock::now();
     EXPECT_TRUE(device::Reload(process, browser));
-    EXPECT_LT(std::chrono::steady_clock::now() - reload, 10s);
+    EXPECT_LT(std::chrono::steady_clock::now() - reload, 15s);  // most of ten, and a start on a busy machine
     EXPECT_NE(polled.get().body.find(R"("brctl":"")"), std::string::npos);
     EXPECT_EQ(prepared.get().result, "-1");
     EXPECT_EQ(queued.get().status, 503) << "its commands would not have run";

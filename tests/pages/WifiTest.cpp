@@ -241,9 +241,11 @@ TEST_F(WlanTest, TheCountriesAreThoseOfTheModulesDomain) {
     std::tuple<char const *, char const *, Strings> const cases[] = {
         {"laird", "none", {}},
         {"laird", "AU", {"AU", "NZ"}},
+        {"other", "ETSI", {"DE", "FR", "GB", "NL"}},
+        // Without a domain the database's first level counts, which is that of the domains.
         {"other",
          "",
-         {"AU", "BR", "CA", "CN", "DE", "FR", "GB", "IN", "JP", "KR", "NL", "NZ", "PR", "SA", "US", "ZA"}},
+         {"AU", "CN", "EN440", "ETSI", "FCC", "IC", "IN", "JP", "KCC", "PR", "SA", "WW", "WW440", "ZA"}},
     };
     for (auto const &[vendor, domain, countries] : cases) {
         UseModule(vendor, domain);

@@ -64,6 +64,8 @@ bool OnFile(Action action) {
 }  // namespace
 
 std::optional<Trial> TrialFile::Read() const {
+    if (::access(_path.c_str(), F_OK) != 0)
+        return {};  // as for most of the time, and each page asks
     std::ifstream file(_path);
     std::map<std::string, std::string> words;
     for (std::string name, value; file >> name >> value;)

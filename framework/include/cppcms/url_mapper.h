@@ -3,9 +3,11 @@
 #include <booster/noncopyable.h>
 #include <cppcms/filters.h>
 
+#include <functional>
 #include <map>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cppcms {
@@ -75,9 +77,10 @@ class url_mapper : public booster::noncopyable {
 
     static pattern parse(std::string const &url, unsigned &parameters);
     /// The pattern of \a key; \a rest is what the error message shows behind this mapper's own path.
-    pattern const &find(std::string const &key, std::size_t parameters, std::string const &rest) const;
-    url_mapper &child(std::string const &name, std::string const &rest);
-    bool is_mounted(std::string const &key) const;
+    pattern const &find(std::string_view key, std::size_t parameters, std::string_view rest) const;
+    std::string not_found(std::string_view key, std::string_view rest) const;
+    url_mapper &child(std::string_view name, std::string_view rest);
+    bool is_mounted(std::string_view key) const;
     std::string path() const;
     std::string made(std::string const &key, parameters_type parameters);
     std::string filled(pattern const &pattern, parameters_type const &parameters,
@@ -90,7 +93,7 @@ class url_mapper : public booster::noncopyable {
     std::string mounted_as_;
     std::string root_;
     values_type values_;  // of the topmost mapper only
-    std::map<std::string, std::map<unsigned, pattern>> patterns_;
+    std::map<std::string, std::map<unsigned, pattern>, std::less<>> patterns_;
 };
 
 }  // namespace cppcms

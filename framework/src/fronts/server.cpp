@@ -39,6 +39,8 @@ class signals_blocked : public booster::noncopyable {
 
 /// How long an answer that was sent before the request had come may take to arrive.
 constexpr auto linger_patience = std::chrono::seconds(2);
+/// How long requests whose bodies are on their way may hold the end of all: nobody is let in meanwhile.
+constexpr auto body_patience = std::chrono::seconds(2);
 /// How often a thread that is to end looks whether it may.
 constexpr auto drain_interval = std::chrono::milliseconds(10);
 
@@ -75,7 +77,7 @@ void server::start(int threads) {
 bool server::stop(clock::time_point deadline) {
     {
         std::lock_guard const lock(guard_);
-        stop_deadline_ = deadline;
+        body_deadline_ = std::min(deadline, clock::now() + body_patience);
     }
     if (!stopping_.exchange(true)) {
         for (listener &l : listeners_) {
@@ -300,7 +302,7 @@ void server::end_waiting() {
 /// Whether a request that has begun to come may still be served.
 bool server::is_request_at_hand() {
     std::lock_guard const lock(guard_);
-    return clock::now() < stop_deadline_ &&
+    return clock::now() < body_deadline_ &&
            std::any_of(waiting_.begin(), waiting_.end(),
                        [](auto const &client) { return client.second.resume; });
 }

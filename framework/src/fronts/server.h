@@ -42,8 +42,8 @@ class server : public booster::noncopyable {
     void await(connection &c, clock::time_point deadline, bool at_once, std::function<void()> resume);
     /// Drops the clients that have been silent for too long, and resumes the requests that are late.
     void end_waiting();
-    /// Takes no new clients, but serves the requests that have come already. Returns when the threads have
-    /// ended, true, or at the \a deadline.
+    /// Takes no new clients, but serves the requests that have come already, and those whose bodies come
+    /// soon. Returns when the threads have ended, true, or at the \a deadline.
     bool stop(clock::time_point deadline);
     /// Waits for the threads, then drops all clients that wait for their next request.
     void join();
@@ -78,8 +78,8 @@ class server : public booster::noncopyable {
     std::mutex guard_;
     std::condition_variable thread_ended_;
     std::unordered_map<connection *, waiting_client> waiting_;
-    bool ended_ = false;  // nobody serves who waits
-    clock::time_point stop_deadline_ = clock::time_point::max();
+    bool ended_ = false;                                          // nobody serves who waits
+    clock::time_point body_deadline_ = clock::time_point::max();  // for those that come while it stops
     std::size_t running_ = 0;
     std::vector<std::thread> threads_;
     std::atomic<bool> stopping_{false};

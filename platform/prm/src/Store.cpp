@@ -8,6 +8,8 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
+#include <optional>
 
 #include "sqlite/Sqlite.h"
 
@@ -24,6 +26,10 @@ using sqlite::Transaction;
 constexpr auto busyTimeout = 5s;
 constexpr auto reportInterval = 1min;
 
+/// What is kept of what was read: as much as pages and polls ask for again and again.
+constexpr std::size_t mostKnown = 64;
+constexpr std::size_t longestKnown = 256;
+
 /// Incremented when the table changes; a file of a newer version is refused.
 constexpr int schemaVersion = 1;
 
@@ -34,6 +40,13 @@ void Prepare(Connection const &connection) {
                        "  type INTEGER NOT NULL,"
                        "  value BLOB NOT NULL,"
                        "  mode INTEGER NOT NULL DEFAULT 0);");
+}
+
+/// Whether a store could be there, and is not.
+bool IsMissing(std::filesystem::path const &path) {
+    std::error_code unseen;
+    return symlink_status(path, unseen).type() == std::filesystem::file_type::not_found &&
+           is_directory(path.parent_path(), unseen);
 }
 
 }  // namespace
@@ -76,6 +89,33 @@ struct Store::Database {
         connection, "DELETE FROM parameter WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')"};
     Statement const find{connection, "SELECT key FROM parameter WHERE key >= ?1 ORDER BY key LIMIT 256"};
 
+    /// Keeps what it has found until somebody commits anything: a look at memory that all processes share
+    /// tells.
+    Status Read(std::string_view key, Value &value) {
+        auto const mark = connection.CommitMark();
+        if (mark != mark_ || !mark)
+            known_.clear();
+        mark_ = mark;
+        if (auto const found = known_.find(key); found != known_.end()) {
+            value = found->second;
+            return Status::Ok;
+        }
+        Query query(read);
+        if (!query.Bind(1, key).Step())
+            return Status::NotFound;
+        value.text = query.Bytes(0);
+        value.type = static_cast<Type>(query.Number(1));
+        value.mode = static_cast<unsigned>(query.Number(2));
+        if (mark && known_.size() < mostKnown && key.size() + value.text.size() <= longestKnown)
+            known_.emplace(key, value);
+        return Status::Ok;
+    }
+
+    void Forget() {
+        known_.clear();
+        connection.ReleaseMemory();
+    }
+
     void Write(std::string_view key, Value const &value) const {
         Query(write)
             .Bind(1, key)
@@ -89,6 +129,10 @@ struct Store::Database {
         Query(statement).Bind(1, key).Step();
         return connection.Changes() > 0 ? Status::Ok : Status::NotFound;
     }
+
+  private:
+    std::optional<sqlite::Connection::Mark> mark_;  // what is known was read since
+    std::map<std::string, Value, std::less<>> known_;
 };
 
 Store::Store(std::string path, Report report) : path_(std::move(path)), report_(std::move(report)) {}
@@ -125,10 +169,7 @@ Status Store::Guarded(Action action) {
 
 template <typename Action>
 Status Store::Looked(Action action) {
-    std::filesystem::path const path = path_;
-    std::error_code unseen;
-    if (symlink_status(path, unseen).type() == std::filesystem::file_type::not_found &&
-        is_directory(path.parent_path(), unseen))
+    if (std::lock_guard const lock(mutex_); !database_ && IsMissing(path_))
         return Status::NotFound;
     return Guarded(action);
 }
@@ -146,15 +187,7 @@ Status Store::Read(std::string_view key, Value &value) {
     key = NormalKey(key);
     if (key.empty())
         return Status::Invalid;
-    return Looked([&](Database &database) {
-        Query query(database.read);
-        if (!query.Bind(1, key).Step())
-            return Status::NotFound;
-        value.text = query.Bytes(0);
-        value.type = static_cast<Type>(query.Number(1));
-        value.mode = static_cast<unsigned>(query.Number(2));
-        return Status::Ok;
-    });
+    return Looked([&](Database &database) { return database.Read(key, value); });
 }
 
 Status Store::Write(std::string_view key, Value const &value) {
@@ -229,7 +262,7 @@ Status Store::ForEach(std::string_view prefix, std::function<Status(std::string 
 void Store::ReleaseMemory() {
     std::lock_guard const lock(mutex_);
     if (database_)
-        database_->connection.ReleaseMemory();
+        database_->Forget();
 }
 
 }  // namespace prm

@@ -23,7 +23,8 @@ Status ReadFile(std::string const &path, std::string &content);
 /// The keys and values of the device in one SQLite file, safe between threads and processes.
 ///
 /// Operations report failure by their status and never throw. The file is opened by the first operation
-/// and again after a failure or when another file has taken its place.
+/// and again after a failure or when another file has taken its place. Short values that were read are kept
+/// until something is written, by whichever process.
 class Store {
   public:
     /// Receives the reason when the store cannot be used.
@@ -52,7 +53,7 @@ class Store {
     static std::string After(std::string const &key);
     /// Calls \a visit with each key that begins with \a prefix, in byte order; it may use the store.
     Status ForEach(std::string_view prefix, std::function<Status(std::string const &key)> const &visit);
-    /// Gives back the memory of cached pages.
+    /// Forgets what was read, and gives back its memory.
     void ReleaseMemory();
 
   private:

@@ -21,6 +21,25 @@ constexpr char durable[] =
     "PRAGMA wal_autocheckpoint=64;"
     "PRAGMA journal_size_limit=262144;";
 
+/// The library maps the index of the log in blocks of so many bytes.
+constexpr int indexBlock = 32768;
+
+/// The head of the log's index, which all processes share: its counter of commits, sizes, salt and sums.
+/// Somebody may be writing it: what is read in between is no head that was there before, nor one that stays.
+[[gnu::no_sanitize_thread]] Connection::Mark HeadOf(void const volatile *index) {
+    auto const *const bytes = static_cast<unsigned char const volatile *>(index);
+    Connection::Mark mark{};
+    for (std::size_t i = 0; i < mark.size(); ++i)
+        mark[i] = bytes[i];
+    return mark;
+}
+
+bool WritesAhead(sqlite3 *database) {
+    Statement const statement(database, "PRAGMA journal_mode");
+    Query query(statement);
+    return query.Step() && query.Bytes(0) == "wal";
+}
+
 [[noreturn]] void Throw(sqlite3 *database, int code) {
     throw Error(code, database ? sqlite3_errmsg(database) : sqlite3_errstr(code));
 }
@@ -138,6 +157,16 @@ bool Connection::IsReplaced() const {
     return moved != 0;
 }
 
+std::optional<Connection::Mark> Connection::CommitMark() const {
+    sqlite3_file *file = nullptr;
+    void volatile *index = nullptr;
+    if (!hasLog_ ||
+        sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+        file->pMethods->xShmMap(file, 0, indexBlock, 0, &index) != SQLITE_OK || !index)
+        return {};
+    return HeadOf(index);
+}
+
 Transaction::~Transaction() {
     if (!committed_)
         sqlite3_exec(connection_, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -178,6 +207,7 @@ Connection OpenDurable(std::string const &path, std::chrono::milliseconds timeou
             if (!connection.IsReadOnly())
                 connection.Execute(durable);
             prepare(connection);
+            connection.hasLog_ = !connection.IsReadOnly() && WritesAhead(connection);
             return connection;
         } catch (Error const &error) {
             // To switch a file that another process is opening to write-ahead logging fails at once.

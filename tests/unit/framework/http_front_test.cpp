@@ -220,11 +220,15 @@ TEST_F(HttpFront, KeepsNoThreadForClientsWhoseRequestHasNotCome) {
     slow[1]->Send("TP/1.1\r\n\r\n");
     EXPECT_NE(slow[1]->ReadAll().find("hello"), std::string::npos) << "whenever the rest comes";
     slow[2]->Send("bcdef");
-    slow.erase(slow.begin() + 5, slow.end());
+    slow.erase(slow.begin() + 6, slow.end());  // the last one's body never comes
+    auto const stop = std::chrono::steady_clock::now();
     auto stopped = std::async(std::launch::async, [&] { service.reset(); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     slow[2]->Send("ghi");
     EXPECT_NE(slow[2]->ReadAll().find("raw 9"), std::string::npos) << "also when the service stops meanwhile";
+    stopped.wait();
+    EXPECT_LT(std::chrono::steady_clock::now() - stop, std::chrono::seconds(6))
+        << "the others are not waited for";
 }
 
 TEST_F(HttpFront, BoundsTheTimeOfABodyAndHowManyLargeOnesComeAtOnce) {

@@ -4,6 +4,8 @@
 #include <unistd.h>
 #include <vnt_util/system.h>
 
+#include <functional>
+
 #include "tests/unit/platform/TemporaryFolder.h"
 
 namespace {
@@ -115,6 +117,28 @@ TEST_F(PrmTool, ImportTakesAllLinesOrNone) {
     EXPECT_EQ(Run("get new").code, 1);
     EXPECT_EQ(Run("import " + (folder / "none")).code, 1);
     EXPECT_EQ(Run("import " + (folder / ".")).code, 1);
+}
+
+TEST_F(PrmTool, WhatAClientHasReadIsWhatWasCommittedLast) {
+    cPrmLib client(static_cast<PRM_CLIENT_ID_T>(3));
+    cPrmLib other(static_cast<PRM_CLIENT_ID_T>(24));
+    std::function<void(std::string const &)> const writers[] = {
+        [&](std::string const &text) { client.setPar("k", text); },
+        [&](std::string const &text) { other.setPar("k", text); },
+        [&](std::string const &text) { Run("set k " + text); },
+        [&](std::string const &text) { Run("del k && " PRM_TOOL " set k " + text); },
+    };
+    for (int n = 0; n < 12; ++n) {
+        writers[n % std::size(writers)](std::to_string(n));
+        for (int again = 0; again < 3; ++again) {
+            std::string value;
+            EXPECT_EQ(client.getPar("k", value), 0);
+            EXPECT_EQ(value, std::to_string(n));
+        }
+    }
+    Run("del k");
+    std::string value;
+    EXPECT_EQ(client.getPar("k", value), 1);
 }
 
 TEST_F(PrmTool, AWriteProtectedStoreIsRead) {

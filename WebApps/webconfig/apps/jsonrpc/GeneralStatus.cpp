@@ -8,7 +8,7 @@ namespace {
 constexpr CommandOutput outputs[] = {
     {"date", "date"},
     {"uptime", "uptime"},
-    {"top", "top -b -n1"},
+    {"top", "top -b -n1"},  // nine tenths of the time: it naps, to see who works meanwhile
     {"processStatus", "ps -ef", 10000},
 };
 

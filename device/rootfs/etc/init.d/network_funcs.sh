@@ -78,7 +78,8 @@ access_point() {
     interface=ap0
     configuration=/etc/hostapd.conf
     if ! enabled net/wifi/ap/enabled; then
-        down ap0 "$configuration" /tmp/dhcp.leases
+        down ap0 "$configuration"
+        : >/tmp/dhcp.leases
         tell info "the access point is off"
         return
     fi

@@ -2,9 +2,11 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -83,7 +85,15 @@ class Connection {
     bool IsReadOnly() const { return sqlite3_db_readonly(handle_.get(), "main") == 1; }
     void ReleaseMemory() const { sqlite3_db_release_memory(handle_.get()); }
 
+    /// What each commit changes, whoever makes it.
+    using Mark = std::array<unsigned char, 48>;
+    /// The present one, which costs no system call: what was read since it was the same is still so. None
+    /// where the file has no write-ahead log.
+    std::optional<Mark> CommitMark() const;
+
   private:
+    friend Connection OpenDurable(std::string const &path, std::chrono::milliseconds timeout,
+                                  void (*prepare)(Connection const &));
     void Open(std::string const &name, int flags);
     bool CanRead() const;
 
@@ -91,6 +101,7 @@ class Connection {
         void operator()(sqlite3 *handle) const { sqlite3_close_v2(handle); }
     };
     std::unique_ptr<sqlite3, Close> handle_;
+    bool hasLog_ = false;
 };
 
 /// A write transaction, rolled back unless committed.
