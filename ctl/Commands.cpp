@@ -1,6 +1,8 @@
 #include "ctl/Commands.h"
 
 #include <cppcms/json.h>
+#include <pwd.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
@@ -53,12 +55,18 @@ constexpr Code codes[] = {
     throw Problem(known == std::end(codes) ? Failed : known->status, text);
 }
 
+std::string UserName() {
+    passwd const *const user = getpwuid(geteuid());
+    return user ? user->pw_name : std::to_string(geteuid());
+}
+
 Answer Send(Options const &options, std::string const &method, json::array const &parameters = {}) {
     json::value call;
     call["id"] = 1;
     call["method"] = method;
     call["params"] = parameters;
-    Answer const answer = (options.url.empty() ? PostLocally : PostRemotely)(options, call.save());
+    Answer const answer = options.url.empty() ? PostLocally(options, UserName(), call.save())
+                                              : PostRemotely(options, call.save());
     if (answer.status == unauthorised)
         throw Problem(NotAuthorised, "The log-in is wrong, or locked for a while");
     return answer;

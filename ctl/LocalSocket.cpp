@@ -1,4 +1,5 @@
-#include <pwd.h>
+#include "ctl/LocalSocket.h"
+
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -10,7 +11,6 @@
 #include <string_view>
 
 #include "ctl/Status.h"
-#include "ctl/Transport.h"
 
 namespace ctl {
 
@@ -52,17 +52,11 @@ std::string Pair(std::string_view name, std::string_view value) {
     return pair.append(name).append(value);
 }
 
-std::string UserName() {
-    passwd const *const user = getpwuid(geteuid());
-    return user ? user->pw_name : std::to_string(geteuid());
-}
-
-std::string RequestOf(Options const &options, std::string const &call) {
-    std::string const parameters = Pair("REQUEST_METHOD", "POST") + Pair("SERVER_PROTOCOL", "HTTP/1.1") +
-                                   Pair("SCRIPT_NAME", "") + Pair("PATH_INFO", options.path) +
-                                   Pair("REQUEST_URI", options.path) + Pair("REMOTE_USER", UserName()) +
-                                   Pair("CONTENT_TYPE", "application/json") +
-                                   Pair("CONTENT_LENGTH", std::to_string(call.size()));
+std::string RequestOf(std::string const &path, std::string const &user, std::string const &call) {
+    std::string const parameters =
+        Pair("REQUEST_METHOD", "POST") + Pair("SERVER_PROTOCOL", "HTTP/1.1") + Pair("SCRIPT_NAME", "") +
+        Pair("PATH_INFO", path) + Pair("REQUEST_URI", path) + Pair("REMOTE_USER", user) +
+        Pair("CONTENT_TYPE", "application/json") + Pair("CONTENT_LENGTH", std::to_string(call.size()));
     return Record(BeginRequest, responder) + Stream(Parameters, parameters) + Stream(Input, call);
 }
 
@@ -137,9 +131,9 @@ std::string OutputOf(Connection const &connection) {
 
 }  // namespace
 
-Answer PostLocally(Options const &options, std::string const &call) {
-    Connection const connection(options.socket, options.seconds);
-    connection.Send(RequestOf(options, call));
+Answer PostLocally(LocalService const &service, std::string const &user, std::string const &call) {
+    Connection const connection(service.socket, service.seconds);
+    connection.Send(RequestOf(service.path, user, call));
     std::string const output = OutputOf(connection);
     constexpr std::string_view status = "Status: ";
     constexpr std::string_view headEnd = "\r\n\r\n";

@@ -3,18 +3,17 @@
 #include <string>
 #include <vector>
 
+#include "ctl/LocalSocket.h"
+
 namespace ctl {
 
 /// The command line.
-struct Options {
-    std::string socket = "/run/webconfig/webconfig.sock";
-    std::string path = "/status/rpc";  ///< of the status calls: webconfig.root in the service's configuration
-    std::string url;                   ///< of another device; empty for this one
+struct Options : LocalService {
+    std::string url;  ///< of another device; empty for this one
     std::string user = "admin";
     std::string passwordFile;
     std::string authorities;  ///< file of the certificates that are trusted; empty for the system's
     std::string pin;          ///< "sha256//" and the hash of the one key that is trusted
-    long seconds = 90;        ///< limit of a call: a save may have to run commands for a minute
     long before = 0;          ///< of "history"
     long count = 20;
     bool confirmed = false;  ///< of "undo"
