@@ -36,7 +36,8 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
     static cppcms::json::value wifiApStatus();
     static cppcms::json::value wifiClientStatus();
 
-    /// Of settings on trial: "state" (as the notice on the pages) and "seconds" that are left.
+    /// Of settings on trial: "state" (as the notice on the pages), "seconds" that are left, and the "set" of
+    /// the history that has begun it, where one has.
     static cppcms::json::value TrialStatus();
     /// Whether there was something that could be kept, or taken back.
     static cppcms::json::value TrialKeep();
@@ -46,6 +47,7 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
     static cppcms::json::value Metrics(CallQueue::Call const &call);
 
     // For machines: docs/api.md.
+    static cppcms::json::value DeviceDescribe();
     static cppcms::json::value SettingsDescribe();
     static cppcms::json::value SettingsGet(CallQueue::Call const &call);
     static cppcms::json::value SettingsDiff(CallQueue::Call const &call);

@@ -4,6 +4,9 @@
 
 namespace webconfig::util {
 
+/// What firmware images are made for.
+inline constexpr char hardwarePlatform[] = "brq4";
+
 /// "korbex_" and the assembly serial number, asked for once in the life of the process.
 std::string DeviceName();
 

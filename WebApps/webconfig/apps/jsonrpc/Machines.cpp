@@ -7,13 +7,17 @@
 #include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/settings/Languages.h"
+#include "WebApps/webconfig/util/FirmwareVerdict.h"
 #include "WebApps/webconfig/util/Prm.h"
+#include "WebApps/webconfig/util/Util.h"
 
 namespace webconfig::apps {
 
 namespace {
 
 constexpr int maxSets = 100;
+constexpr unsigned maxVersions = 4096;  // bytes
+constexpr char const *nameKey = settings::Key("net/hostname");
 
 // By settings::Kind and settings::Effect.
 constexpr char const *kinds[] = {"text", "name",    "choice",  "switch", "number",
@@ -92,6 +96,20 @@ cppcms::json::value Described(history::ChangeSet const &set) {
 }
 
 }  // namespace
+
+cppcms::json::value JsonRpc::DeviceDescribe() {
+    // Another firmware means another start of this process.
+    static std::string const firmware =
+        util::RunningVersion(util::ShellCommand("/usr/bin/ubi_get_volume_versions.sh", maxVersions));
+    util::Prm::FlushReadCache();
+    cppcms::json::value described;
+    described["model"] = util::hardwarePlatform;
+    described["firmware"] = firmware;
+    described["serial"] = util::SystemAssemblySN();
+    described["name"] = util::Prm::GetString(nameKey);
+    described["restart"] = util::IsRebootRequired();
+    return described;
+}
 
 cppcms::json::value JsonRpc::SettingsDescribe() {
     cppcms::json::value table = cppcms::json::array();

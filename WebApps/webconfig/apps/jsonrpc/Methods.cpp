@@ -91,6 +91,12 @@ constexpr Method methods[] = {
      {},
      Feature::Trial},
 
+    {"device_describe",
+     "Which device it is",
+     "model firmware serial name restart",
+     &JsonRpc::DeviceDescribe,
+     {},
+     Feature::Machines},
     {"settings_describe",
      "The table of settings",
      objects,

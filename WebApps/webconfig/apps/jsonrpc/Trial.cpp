@@ -19,10 +19,13 @@ cppcms::json::value Press(bool (*button)()) {
 
 cppcms::json::value JsonRpc::TrialStatus() {
     static constexpr char const *names[] = {"none", "waiting", "running", "returning", "returned"};
-    data::TrialNotice const trial = data::Told(history::CurrentTrial());
+    auto const current = history::CurrentTrial();
+    data::TrialNotice const trial = data::Told(current);
     cppcms::json::value status;
     status["state"] = names[static_cast<int>(trial.kind)];
     status["seconds"] = trial.seconds;
+    if (current)
+        status["set"] = current->set;
     return status;
 }
 

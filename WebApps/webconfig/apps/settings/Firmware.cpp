@@ -29,7 +29,6 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/Settings";
 
-constexpr char hardwarePlatform[] = "brq4";
 constexpr char baseVersion[] = "1.05";
 constexpr char imageType[] = "application/octet-stream";
 // The page's script has suspended it before the upload, of which nothing was known yet.
@@ -113,7 +112,7 @@ void Settings::Firmware() {
             return;
         util::RunCommand(resumeDeployer);
     }
-    content.platform = hardwarePlatform;
+    content.platform = util::hardwarePlatform;
     render("Firmware", content);
 }
 
@@ -147,7 +146,7 @@ bool Settings::_AcceptImage(data::Firmware &content, std::string const &image, s
     util::FirmwareVerdict const verdict =
         util::JudgeFirmware(image, {.soundTree = policy.firmware_verdict,
                                     .signature = policy.signed_firmware,
-                                    .platform = hardwarePlatform,
+                                    .platform = util::hardwarePlatform,
                                     .running = util::RunningVersion(content.versions)});
     if (policy.firmware_verdict)
         content.verdict = Findings(upload->filename(), util::FileSize(image), sha256, verdict);
