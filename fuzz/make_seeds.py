@@ -41,6 +41,9 @@ CERTIFICATE = b"<cert>\n" + subprocess.run(
 FIRST = CERTIFICATE.index(b"MII")
 ENCRYPTED = b"Proc-Type: 4,ENCRYPTED\nDEK-Info: AES-128-CBC,00112233445566778899AABBCCDDEEFF\n\n"
 
+CHANGE = b'{"id":"c-1","who":"Anna \xc3\x96","patch":{"net/hostname":"a","x":null,"y":{"set":true},"z":5},' \
+    b'"based_on":"12ab","expires":1795000000}'
+
 SEEDS = {
     "certificate_text": [CERTIFICATE, CERTIFICATE.replace(b"cert>", b"ca>"), CERTIFICATE[:200] + b"</cert>",
                          CERTIFICATE[:FIRST] + ENCRYPTED + CERTIFICATE[FIRST:], b"</cert>\n" + CERTIFICATE[:200]],
@@ -50,6 +53,7 @@ SEEDS = {
     "fastcgi_head": [BEGIN + record(PARAMS, VARIABLES) + record(PARAMS) + record(STDIN, b"body") + record(STDIN),
                      record(GET_VALUES, b"\x0f\0FCGI_MPXS_CONNS") + BEGIN + record(PARAMS),
                      BEGIN + record(PARAMS, b"\xff\xff\xff\xff\1x") + record(PARAMS)],
+    "fleet_change": [CHANGE, CHANGE.replace(b"1795000000", b"1e300"), CHANGE.replace(b'"a"', b"[" * 600), CHANGE[:40]],
     "firmware_image": [IMAGE, IMAGE.ljust(500, b"\0"), IMAGE[:100], image(NODE + bytes(4) + NODE_END + TREE_END)],
 }
 
