@@ -39,8 +39,8 @@ class signals_blocked : public booster::noncopyable {
 
 /// How long an answer that was sent before the request had come may take to arrive.
 constexpr auto linger_patience = std::chrono::seconds(2);
-/// How long requests whose bodies are on their way may hold the end of all: nobody is let in meanwhile.
-constexpr auto body_patience = std::chrono::seconds(2);
+/// How long requests that are on their way may hold the end of all: nobody is let in meanwhile.
+constexpr auto arrival_patience = std::chrono::seconds(2);
 /// How often a thread that is to end looks whether it may.
 constexpr auto drain_interval = std::chrono::milliseconds(10);
 
@@ -77,7 +77,7 @@ void server::start(int threads) {
 bool server::stop(clock::time_point deadline) {
     {
         std::lock_guard const lock(guard_);
-        body_deadline_ = std::min(deadline, clock::now() + body_patience);
+        arrival_deadline_ = std::min(deadline, clock::now() + arrival_patience);
     }
     if (!stopping_.exchange(true)) {
         for (listener &l : listeners_) {
@@ -88,7 +88,7 @@ bool server::stop(clock::time_point deadline) {
                 descriptor client = accept_one(l);
                 if (client.get() < 0)
                     break;
-                park(make_(l, std::move(client)), false);
+                park(make_(l, std::move(client)), false, true);
             }
         }
         std::uint64_t const count = std::max<std::size_t>(1, threads_.size());
@@ -116,7 +116,7 @@ void server::work() {
     for (;;) {
         if (work_once(true))
             continue;
-        if (!is_request_at_hand())
+        if (!is_request_expected())
             break;
         std::this_thread::sleep_for(drain_interval);
     }
@@ -237,7 +237,7 @@ void server::serve(std::unique_ptr<connection> c) {
             handle_(std::move(c), std::move(variables));
             break;
         case connection::input::incomplete:
-            park(std::move(c), false);
+            park(std::move(c), false, true);
             break;
         case connection::input::closed:
             linger(std::move(c), clock::now() + linger_patience);
@@ -249,7 +249,7 @@ void server::release(std::unique_ptr<connection> c) {
     if (!c->finish())
         linger(std::move(c), clock::now() + linger_patience);
     else if (bool const has_input = c->has_input(); !stopping_ || has_input)
-        park(std::move(c), has_input);
+        park(std::move(c), has_input, has_input);
 }
 
 /// Closes the connection, when the client has taken the answer to a body that it still sends.
@@ -257,18 +257,18 @@ void server::linger(std::unique_ptr<connection> c, clock::time_point deadline) {
     if (!c->has_abandoned_body() || !c->drain())
         return;
     connection &client = *c;
-    park(client, false, {std::move(c), deadline});
+    park(client, false, {std::move(c), deadline, false});
 }
 
-void server::park(std::unique_ptr<connection> c, bool at_once) {
+void server::park(std::unique_ptr<connection> c, bool at_once, bool is_expected) {
     int const limit = c->idle_limit();
+    auto const deadline = limit > 0 ? clock::now() + std::chrono::seconds(limit) : clock::time_point::max();
     connection &client = *c;
-    park(client, at_once,
-         {std::move(c), limit > 0 ? clock::now() + std::chrono::seconds(limit) : clock::time_point::max()});
+    park(client, at_once, {std::move(c), deadline, is_expected});
 }
 
 void server::await(connection &c, clock::time_point deadline, bool at_once, std::function<void()> resume) {
-    park(c, at_once, {nullptr, deadline, std::move(resume)});
+    park(c, at_once, {nullptr, deadline, true, std::move(resume)});
 }
 
 void server::park(connection &c, bool at_once, waiting_client client) {
@@ -299,12 +299,12 @@ void server::end_waiting() {
     }
 }
 
-/// Whether a request that has begun to come may still be served.
-bool server::is_request_at_hand() {
+/// Whether a request that is on its way may still be served.
+bool server::is_request_expected() {
     std::lock_guard const lock(guard_);
-    return clock::now() < body_deadline_ &&
+    return clock::now() < arrival_deadline_ &&
            std::any_of(waiting_.begin(), waiting_.end(),
-                       [](auto const &client) { return client.second.resume; });
+                       [](auto const &client) { return client.second.is_expected; });
 }
 
 }  // namespace cppcms::impl

@@ -42,8 +42,9 @@ class server : public booster::noncopyable {
     void await(connection &c, clock::time_point deadline, bool at_once, std::function<void()> resume);
     /// Drops the clients that have been silent for too long, and resumes the requests that are late.
     void end_waiting();
-    /// Takes no new clients, but serves the requests that have come already, and those whose bodies come
-    /// soon. Returns when the threads have ended, true, or at the \a deadline.
+    /// Takes no new clients, but serves the requests that have come already, and those that come soon: of a
+    /// client that was just let in, or whose request has begun. Returns when the threads have ended, true, or
+    /// at the \a deadline.
     bool stop(clock::time_point deadline);
     /// Waits for the threads, then drops all clients that wait for their next request.
     void join();
@@ -52,6 +53,7 @@ class server : public booster::noncopyable {
     struct waiting_client {
         std::unique_ptr<connection> owned;  // not set where a request is resumed
         clock::time_point deadline;
+        bool is_expected = false;  // to bring a request, of which no byte need have come yet
         std::function<void()> resume = {};
     };
 
@@ -62,11 +64,11 @@ class server : public booster::noncopyable {
     void serve(std::unique_ptr<connection> c);
     void serve(connection *c);
     void linger(std::unique_ptr<connection> c, clock::time_point deadline);
-    void park(std::unique_ptr<connection> c, bool at_once);
+    void park(std::unique_ptr<connection> c, bool at_once, bool is_expected);
     void park(connection &c, bool at_once, waiting_client client);
     bool watch(connection const &c, bool at_once);
     void watch(int operation, listener const &l);
-    bool is_request_at_hand();
+    bool is_request_expected();
     bool drop_oldest();
 
     std::vector<listener> listeners_;
@@ -78,8 +80,8 @@ class server : public booster::noncopyable {
     std::mutex guard_;
     std::condition_variable thread_ended_;
     std::unordered_map<connection *, waiting_client> waiting_;
-    bool ended_ = false;                                          // nobody serves who waits
-    clock::time_point body_deadline_ = clock::time_point::max();  // for those that come while it stops
+    bool ended_ = false;                                             // nobody serves who waits
+    clock::time_point arrival_deadline_ = clock::time_point::max();  // while it stops
     std::size_t running_ = 0;
     std::vector<std::thread> threads_;
     std::atomic<bool> stopping_{false};

@@ -231,6 +231,20 @@ TEST_F(HttpFront, KeepsNoThreadForClientsWhoseRequestHasNotCome) {
         << "the others are not waited for";
 }
 
+TEST_F(HttpFront, AnswersAtItsEndWhomItHadLetIn) {
+    auto service = std::make_unique<RunningService>(settings_);
+    Client silent(port_);
+    Client begun(port_);
+    begun.Send("GET /pages/hello HT");
+    EXPECT_NE(Get(port_, "/pages/hello").find("hello"), std::string::npos) << "behind the other two";
+    auto stopped = std::async(std::launch::async, [&] { service.reset(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    silent.Send("GET /pages/hello HTTP/1.1\r\n\r\n");
+    begun.Send("TP/1.1\r\n\r\n");
+    EXPECT_NE(silent.ReadAll().find("hello"), std::string::npos);
+    EXPECT_NE(begun.ReadAll().find("hello"), std::string::npos);
+}
+
 TEST_F(HttpFront, BoundsTheTimeOfABodyAndHowManyLargeOnesComeAtOnce) {
     settings_.set("http.body_seconds", 1);
     settings_.set("http.large_body", 2);
