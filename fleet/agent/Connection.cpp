@@ -169,7 +169,8 @@ void Connection::Serve(std::chrono::milliseconds time) {
     if (!_connection && Clock::now() >= _next)
         _Connect();
     if (!_connection) {
-        timespec const rest{.tv_sec = time.count() / 1000, .tv_nsec = time.count() % 1000 * 1000000};
+        timespec const rest{.tv_sec = time.count() / 1000,
+                            .tv_nsec = static_cast<long>(time.count() % 1000 * 1000000)};
         ::nanosleep(&rest, nullptr);  // a signal ends it
         return;
     }
