@@ -10,6 +10,7 @@ namespace {
 
 namespace json = cppcms::json;
 
+constexpr std::string_view topicRoot = "fleet/";
 constexpr std::size_t maxId = 64;   // bytes
 constexpr std::size_t maxWho = 64;  // bytes
 
@@ -29,16 +30,31 @@ bool IsId(std::string_view id) {
 }
 
 std::string Topic(std::string const &device, char const *name) {
-    return "fleet/" + device + '/' + name;
+    return std::string(topicRoot) + device + '/' + name;
 }
 
-Change ReadChange(std::string_view message) {
+Subject ReadTopic(std::string_view topic) {
+    if (!topic.starts_with(topicRoot))
+        return {};
+    topic.remove_prefix(topicRoot.size());
+    std::size_t const slash = topic.find('/');
+    if (slash == std::string_view::npos || !IsId(topic.substr(0, slash)))
+        return {};
+    return {topic.substr(0, slash), topic.substr(slash + 1)};
+}
+
+json::value ReadObject(std::string_view message) {
     json::value read;
     char const *begin = message.data();
     if (message.size() > maxMessage)
         throw Malformed("Longer than " + std::to_string(maxMessage) + " bytes", "");
     if (!read.load(begin, message.data() + message.size(), true) || read.type() != json::is_object)
         throw Malformed("No JSON object", "");
+    return read;
+}
+
+Change ReadChange(std::string_view message) {
+    json::value read = ReadObject(message);
     Change change;
     change.id = read.get("id", "");
     if (!IsId(change.id))
@@ -54,10 +70,28 @@ Change ReadChange(std::string_view message) {
             change.based_on = read.get<std::string>("based_on");
         if (!read.find("expires").is_undefined())
             change.expires = read.get<std::int64_t>("expires");
+        if (!read.find("restart").is_undefined())
+            change.restart = read.get<bool>("restart");
     } catch (std::bad_cast const &) {
-        throw Malformed("\"based_on\" is no text, or \"expires\" no whole number", change.id);
+        throw Malformed(
+            "\"based_on\" is no text, \"expires\" no whole number, or \"restart\" neither true nor false",
+            change.id);
     }
     return change;
+}
+
+std::string Written(Change const &change) {
+    json::value written;
+    written["id"] = change.id;
+    written["who"] = change.who;
+    written["patch"] = change.patch;
+    if (!change.based_on.empty())
+        written["based_on"] = change.based_on;
+    if (change.expires != 0)
+        written["expires"] = change.expires;
+    if (change.restart)
+        written["restart"] = true;
+    return written.save();
 }
 
 }  // namespace fleet

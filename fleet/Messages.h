@@ -19,6 +19,12 @@ inline constexpr char change[] = "change";      ///< to the device: a Change
 inline constexpr char result[] = "result";      ///< what has become of a change
 }  // namespace topics
 
+/// What "online" says.
+namespace words {
+inline constexpr char yes[] = "true";
+inline constexpr char no[] = "false";
+}  // namespace words
+
 /// What a change has come to, "state" of a result. Of the first two more results follow.
 namespace states {
 inline constexpr char trial[] = "trial";        ///< stored, and goes back if it is not kept
@@ -42,6 +48,13 @@ bool IsId(std::string_view id);
 /// "fleet/ID/NAME".
 std::string Topic(std::string const &device, char const *name);
 
+/// What "fleet/ID/NAME" is about; both parts are empty where \a topic is none of a device.
+struct Subject {
+    std::string_view device;
+    std::string_view name;
+};
+Subject ReadTopic(std::string_view topic);
+
 /// Settings that a device is to have.
 struct Change {
     std::string id;              ///< whoever sends it twice sends one change
@@ -49,9 +62,10 @@ struct Change {
     cppcms::json::object patch;  ///< keys and values, as settings_set takes them
     std::string based_on;        ///< revision of the settings that it was made from; empty for any
     std::int64_t expires = 0;    ///< seconds of UTC; 0 for never
+    bool restart = false;        ///< the device is to be restarted, where it needs that behind the change
 };
 
-/// A message that is no change.
+/// A message that is none of ours.
 class Malformed : public std::runtime_error {
   public:
     /// \a id is the message's, where it has one that could be told back.
@@ -62,7 +76,13 @@ class Malformed : public std::runtime_error {
     std::string _id;
 };
 
+/// The JSON object that \a message is. Throws Malformed.
+cppcms::json::value ReadObject(std::string_view message);
+
 /// Throws Malformed.
 Change ReadChange(std::string_view message);
+
+/// The message that is read as \a change.
+std::string Written(Change const &change);
 
 }  // namespace fleet

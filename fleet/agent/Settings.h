@@ -6,20 +6,14 @@
 #include <string>
 
 #include "ctl/LocalSocket.h"
+#include "fleet/BrokerSettings.h"
 
 namespace fleet::agent {
 
 /// "webconfig.fleet" of the service's configuration: docs/fleet.md.
 struct Settings {
     std::string id;  ///< empty: what the service says of the device
-    std::string host;
-    int port = 0;
-    bool tls = false;
-    std::string ca;  ///< empty: the system's
-    std::string certificate;
-    std::string key;
-    std::string user;
-    std::string password;
+    BrokerSettings broker;
     std::chrono::seconds health{60};
     std::string file = "/var/lib/webconfig/fleet.db";
     ctl::LocalService service;

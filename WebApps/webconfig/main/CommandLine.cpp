@@ -24,11 +24,13 @@ Serves the web configuration of the device.
 
 }  // namespace
 
-void ShowUsage() {
-    std::cerr << usage;
+Program const deviceProgram{"webconfig " WEBCONFIG_VERSION, usage};
+
+void ShowUsage(Program const &program) {
+    std::cerr << program.usage;
 }
 
-bool AnswersForItself(int argc, char *argv[]) {
+bool AnswersForItself(int argc, char *argv[], Program const &program) {
     for (int i = 1; i < argc; ++i) {
         std::string_view const argument = argv[i];
         if (argument == endOfSwitches)
@@ -36,10 +38,10 @@ bool AnswersForItself(int argc, char *argv[]) {
         if (argument == "-c") {
             ++i;
         } else if (argument == "--help") {
-            ShowUsage();
+            ShowUsage(program);
             return true;
         } else if (argument == "--version") {
-            std::cerr << "webconfig " WEBCONFIG_VERSION "\n";
+            std::cerr << program.version << '\n';
             return true;
         }
     }

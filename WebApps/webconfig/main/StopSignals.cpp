@@ -4,11 +4,9 @@
 
 #include <memory>
 
-#include "WebApps/webconfig/apps/Shutdown.h"
-
 namespace webconfig {
 
-StopSignals::StopSignals() {
+StopSignals::StopSignals(void (*shutDown)(cppcms::service &service)) : _shutDown(shutDown) {
     sigemptyset(&_signals);
     for (int const signal : {SIGTERM, SIGINT, SIGUSR1})
         sigaddset(&_signals, signal);
@@ -54,7 +52,7 @@ void StopSignals::_Watch() {
             _signal = signal;
         _changed.notify_all();
         if (_service)
-            apps::Shutdown(*_service);
+            _shutDown(*_service);
     }
 }
 
@@ -62,7 +60,7 @@ void StopSignals::_Direct(cppcms::service *service) {
     std::lock_guard const lock(_guard);
     _service = service;
     if (_service && _signal != 0)
-        apps::Shutdown(*_service);
+        _shutDown(*_service);
 }
 
 }  // namespace webconfig

@@ -15,8 +15,8 @@ namespace webconfig {
 /// service only, never get them.
 class StopSignals {
   public:
-    /// Blocks the signals for all threads. To be made before any other thread is.
-    StopSignals();
+    /// Blocks the signals for all threads. To be made before any other thread is. \a shutDown ends a service.
+    explicit StopSignals(void (*shutDown)(cppcms::service &service));
     ~StopSignals();
     StopSignals(StopSignals const &) = delete;
     StopSignals &operator=(StopSignals const &) = delete;
@@ -32,6 +32,7 @@ class StopSignals {
     void _Watch();
     void _Direct(cppcms::service *service);
 
+    void (*const _shutDown)(cppcms::service &service);
     sigset_t _signals{};
     std::mutex _guard;
     std::condition_variable _changed;

@@ -24,6 +24,7 @@
 #include "WebApps/webconfig/apps/JsonRpc.h"
 #include "WebApps/webconfig/apps/KeptUpload.h"
 #include "WebApps/webconfig/apps/Plugins.h"
+#include "WebApps/webconfig/apps/Shutdown.h"
 #include "WebApps/webconfig/apps/WebConfig.h"
 #include "WebApps/webconfig/data/Menu.h"
 #include "WebApps/webconfig/history/Configuration.h"
@@ -109,7 +110,8 @@ std::unique_ptr<cppcms::service> MakeService(int argc, char *argv[], bool again)
         settings.set("logging.file.max_files", 0);
     }
     auto const policy = security::ReadPolicy(settings);
-    security::SetUpFramework(settings, policy);
+    // A status call changes something ("reload"), whatever its method.
+    security::SetUpFramework(settings, policy, '/' + settings.get("webconfig.root.async", ""));
     auto service =
         std::make_unique<cppcms::service>(settings);  // from here on lines of the log go where they should
     security::SetPolicy(policy);
@@ -187,7 +189,7 @@ bool IsReloadWanted(StopSignals &stop) {
 }
 
 void Run(int argc, char *argv[]) {
-    StopSignals stop;
+    StopSignals stop(apps::Shutdown);
     bool again = false;
     do {
         if (auto *const plugins = RunService(argc, argv, again, stop))
@@ -213,7 +215,7 @@ void LogFatal(std::exception const &failure) {
 }  // namespace
 
 int main(int argc, char *argv[]) {
-    if (AnswersForItself(argc, argv))
+    if (AnswersForItself(argc, argv, deviceProgram))
         return 0;
     bool const check = TakeCheck(argc, argv);
     openlog("web", 0, LOG_DAEMON);
@@ -227,7 +229,7 @@ int main(int argc, char *argv[]) {
     } catch (std::exception const &failure) {
         std::cerr << "webconfig: " << failure.what() << '\n';
         if (argc < 2)
-            ShowUsage();
+            ShowUsage(deviceProgram);
         LogFatal(failure);
         return 1;
     }

@@ -8,12 +8,10 @@
 
 namespace webconfig::security {
 
-void SetUpFramework(cppcms::json::value &settings, Policy const &policy) {
+void SetUpFramework(cppcms::json::value &settings, Policy const &policy, std::string const &calls) {
     if (policy.same_origin) {
         settings.set("http.same_origin", true);
-        // A status call changes something ("reload"), whatever its method.
-        settings.set("http.same_origin_paths",
-                     std::vector<std::string>{'/' + settings.get("webconfig.root.async", "")});
+        settings.set("http.same_origin_paths", std::vector<std::string>{calls});
     }
     if (policy.hosts)
         settings.set("http.hosts", *policy.hosts);

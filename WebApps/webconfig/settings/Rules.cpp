@@ -157,12 +157,13 @@ constexpr char const *neededSometimes[] = {
 struct Special {
     char const *key;
     std::string (*wrong)(std::string const &value);
+    bool readsDevice = false;
 };
 constexpr Special specials[] = {
-    {countryKey, WrongCountry},
+    {countryKey, WrongCountry, true},
     {clientPskKey, WrongKey},
     {apPskKey, WrongKey},
-    {Key("gprs/network/mode"), WrongNetwork},
+    {Key("gprs/network/mode"), WrongNetwork, true},
     {Key("webman/digest256/admin"), WrongAnyway},  // comes with the other
     {Key("system/digest/root"), WrongAnyway},      // each hash of a password is another one
     {Key("net/wifi/region_code"), WrongAnyway},    // is one of the module, not of the store
@@ -322,6 +323,11 @@ std::string WrongValue(std::string const &key, std::string const &value) {
             return reason;
     }
     return WrongForKind(*Find(key), value);
+}
+
+bool IsForDeviceOnly(std::string const &key) {
+    return std::any_of(std::begin(specials), std::end(specials),
+                       [&key](Special const &special) { return special.readsDevice && key == special.key; });
 }
 
 std::string WrongRemoval(std::string const &key) {

@@ -52,6 +52,8 @@ bool IsSetting(std::string const &key);
 /// What is wrong with giving \a key this value, whatever other settings have; that of a secret is as people
 /// know it. Empty may be what is needed only while other settings say so.
 std::string WrongValue(std::string const &key, std::string const &value);
+/// Whether that depends on what the device has, or has found: nobody else can tell.
+bool IsForDeviceOnly(std::string const &key);
 /// The same for a machine that wants \a key gone.
 std::string WrongRemoval(std::string const &key);
 

@@ -124,11 +124,11 @@ TEST(FleetSettings, AreReadAndCheckedWithTheirFiles) {
     auto const settings =
         read(R"("broker":"mqtts://[fd00::1]:9","id":"d.1","certificate":"PATHopen","key":"PATHkey",)"
              R"("password_file":"PATHkey")");
-    EXPECT_EQ(settings.host, "fd00::1");
-    EXPECT_EQ(settings.port, 9);
-    EXPECT_TRUE(settings.tls);
-    EXPECT_EQ(settings.password, "sesame");
-    EXPECT_EQ(read(R"("broker":"mqtts://b")").port, 8883);
+    EXPECT_EQ(settings.broker.host, "fd00::1");
+    EXPECT_EQ(settings.broker.port, 9);
+    EXPECT_TRUE(settings.broker.tls);
+    EXPECT_EQ(settings.broker.password, "sesame");
+    EXPECT_EQ(read(R"("broker":"mqtts://b")").broker.port, 8883);
 
     EXPECT_TRUE(Tried([] {
                     agent::ReadSettings(Parsed(R"({"webconfig":{"fleet":{"broker":"mqtt://b"}}})"));

@@ -6,7 +6,7 @@
 #include "WebApps/webconfig/apps/jsonrpc/SettingsPatch.h"
 #include "WebApps/webconfig/history/Recorder.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
-#include "WebApps/webconfig/settings/Languages.h"
+#include "WebApps/webconfig/settings/Description.h"
 #include "WebApps/webconfig/util/FirmwareVerdict.h"
 #include "WebApps/webconfig/util/Prm.h"
 #include "WebApps/webconfig/util/Util.h"
@@ -18,39 +18,6 @@ namespace {
 constexpr int maxSets = 100;
 constexpr unsigned maxVersions = 4096;  // bytes
 constexpr char const *nameKey = settings::Key("net/hostname");
-
-// By settings::Kind and settings::Effect.
-constexpr char const *kinds[] = {"text", "name",    "choice",  "switch", "number",
-                                 "port", "address", "netmask", "secret", "file"};
-constexpr char const *effects[] = {"none",         "restart",      "port_forwarding", "remote_access",
-                                   "time_servers", "site_server",  "access_point",    "wifi_client",
-                                   "web_password", "root_password"};
-
-cppcms::json::value Described(settings::Setting const &setting) {
-    settings::Limits const &limits = setting.limits;
-    cppcms::json::value described;
-    described["key"] = std::string(setting.key);
-    described["label"] = setting.label;
-    described["page"] = setting.page;
-    described["kind"] = kinds[static_cast<int>(setting.kind)];
-    described["effect"] = effects[static_cast<int>(setting.effect)];
-    described["reach"] = setting.reach;
-    described["least"] = limits.least;
-    if (limits.most > 0)
-        described["most"] = limits.most;
-    cppcms::json::array choices;
-    for (auto const &choice : settings::ChoicesOf(setting)) {
-        cppcms::json::value one;
-        one["label"] = choice.label;
-        one["value"] = choice.value;
-        choices.push_back(one);
-    }
-    if (!choices.empty())
-        described["choices"] = choices;
-    if (!limits.parts.empty())
-        described["parts"] = std::string(limits.parts);
-    return described;
-}
 
 /// The keys of a row that the store has, or may have.
 std::vector<std::string> KeysOf(settings::Setting const &setting) {
@@ -114,7 +81,7 @@ cppcms::json::value JsonRpc::DeviceDescribe() {
 cppcms::json::value JsonRpc::SettingsDescribe() {
     cppcms::json::value table = cppcms::json::array();
     for (auto const &setting : settings::catalogue)
-        table.array().push_back(Described(setting));
+        table.array().push_back(settings::Described(setting));
     return table;
 }
 

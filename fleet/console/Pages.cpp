@@ -1,0 +1,1 @@
+#include "fleet/console/Pages.h"

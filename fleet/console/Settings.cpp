@@ -1,0 +1,32 @@
+#include "fleet/console/Settings.h"
+
+#include "fleet/Messages.h"
+
+namespace fleet::console {
+
+namespace {
+
+constexpr int mostDevices = 1000000;
+
+}  // namespace
+
+Settings ReadSettings(cppcms::json::value const &configuration) {
+    SettingsReader const reader(configuration, "fleet");
+    Settings settings;
+    reader.Read("file", settings.file);
+    reader.Read("group", settings.group);
+    reader.Read("root", settings.root);
+    reader.Read("most", settings.most);
+    settings.broker = ReadBroker(reader);
+    if (settings.file.empty())
+        reader.Refuse("file", "no file");
+    if (!settings.group.empty() && !IsId(settings.group))
+        reader.Refuse("group", "not 1 to 64 letters, digits, '-', '_' and '.'");
+    if (!IsId(settings.root))
+        reader.Refuse("root", "not 1 to 64 letters, digits, '-', '_' and '.'");
+    if (settings.most < 1 || settings.most > mostDevices)
+        reader.Refuse("most", "not 1 to " + std::to_string(mostDevices) + " devices");
+    return settings;
+}
+
+}  // namespace fleet::console
