@@ -8,7 +8,7 @@ local WRONG_LOG_INS, FIRST_LOCK, LONGEST_LOCK = 5, 60, 3600
 local REMEMBERED = 86400
 
 local LINES_A_SECOND = 10 -- of the audit
-local USERS = "/etc/lighttpd/lighttpd.user" -- as in lighttpd.conf
+local USERS = os.getenv("WEBCONFIG_USERS") or "/etc/lighttpd/lighttpd.user" -- as in lighttpd.conf
 
 -- Remembers what was put last: at least so many things, at most twice as many.
 local function Memory(most)
