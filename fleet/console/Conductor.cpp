@@ -266,7 +266,7 @@ void Conductor::_AskAgain(std::int64_t now) {
         auto const &open = _open[i];
         bool const isLate = open.state == State::Silent || now > open.expires;
         if (open.state == State::Waiting || !_online[i] || _told.contains(open.number) ||
-            (_held.contains(open.rollout) && !isLate))
+            (open.state == State::Sent && _held.contains(open.rollout)))
             continue;
         Store::Reading const reading(_store);
         auto const change = reading->Change(open.number);
@@ -285,8 +285,9 @@ void Conductor::_AskAgain(std::int64_t now) {
 void Conductor::_GiveUp(std::int64_t now) {
     std::vector<OpenChange *> silent;
     for (auto &open : _open) {
-        if (!IsFinal(open.state) && now > open.expires + grace &&
-            (open.state != State::Waiting || _IsRunning(open.rollout)))
+        // What is held may still be asked for, and has all the time again then.
+        bool const isHeld = open.state != State::Trial && _held.contains(open.rollout);
+        if (!IsFinal(open.state) && now > open.expires + grace && !isHeld)
             silent.push_back(&open);
     }
     if (silent.empty())
@@ -485,7 +486,7 @@ void Conductor::GoOn(std::int64_t rollout, std::string const &who) {
         known.reason.clear();
     }
     std::int64_t const now = _clock();
-    if (known.wave_now >= 0)  // who still waits has all the time again
+    if (known.wave_now >= 0)  // who has not answered has all the time again
         writing->BeginWave(rollout, known.wave_now, now, now + known.patience);
     _Set(writing, known, RolloutState::Running, who, "Goes on");
     writing.Commit();

@@ -208,7 +208,7 @@ struct Tables::Statements {
     Statement const addLog{connection, "INSERT INTO log(rollout, time, who, text) VALUES(?1, ?2, ?3, ?4)"};
     Statement const beginWave{connection,
                               "UPDATE change SET time = ?3, expires = ?4"
-                              " WHERE rollout = ?1 AND wave = ?2 AND state = 0"};
+                              " WHERE rollout = ?1 AND wave = ?2 AND state < 2"};
     Statement const withdraw{connection,
                              "UPDATE change SET state = 9, time = ?2 WHERE rollout = ?1 AND state = 0"};
     Statement const dropTags{connection, "DELETE FROM tag WHERE device = ?1"};

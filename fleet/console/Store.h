@@ -139,7 +139,7 @@ class Tables {
     std::int64_t Add(RolloutRow const &rollout);
     void Update(RolloutRow const &rollout);
     void AddLog(std::int64_t rollout, LogLine const &line);
-    /// The members of a wave that wait get their turn, or another end of it.
+    /// The members of a wave that have told nothing get their turn, or another end of it.
     void BeginWave(std::int64_t rollout, std::int64_t wave, std::int64_t now, std::int64_t expires);
     void Withdraw(std::int64_t rollout, std::int64_t now);
     void SetTags(std::string const &device, std::vector<std::string> const &tags);
