@@ -44,6 +44,9 @@ ENCRYPTED = b"Proc-Type: 4,ENCRYPTED\nDEK-Info: AES-128-CBC,00112233445566778899
 CHANGE = b'{"id":"c-1","who":"Anna \xc3\x96","patch":{"net/hostname":"a","x":null,"y":{"set":true},"z":5},' \
     b'"based_on":"12ab","expires":1795000000}'
 
+REPORT = b'\1{"name":"m\xc3\xa4st","model":"x","firmware":"1","restart":true,"settings":{"net/hostname":"a","y":{"set":true}}}'
+HEALTH = b'\2{"time":1795322738,"temperature":41.5,"load":0.2,"memory_total":9,"memory_used":3,"signal":-77,"uplink":"eth0"}'
+
 SEEDS = {
     "certificate_text": [CERTIFICATE, CERTIFICATE.replace(b"cert>", b"ca>"), CERTIFICATE[:200] + b"</cert>",
                          CERTIFICATE[:FIRST] + ENCRYPTED + CERTIFICATE[FIRST:], b"</cert>\n" + CERTIFICATE[:200]],
@@ -54,6 +57,7 @@ SEEDS = {
                      record(GET_VALUES, b"\x0f\0FCGI_MPXS_CONNS") + BEGIN + record(PARAMS),
                      BEGIN + record(PARAMS, b"\xff\xff\xff\xff\1x") + record(PARAMS)],
     "fleet_change": [CHANGE, CHANGE.replace(b"1795000000", b"1e300"), CHANGE.replace(b'"a"', b"[" * 600), CHANGE[:40]],
+    "fleet_report": [b"\0true", REPORT, REPORT.replace(b'"a"', b"[" * 600), HEALTH, HEALTH.replace(b"41.5", b"1e300")],
     "firmware_image": [IMAGE, IMAGE.ljust(500, b"\0"), IMAGE[:100], image(NODE + bytes(4) + NODE_END + TREE_END)],
 }
 

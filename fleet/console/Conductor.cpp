@@ -113,9 +113,10 @@ void Conductor::TakeResult(std::string const &device, std::string_view message) 
 void Conductor::Work(bool leads) {
     _Flush();
     _ClearTopics();
+    std::int64_t const now = _clock();
+    _LoadTags(now);
     if (!leads)
         return;
-    std::int64_t const now = _clock();
     _Load(now);
     _GiveUp(now);
     _Drive(now);
@@ -161,6 +162,18 @@ void Conductor::_Record(Store::Writing &writing, Result const &result) {
         return;
     if (auto const takingBack = writing->TakingBack(change->rollout))
         _AddTakingBack(writing, *takingBack, *change);
+}
+
+void Conductor::_LoadTags(std::int64_t now) {
+    if (now < _lookedForTags + loadInterval)
+        return;
+    _lookedForTags = now;
+    Store::Reading const reading(_store);
+    std::string const tags = reading->Value(Tables::tagsName);
+    if (tags == _tags)
+        return;
+    _registry.SetTags(reading->AllTags());  // another console may have set some
+    _tags = tags;
 }
 
 void Conductor::_Load(std::int64_t now) {
@@ -318,8 +331,10 @@ void Conductor::_Drive(std::int64_t now) {
         running = reading->Unfinished();
     }
     std::erase_if(_settling, [&](auto const &settling) { return !_IsRunning(settling.first); });
-    for (auto const &rollout : running)
-        _Drive(rollout, now);
+    for (auto const &rollout : running) {
+        if (rollout.state == RolloutState::Running)
+            _Drive(rollout, now);
+    }
 }
 
 void Conductor::_Drive(RolloutRow rollout, std::int64_t now) {

@@ -90,6 +90,7 @@ class Conductor {
 
     void _Flush();
     void _Record(Store::Writing &writing, Result const &result);
+    void _LoadTags(std::int64_t now);
     void _Load(std::int64_t now);
     void _LookWhoIsOnline();
     void _Send(std::int64_t now);
@@ -124,6 +125,8 @@ class Conductor {
     std::map<std::int64_t, std::int64_t> _settling;  // rollouts, since when
     std::optional<sqlite::Connection::Mark> _mark;
     std::int64_t _loaded = 0;
+    std::int64_t _lookedForTags = 0;
+    std::string _tags = "none";  // which state of them the registry has
     std::int64_t _driven = 0;
     std::atomic<bool> _asked{true};  // somebody has asked for something
 

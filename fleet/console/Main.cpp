@@ -107,7 +107,6 @@ void Serve(json::value configuration, webconfig::StopSignals &stop) {
 
     Store store(settings.file);
     Registry registry(static_cast<std::size_t>(settings.most));
-    registry.SetTags(Store::Reading(store)->AllTags());
     Connection connection(settings, registry);
     Conductor conductor(store, registry, connection);
     Console const console{store, registry, conductor, connection};

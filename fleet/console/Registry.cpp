@@ -79,8 +79,9 @@ json::value ParsedPair(std::string const &pair, std::string &key) {
 }
 
 bool IsOwn(std::string const &pair) {
-    return std::any_of(std::begin(ownKeys), std::end(ownKeys),
-                       [&pair](char const *key) { return pair.starts_with(PairStart(key)); });
+    static std::string const starts[] = {PairStart(ownKeys[0]), PairStart(ownKeys[1])};
+    return std::any_of(std::begin(starts), std::end(starts),
+                       [&pair](std::string const &start) { return pair.starts_with(start); });
 }
 
 std::string Lower(std::string text) {

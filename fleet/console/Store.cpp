@@ -20,6 +20,8 @@ using sqlite::Statement;
 
 constexpr std::chrono::seconds busyTimeout{5};
 constexpr int schemaVersion = 1;
+/// Steps of a rollout change many rows at once, and this is no small box.
+constexpr char cache[] = "PRAGMA cache_size=-4096";  // KiB
 constexpr std::size_t idBytes = 4;
 constexpr char idName[] = "id";
 
@@ -149,7 +151,9 @@ char const *NameOf(RolloutState state) {
 
 struct Tables::Statements {
     explicit Statements(std::string const &path)
-        : connection(sqlite::OpenDurable(path, busyTimeout, Prepare)) {}
+        : connection(sqlite::OpenDurable(path, busyTimeout, Prepare)) {
+        connection.Execute(cache);
+    }
 
     Connection const connection;
     Statement const change{connection, "SELECT " CHANGE " FROM change WHERE number = ?1"};
@@ -214,6 +218,9 @@ struct Tables::Statements {
     Statement const dropTags{connection, "DELETE FROM tag WHERE device = ?1"};
     Statement const addTag{connection, "INSERT OR IGNORE INTO tag(device, tag) VALUES(?1, ?2)"};
     Statement const setNote{connection, "INSERT OR REPLACE INTO note(device, note) VALUES(?1, ?2)"};
+    Statement const countValue{connection,
+                               "INSERT INTO value(name, value) VALUES(?1, '1')"
+                               " ON CONFLICT(name) DO UPDATE SET value = value + 1"};
     Statement const setValue{connection, "INSERT OR REPLACE INTO value(name, value) VALUES(?1, ?2)"};
 };
 
@@ -452,6 +459,9 @@ void Tables::SetTags(std::string const &device, std::vector<std::string> const &
         add.Bind(1, device).Bind(2, tag);
         add.Step();
     }
+    Query count(_statements->countValue);
+    count.Bind(1, tagsName);
+    count.Step();
 }
 
 void Tables::SetNote(std::string const &device, std::string const &note) {

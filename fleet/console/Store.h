@@ -142,6 +142,8 @@ class Tables {
     /// The members of a wave that have told nothing get their turn, or another end of it.
     void BeginWave(std::int64_t rollout, std::int64_t wave, std::int64_t now, std::int64_t expires);
     void Withdraw(std::int64_t rollout, std::int64_t now);
+    /// The value of this name is another one then.
+    static constexpr char tagsName[] = "tags";
     void SetTags(std::string const &device, std::vector<std::string> const &tags);
     void SetNote(std::string const &device, std::string const &note);
     void SetValue(std::string const &name, std::string const &value);
