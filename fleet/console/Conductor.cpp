@@ -29,6 +29,7 @@ constexpr std::int64_t longAgo = 1;
 /// Messages that the broker may have to acknowledge: the others wait in the store.
 constexpr std::size_t mostUnacknowledged = 500;
 constexpr std::size_t mostResults = 500;      // are written down at once
+constexpr std::size_t mostUnwritten = 5000;   // are kept while the store takes nothing
 constexpr std::size_t mostForgotten = 1000;   // wait to be
 constexpr std::int64_t loadInterval = 2;      // seconds
 constexpr std::size_t mostMessageText = 500;  // bytes
@@ -105,7 +106,9 @@ void Conductor::TakeResult(std::string const &device, std::string_view message) 
         result.refused = said["refused"].save();
     if (result.refused.size() > mostReasons)
         result.refused.clear();
-    _results.push_back(std::move(result));
+    // What the store cannot take is asked for again, with the next connection.
+    if (_results.size() < mostUnwritten)
+        _results.push_back(std::move(result));
     if (_results.size() >= mostResults)
         _Flush();
 }
@@ -411,6 +414,8 @@ void Conductor::_ClearTopics() {
             device = std::move(_forgotten.front());
             _forgotten.pop_front();
         }
+        if (_registry.IsOnline(device))
+            continue;  // it has just come back
         for (char const *const name : {topics::reported, topics::health, topics::online})
             _publisher.Publish(Topic(device, name), "", true);
     }

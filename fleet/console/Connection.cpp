@@ -141,7 +141,8 @@ void Connection::_OnSubscribe() {
 
 void Connection::_OnMessage(mosquitto_message const &message) {
     ++_messages;
-    _lastMessage = std::chrono::steady_clock::now();
+    if (message.retain)
+        _lastMessage = std::chrono::steady_clock::now();
     Subject const subject = ReadTopic(message.topic);
     if (subject.device.empty())
         return;

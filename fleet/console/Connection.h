@@ -57,7 +57,7 @@ class Connection : public BrokerLink, public Publisher {
     using Time = std::chrono::steady_clock::time_point;
     int _subscribed = 0;      // how many of the topics
     bool _isGranted = false;  // the last of them
-    Time _lastMessage{};
+    Time _lastMessage{};      // of those that were said before
     Time _lastWork{};
     Time _nextComplaint{};
     std::string _trouble;  // of the conductor

@@ -14,7 +14,7 @@ class Lead {
     Lead(Lead const &) = delete;
     Lead &operator=(Lead const &) = delete;
 
-    /// Whether this process leads, from now on if nobody else does.
+    /// Whether this process leads, from now on if nobody else does. Throws std::system_error.
     bool Has();
 
   private:

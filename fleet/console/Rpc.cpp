@@ -207,7 +207,10 @@ Rpc::Rpc(cppcms::service &service, Console const *console)
 }
 
 std::string Rpc::_Who() {
-    std::string const who = webconfig::util::CleanText(request().remote_user().substr(0, mostWho));
+    using webconfig::util::CleanText;
+    std::string who = CleanText(request().remote_user()).substr(0, mostWho);
+    while (CleanText(who) != who)
+        who.pop_back();  // a part of a character
     return who.empty() ? "unknown" : who;
 }
 
