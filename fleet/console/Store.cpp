@@ -477,13 +477,13 @@ void Tables::SetValue(std::string const &name, std::string const &value) {
 }
 
 Store::Store(std::string const &path) : _write(path), _read(path) {
-    Writing writing(*this);
-    _id = writing->Value(idName);
-    if (_id.empty()) {
-        _id = MakeId();
-        writing->SetValue(idName, _id);
-        writing.Commit();
-    }
+    sqlite::Transaction transaction(_write.Database());
+    _id = _write.Value(idName);
+    if (!_id.empty())
+        return;
+    _id = MakeId();
+    _write.SetValue(idName, _id);
+    transaction.Commit();
 }
 
 std::int64_t Store::NumberIn(std::string_view id) const {
