@@ -10,29 +10,15 @@
 #include <map>
 #include <mutex>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "fleet/console/Refused.h"
 #include "fleet/console/Registry.h"
 #include "fleet/console/Store.h"
 
 namespace fleet::console {
-
-/// What somebody asks for is not done: for whoever asked.
-class Refused : public std::runtime_error {
-  public:
-    /// \a reasons: by key, or undefined.
-    Refused(std::string code, std::string const &message, cppcms::json::value reasons = {})
-        : std::runtime_error(message), _code(std::move(code)), _reasons(std::move(reasons)) {}
-    std::string const &Code() const { return _code; }
-    cppcms::json::value const &Reasons() const { return _reasons; }
-
-  private:
-    std::string _code;
-    cppcms::json::value _reasons;
-};
 
 /// Where messages go.
 class Publisher {

@@ -7,12 +7,10 @@
 
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/settings/Description.h"
-#include "WebApps/webconfig/settings/Rules.h"
 #include "WebApps/webconfig/util/Log.h"
-#include "WebApps/webconfig/util/Switch.h"
 #include "WebApps/webconfig/util/Utf8.h"
-#include "fleet/Messages.h"
 #include "fleet/console/Methods.h"
+#include "fleet/console/Patch.h"
 
 namespace fleet::console {
 
@@ -32,7 +30,6 @@ constexpr std::size_t mostWhy = 4000;
 constexpr std::size_t mostNote = 4000;
 constexpr std::size_t mostTag = 32;
 constexpr std::size_t mostTags = 20;
-constexpr std::size_t mostPatch = 32 << 10;  // the whole change is at most fleet::maxMessage
 constexpr std::size_t mostWho = 64;
 
 // Of rollouts.
@@ -101,65 +98,6 @@ json::value ParsedOr(std::string const &text, json::value empty) {
     char const *begin = text.data();
     empty.load(begin, begin + text.size(), true);
     return empty;
-}
-
-bool IsSecret(std::string const &key) {
-    auto const *const setting = settings::Find(key);
-    return setting && setting->kind == settings::Kind::Secret;
-}
-
-/// A patch as it is shown: of secrets only that they are set.
-json::value ShownPatch(std::string const &patch) {
-    json::value shown = ParsedOr(patch, json::object());
-    for (auto &[key, value] : shown.object()) {
-        if (IsSecret(key.str()) && value.type() != json::is_object) {
-            bool const isSet = !value.is_null() && value != json::value("");
-            value = json::object();
-            value["set"] = isSet;
-        }
-    }
-    return shown;
-}
-
-/// What is wrong with a member of a patch, as far as that can be known without the device.
-std::string WrongMember(std::string const &key, json::value const &value) {
-    bool const isStaying = value.type("set") == json::is_boolean && value.object().size() == 1;
-    std::string text;
-    switch (value.type()) {
-        case json::is_string:
-            text = value.str();
-            break;
-        case json::is_boolean:
-            text = webconfig::util::SwitchText(value.boolean());
-            break;
-        case json::is_number:
-            try {
-                text = std::to_string(value.get_value<std::int64_t>());
-                break;
-            } catch (json::bad_value_cast const &) {
-                return "No whole number";
-            }
-        case json::is_null:
-            return {};
-        default:
-            return isStaying ? "" : "Neither a text nor a whole number, true, false or null";
-    }
-    // A device may have settings that this console does not know.
-    return !settings::Find(key) || settings::IsForDeviceOnly(key) ? "" : settings::WrongValue(key, text);
-}
-
-json::object PatchOf(json::value const &asked) {
-    json::object patch = asked.get<json::object>("patch");
-    if (patch.empty() || json::value(patch).save().size() > mostPatch)
-        Wrong("patch: empty, or too long");
-    json::value reasons = json::object();
-    for (auto const &[key, value] : patch) {
-        if (std::string wrong = WrongMember(key.str(), value); !wrong.empty())
-            reasons.object()[key] = wrong;
-    }
-    if (!reasons.object().empty())
-        throw Refused("refused", "Nothing was sent", reasons);
-    return patch;
 }
 
 json::value ErrorOf(Refused const &refused) {
@@ -308,9 +246,9 @@ json::value Rpc::Changes(Asked const &asked) {
 
 json::value Rpc::Change(Asked const &asked) {
     std::string const device = DeviceOf(asked);
-    std::int64_t const number =
-        _console.conductor.Change(_Who(), device, PatchOf(asked), TextOf(asked, "based_on", mostTitle, false),
-                                  Optional(asked, "restart", false));
+    std::int64_t const number = _console.conductor.Change(
+        _Who(), device, ReadPatch(asked.get<json::object>("patch")),
+        TextOf(asked, "based_on", mostTitle, false), Optional(asked, "restart", false));
     WEBCONFIG_LOG(notice, logTag) << "Change " << _console.store.IdOf(number) << " of " << device << ", by "
                                   << _Who();
     json::value answer;
@@ -474,7 +412,7 @@ json::value Rpc::RollOut(Asked const &asked) {
     rollout.title = TextOf(asked, "title", mostTitle, false);
     rollout.why = TextOf(asked, "why", mostWhy, true);
     rollout.who = _Who();
-    rollout.patch = json::value(PatchOf(asked)).save();
+    rollout.patch = json::value(ReadPatch(asked.get<json::object>("patch"))).save();
     rollout.restart = Optional(asked, "restart", false);
     rollout.canaries = Within(asked, "canaries", rollout.canaries, 0, mostMembers);
     rollout.wave = Within(asked, "wave", rollout.wave, 1, mostMembers);

@@ -6,6 +6,9 @@
 
 #include "fleet/Messages.h"
 #include "fleet/agent/Settings.h"
+#include "fleet/console/Patch.h"
+#include "fleet/console/Refused.h"
+#include "fleet/console/Settings.h"
 #include "tests/unit/platform/TemporaryFolder.h"
 
 namespace {
@@ -27,6 +30,51 @@ std::string Tried(auto action) {
     } catch (std::runtime_error const &refused) {
         return refused.what();
     }
+}
+
+TEST(FleetConsole, ReadsItsSettings) {
+    auto const read = [](std::string const &members) {
+        return Tried(
+            [&] { console::ReadSettings(Parsed(R"({"fleet":{"broker":"mqtt://b")" + members + "}}")); });
+    };
+    for (auto const &[members, expected] : std::initializer_list<std::pair<char const *, char const *>>{
+             {"", "taken"},
+             {R"(,"most":1000000,"group":"g","root":"f","file":"/f")", "taken"},
+             {R"(,"most":0)", "fleet.most: not 1 to 1000000"},
+             {R"(,"most":"x")", "fleet.most: no whole number"},
+             {R"(,"group":"a/#")", "fleet.group: not 1 to 64"},
+             {R"(,"root":"a|b")", "fleet.root: not 1 to 64"},
+             {R"(,"file":"")", "fleet.file: no file"},
+         })
+        EXPECT_TRUE(read(members).starts_with(expected)) << members << read(members);
+}
+
+TEST(FleetConsole, ChecksPatchesAndShowsNoSecret) {
+    auto const wrong = [](std::string const &patch) {
+        try {
+            console::ReadPatch(Parsed(patch).object());
+        } catch (console::Refused const &refused) {
+            return refused.Reasons().is_undefined() ? refused.Code() : refused.Reasons().save();
+        }
+        return std::string();
+    };
+    for (auto const &[patch, expected] : std::initializer_list<std::pair<std::string, char const *>>{
+             {R"({"net/hostname":"a","language":null,"system/remote/icmp_enabled":true,"debug/seriald":3,)"
+              R"("gprs/password":{"set":true},"net/wifi/country":"XX","another/firmware":"x"})",
+              ""},
+             {R"({"net/hostname":""})", R"({"net/hostname":"Invalid length; minimum 1, maximum 64"})"},
+             {R"({"debug/seriald":9})", R"({"debug/seriald":"Invalid range; minimum 0, maximum 5"})"},
+             {R"({"debug/seriald":1.5})", R"({"debug/seriald":"No whole number"})"},
+             {R"({"x":[]})", R"({"x":"Neither a text nor a whole number, true, false or null"})"},
+             {"{}", "wrong"},
+             {R"({"x":")" + std::string(40000, 'x') + "\"}", "wrong"},
+         })
+        EXPECT_EQ(wrong(patch), expected) << patch.substr(0, 100);
+    EXPECT_EQ(
+        console::ShownPatch(
+            R"({"gprs/password":"x","cellular/sim_pin":null,"net/wifi/ap/wpa_psk":{"set":true},"a":"b"})"),
+        Parsed(
+            R"({"gprs/password":{"set":true},"cellular/sim_pin":{"set":false},"net/wifi/ap/wpa_psk":{"set":true},"a":"b"})"));
 }
 
 }  // namespace
