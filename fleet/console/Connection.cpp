@@ -21,8 +21,8 @@ using namespace std::chrono_literals;
 constexpr char logTag[] = "fleet/console/Connection";
 
 constexpr auto interval = 50ms;
-/// What devices have said comes by kinds, the next one when that of the one before is there: a broker drops
-/// what it has to hold back for one client, and holds nothing back below its receive maximum.
+/// What devices have said comes by kinds, the next one when that of the one before is there: a broker may
+/// drop what it has to hold back for one client, and should have little to hold back.
 constexpr char const *subjects[] = {topics::result, topics::online, topics::reported, topics::health};
 constexpr auto quiet = 200ms;
 constexpr std::uint16_t receiveMaximum = 65535;
@@ -73,7 +73,7 @@ void Connection::_Run() {
     while (!_ends) {
         Serve(interval);
         if (_isGranted && std::chrono::steady_clock::now() > _lastMessage + quiet)
-            _SubscribeNext();
+            _GoOn();
         _Work();
         _Tell();
     }
@@ -121,8 +121,20 @@ void Connection::_Taken(bool /*known*/) {
     _SubscribeNext();
 }
 
-void Connection::_SubscribeNext() {
+void Connection::_GoOn() {
     _isGranted = false;
+    if (_subscribed < static_cast<int>(std::size(subjects))) {
+        _SubscribeNext();
+        return;
+    }
+    if (auto const unreported = _registry.CountUnreported(); unreported > 0)
+        WEBCONFIG_LOG(warning, logTag)
+            << unreported
+            << " devices have not told what they are. Where they have done so before, the broker "
+            << "throws away what it has to hold back for the console";
+}
+
+void Connection::_SubscribeNext() {
     std::string const subject = subjects[_subscribed++];
     // The results are shared by the consoles of a group. What is retained does not come by such
     // subscriptions.
@@ -131,7 +143,7 @@ void Connection::_SubscribeNext() {
 }
 
 void Connection::_OnSubscribe() {
-    _isGranted = _subscribed < static_cast<int>(std::size(subjects));
+    _isGranted = true;
     _lastMessage = std::chrono::steady_clock::now();
     if (_subscribed != 1)
         return;

@@ -43,6 +43,7 @@ class Connection : public BrokerLink, public Publisher {
 
     void _Run();
     void _Work();
+    void _GoOn();
     void _SubscribeNext();
     void _Complain(std::string const &about);
     void _Tell();

@@ -314,6 +314,12 @@ std::array<std::size_t, 2> Registry::Count() const {
     return {_entries.size(), _online};
 }
 
+std::size_t Registry::CountUnreported() const {
+    std::shared_lock const lock(_guard);
+    return static_cast<std::size_t>(std::count_if(
+        _entries.begin(), _entries.end(), [](auto const &entry) { return entry.second.settings.empty(); }));
+}
+
 json::value Registry::_ValueOf(Entry const &entry, std::string const &key) const {
     std::string const start = PairStart(key);
     for (Pool::Index const pair : entry.settings) {

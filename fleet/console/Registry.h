@@ -42,6 +42,7 @@ class Registry {
     std::string NameOf(std::string const &device) const;
     std::vector<std::string> TagsOf(std::string const &device) const;
     std::array<std::size_t, 2> Count() const;  ///< devices, and those that are online
+    std::size_t CountUnreported() const;       ///< devices that have not told what they are
 
     /// What \a device has for the keys of \a patch: null where there is no such setting. Empty where it has
     /// not reported.
