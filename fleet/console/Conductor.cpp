@@ -192,10 +192,10 @@ void Conductor::_Load(std::int64_t now) {
     _held.clear();
     for (auto const &rollout : reading->Unfinished())
         (rollout.state == RolloutState::Running ? _running : _held).insert(rollout.number);
-    std::set<std::int64_t> told;
+    std::map<std::int64_t, bool> told;
     for (auto const &open : _open) {
-        if (_told.contains(open.number))
-            told.insert(open.number);
+        if (auto const found = _told.find(open.number); found != _told.end())
+            told.insert(*found);
     }
     _told = std::move(told);
 }
@@ -232,7 +232,7 @@ bool Conductor::_Publish(ChangeRow const &row, std::string const &patch, std::in
     if (message == 0)
         return false;
     _unacknowledged.insert(message);
-    _told.insert(row.number);
+    _told[row.number] = expires == longAgo;
     return true;
 }
 
@@ -280,8 +280,11 @@ void Conductor::_AskAgain(std::int64_t now) {
     std::map<std::int64_t, std::string> patches;
     for (std::size_t i = 0; i < _open.size() && room > 0; ++i) {
         auto const &open = _open[i];
+        // Before it is given up it is asked once more: another console may have lost its answer.
         bool const isLate = open.state == State::Silent || now > open.expires;
-        if (open.state == State::Waiting || !_online[i] || _told.contains(open.number) ||
+        auto const told = _told.find(open.number);
+        bool const isTold = told != _told.end() && (told->second || !isLate);
+        if (open.state == State::Waiting || !_online[i] || isTold ||
             (open.state == State::Sent && _held.contains(open.rollout)))
             continue;
         Store::Reading const reading(_store);

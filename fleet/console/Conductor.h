@@ -107,7 +107,8 @@ class Conductor {
     std::vector<bool> _online;  // the devices of those
     std::set<std::int64_t> _running;
     std::set<std::int64_t> _held;  // rollouts that may go on
-    std::set<std::int64_t> _told;  // changes that their devices have been sent by this connection
+    /// Changes that their devices have been sent by this connection, and whether that was a late question.
+    std::map<std::int64_t, bool> _told;
     std::map<std::int64_t, std::int64_t> _settling;  // rollouts, since when
     std::optional<sqlite::Connection::Mark> _mark;
     std::int64_t _loaded = 0;
