@@ -339,71 +339,77 @@ void Conductor::_Drive(std::int64_t now) {
     std::erase_if(_settling, [&](auto const &settling) { return !_IsRunning(settling.first); });
     for (auto const &rollout : running) {
         if (rollout.state == RolloutState::Running)
-            _Drive(rollout, now);
+            _Drive(rollout.number, now);
     }
 }
 
-void Conductor::_Drive(RolloutRow rollout, std::int64_t now) {
+void Conductor::_Drive(std::int64_t number, std::int64_t now) {
     Store::Writing writing(_store);
-    auto const known = writing->Rollout(rollout.number);
-    if (!known || known->state != RolloutState::Running)
+    auto rollout = writing->Rollout(number);
+    if (!rollout || rollout->state != RolloutState::Running)
         return;
-    rollout = *known;
-    std::int64_t const failures = Failures(writing->CountMembers(rollout.number));
-    std::int64_t const failing = std::max<std::int64_t>(0, failures - rollout.forgiven);
-    std::int64_t const asked = writing->CountAsked(rollout.number) - rollout.forgivenOf;
-    if (failing * 100 > rollout.limit * std::max<std::int64_t>(1, asked)) {
-        rollout.reason = std::to_string(failing) + " of " + std::to_string(std::max(failing, asked)) +
-                         " have failed or fallen silent: more than " + std::to_string(rollout.limit) + " %";
-        _Set(writing, rollout, RolloutState::Stopped, "", "Stopped: " + rollout.reason);
-        writing.Commit();
-        _running.erase(rollout.number);
-        return;
-    }
-    if (rollout.wave_now >= 0) {
-        if (writing->CountUnfinished(rollout.number, rollout.wave_now) > 0) {
-            _settling.erase(rollout.number);
+    if (!_StopIfTooManyFail(writing, *rollout)) {
+        if (rollout->wave_now >= 0 && writing->CountUnfinished(number, rollout->wave_now) > 0) {
+            _settling.erase(number);
             return;
         }
-        std::int64_t const since = _settling.try_emplace(rollout.number, now).first->second;
-        if (now < since + rollout.settle)
+        Settling const settling = rollout->wave_now < 0 ? Settling::Done : _Settle(writing, *rollout, now);
+        if (settling == Settling::Waits)
             return;
-        std::vector<ChangeRow> gone;
-        for (auto &member : writing->Wave(rollout.number, rollout.wave_now)) {
-            if ((member.state == State::Done || member.state == State::Kept) &&
-                !_registry.IsOnline(member.device))
-                gone.push_back(std::move(member));
-        }
-        if (!gone.empty() && now < since + rollout.settle + rollout.patience)
-            return;
-        for (auto &member : gone) {
-            member.state = State::Silent;
-            member.time = now;
-            member.code = "gone";
-            member.message = "It went offline behind the change, and has not come back";
-            writing->Update(member);
-        }
-        if (!gone.empty()) {  // perhaps that is too many
-            writing.Commit();
-            _asked = true;
-            return;
-        }
-        _settling.erase(rollout.number);
-    }
-    if (rollout.wave_now + 1 >= rollout.waves) {
-        _Set(writing, rollout, RolloutState::Done, "", "All members have been asked");
-        _running.erase(rollout.number);
-    } else {
-        _BeginWave(writing, rollout, rollout.wave_now + 1, now);
+        if (settling == Settling::Done)
+            _BeginNextWave(writing, *rollout, now);
     }
     writing.Commit();
     _asked = true;
 }
 
-void Conductor::_BeginWave(Store::Writing &writing, RolloutRow &rollout, std::int64_t wave,
-                           std::int64_t now) {
-    rollout.wave_now = wave;
-    writing->BeginWave(rollout.number, wave, now, now + rollout.patience);
+bool Conductor::_StopIfTooManyFail(Store::Writing &writing, RolloutRow &rollout) {
+    std::int64_t const failures = Failures(writing->CountMembers(rollout.number));
+    std::int64_t const failing = std::max<std::int64_t>(0, failures - rollout.forgiven);
+    std::int64_t const asked = writing->CountAsked(rollout.number) - rollout.forgivenOf;
+    if (failing * 100 <= rollout.limit * std::max<std::int64_t>(1, asked))
+        return false;
+    rollout.reason = std::to_string(failing) + " of " + std::to_string(std::max(failing, asked)) +
+                     " have failed or fallen silent: more than " + std::to_string(rollout.limit) + " %";
+    _Set(writing, rollout, RolloutState::Stopped, "", "Stopped: " + rollout.reason);
+    _running.erase(rollout.number);
+    return true;
+}
+
+Conductor::Settling Conductor::_Settle(Store::Writing &writing, RolloutRow const &rollout, std::int64_t now) {
+    std::int64_t const since = _settling.try_emplace(rollout.number, now).first->second;
+    if (now < since + rollout.settle)
+        return Settling::Waits;
+    std::vector<ChangeRow> gone;
+    for (auto &member : writing->Wave(rollout.number, rollout.wave_now)) {
+        if ((member.state == State::Done || member.state == State::Kept) &&
+            !_registry.IsOnline(member.device))
+            gone.push_back(std::move(member));
+    }
+    if (gone.empty()) {
+        _settling.erase(rollout.number);
+        return Settling::Done;
+    }
+    if (now < since + rollout.settle + rollout.patience)
+        return Settling::Waits;
+    for (auto &member : gone) {
+        member.state = State::Silent;
+        member.time = now;
+        member.code = "gone";
+        member.message = "It went offline behind the change, and has not come back";
+        writing->Update(member);
+    }
+    return Settling::Fails;
+}
+
+void Conductor::_BeginNextWave(Store::Writing &writing, RolloutRow &rollout, std::int64_t now) {
+    if (rollout.wave_now + 1 >= rollout.waves) {
+        _Set(writing, rollout, RolloutState::Done, "", "All members have been asked");
+        _running.erase(rollout.number);
+        return;
+    }
+    ++rollout.wave_now;
+    writing->BeginWave(rollout.number, rollout.wave_now, now, now + rollout.patience);
     writing->Update(rollout);
 }
 

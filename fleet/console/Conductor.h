@@ -83,8 +83,12 @@ class Conductor {
     void _AskAgain(std::int64_t now);
     void _GiveUp(std::int64_t now);
     void _Drive(std::int64_t now);
-    void _Drive(RolloutRow rollout, std::int64_t now);
-    void _BeginWave(Store::Writing &writing, RolloutRow &rollout, std::int64_t wave, std::int64_t now);
+    void _Drive(std::int64_t number, std::int64_t now);
+    bool _StopIfTooManyFail(Store::Writing &writing, RolloutRow &rollout);
+    /// Whether the members of a wave are still there, or there again; those that are not in time have failed.
+    enum class Settling { Waits, Fails, Done };
+    Settling _Settle(Store::Writing &writing, RolloutRow const &rollout, std::int64_t now);
+    void _BeginNextWave(Store::Writing &writing, RolloutRow &rollout, std::int64_t now);
     void _ClearTopics();
     std::size_t _Room() const;
     bool _Publish(ChangeRow const &change, std::string const &patch, std::int64_t expires);

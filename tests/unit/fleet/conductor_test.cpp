@@ -355,6 +355,21 @@ TEST(Conductor, TakesBackAlsoWhatIsUnderWay) {
                   });
 }
 
+TEST(Conductor, WaitsForMembersThatGoOffline) {
+    World world({{"a", Kind::Done}, {"b", Kind::Done}, {"c", Kind::Done}});
+    Begin(world, Rollout("new", 1, 40));
+    world.Pass(2);
+    world.fleet.devices["a"].online = false;
+    world.Pass(25);
+    EXPECT_EQ(world.States(1), "a:done b:waiting c:waiting ");
+    world.fleet.devices["a"].online = true;
+    world.Pass(3);
+    world.fleet.devices["b"].online = false;
+    world.Pass(60);
+    EXPECT_EQ(world.States(1), "a:done b:silent c:waiting ");
+    EXPECT_EQ(world.StateOf(1), "stopped");
+}
+
 TEST(Conductor, GivesUpAndListensOn) {
     World world({{"a", Kind::Done}, {"b", Kind::Done}, {"c", Kind::Done}});
     world.fleet.devices["b"].online = false;
