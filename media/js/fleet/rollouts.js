@@ -1,0 +1,247 @@
+// Rollouts: all of them, and one.
+(function () {
+    "use strict";
+
+    const { make, show, row, reasons } = Fleet;
+
+    const byId = (id) => document.getElementById(id);
+    const pageSize = 50;
+
+    const takenBack = (number, text) => (number ? [" ", make("a", { href: Fleet.address("rollout", number) }, gettext(text, number))] : null);
+
+    // --- All ---------------------------------------------------------------------------------------
+
+    const columns = [
+        { title: gettext("Number") },
+        { title: gettext("Title") },
+        { title: gettext("State") },
+        { title: gettext("Progress") },
+        { title: gettext("Who") },
+        { title: gettext("When") },
+    ];
+
+    function rolloutRow({ rollout, title, who, time, state, reason, asked, members, counts }) {
+        return row(String(rollout), columns, [
+            String(rollout),
+            make("a", { href: Fleet.address("rollout", rollout) }, title || gettext("Rollout {1}", rollout)),
+            [Fleet.rolloutBadge(state), reason ? make("small", {}, reason) : null],
+            [Fleet.progress(counts ?? {}, members), make("small", {}, gettext("{1} of {2} devices asked", GroupDigits(asked), GroupDigits(members)))],
+            who || "–",
+            Fleet.time(time),
+        ]);
+    }
+
+    Fleet.onPage("rollouts", function (box) {
+        const view = { offset: 0, limit: pageSize };
+        const ask = Fleet.poll(
+            "rollouts",
+            () => view,
+            function ({ total, rollouts }) {
+                if (total === 0) {
+                    const text = gettext("A rollout brings one change to many devices: first to a few, then in waves, and it stops by itself when too many fail.");
+                    box.replaceChildren(make("div", { class: "empty" }, make("b", {}, gettext("Nothing was rolled out yet.")), make("p", {}, text)));
+                } else {
+                    Fleet.showTable(box, gettext("Rollouts"), columns, rollouts.map(rolloutRow));
+                }
+                Fleet.showPager(byId("rollout_pages"), view, total);
+            },
+        );
+        Fleet.onTurn(byId("rollout_pages"), function (offset) {
+            view.offset = offset;
+            ask();
+        });
+    });
+
+    // --- One ---------------------------------------------------------------------------------------
+
+    const memberColumns = [
+        { title: gettext("Device") },
+        { title: gettext("Wave") },
+        { title: gettext("State") },
+        { title: gettext("Reason") },
+        { title: gettext("When") },
+    ];
+
+    function memberRow({ id, name, wave, state, code, message, refused, time }) {
+        return row(id, memberColumns, [
+            [make("a", { href: Fleet.address("device", id) }, name || id), name && name !== id ? make("small", {}, id) : null],
+            wave === 0 ? gettext("First ones") : String(wave ?? "–"),
+            Fleet.memberBadge(state),
+            message || refused ? reasons(message, refused) : code || "–",
+            time ? Fleet.time(time) : "–",
+        ]);
+    }
+
+    const filterNames = { search: gettext("Search"), firmware: gettext("Firmware"), model: gettext("Model"), tag: gettext("Tag") };
+
+    /** Which devices were chosen, in words. */
+    function selectionText(selection, members) {
+        if (!selection || Object.keys(selection).length === 0) {
+            return gettext("All devices");
+        }
+        if (selection.ids) {
+            return ngettext("{1} device, chosen by name", "{1} devices, chosen by name", selection.ids.length);
+        }
+        const { online, differs = {} } = selection;
+        const parts = Object.keys(filterNames)
+            .filter((name) => selection[name])
+            .map((name) => gettext("{1}: {2}", filterNames[name], selection[name]));
+        if (online !== undefined) {
+            parts.push(online ? gettext("online") : gettext("offline"));
+        }
+        if (differs.device) {
+            parts.push(gettext("settings differ from those of {1}", differs.device));
+        }
+        for (const [key, value] of Object.entries(differs.settings ?? {})) {
+            parts.push(gettext("{1} is not {2}", Fleet.labelOf(key), Fleet.textOf(key, value)));
+        }
+        return gettext("{1}: then {2}", parts.join(", "), ngettext("{1} device", "{1} devices", members));
+    }
+
+    function showFacts(box, rollout) {
+        const { who, time, why, patch, restart, canaries, wave, limit, patience, settle, selection, members } = rollout;
+        const facts = [
+            [gettext("What"), Fleet.changedSettings(patch)],
+            [gettext("Why"), why || "–"],
+            [gettext("By"), [who || "–", ", ", Fleet.time(time)]],
+            [gettext("Which devices"), selectionText(selection, members)],
+            [gettext("First"), ngettext("{1} device", "{1} devices", canaries)],
+            [gettext("Then"), gettext("waves of {1}", GroupDigits(wave))],
+            [gettext("Stops at"), gettext("more than {1} % that refuse, fail, go back or are silent", limit)],
+            [gettext("Waits"), gettext("{1} s for a device, {2} s between waves", GroupDigits(patience), GroupDigits(settle))],
+            [gettext("Restart"), restart ? gettext("where it is needed") : gettext("no")],
+        ];
+        show(box, make("dl", { class: "facts" }, facts.map(([title, text]) => make("div", {}, make("dt", {}, title), make("dd", {}, text)))));
+    }
+
+    /** Buttons, when they are there, and what they ask. */
+    const actions = [
+        { method: "pause", in: ["running"] },
+        { method: "go_on", in: ["paused", "stopped"] },
+        {
+            method: "take_back",
+            in: ["running", "paused", "stopped", "done", "ended"],
+            title: gettext("Take this rollout back?"),
+            text: gettext("All devices that have the change get the settings back that they had before. Secrets cannot be taken back."),
+            go: gettext("Take back"),
+        },
+        {
+            method: "end",
+            in: ["running", "paused", "stopped"],
+            title: gettext("End this rollout?"),
+            text: gettext("No further device is asked, and it cannot go on any more. Devices that have the change keep it."),
+            go: gettext("End it"),
+        },
+    ];
+
+    function actionsOf(number, done) {
+        async function act(method) {
+            show(byId("rollout_failure"));
+            try {
+                const rollout = await Fleet.call(method, { rollout: number });
+                if (method === "take_back" && rollout.rollout !== number) {
+                    location.href = Fleet.address("rollout", rollout.rollout);
+                }
+                done();
+            } catch (error) {
+                show(byId("rollout_failure"), error.message);
+            }
+        }
+        for (const { method, title, text, go } of actions) {
+            byId(method).addEventListener("click", () => (title ? AskFirst(title, text, go, () => act(method)) : act(method)));
+        }
+        return function ({ state, takes_back: first }) {
+            for (const { method, in: states } of actions) {
+                byId(method).hidden = !states.includes(state) || (method === "take_back" && Boolean(first));
+            }
+        };
+    }
+
+    function membersOf(number) {
+        const view = { offset: 0, limit: pageSize };
+        let wanted = "";
+
+        const ask = Fleet.poll(
+            "members",
+            () => ({ rollout: number, ...view, ...(wanted && { state: wanted }) }),
+            function ({ total, members }) {
+                if (members.length === 0) {
+                    show(byId("members"), make("p", { class: "empty" }, gettext("None.")));
+                } else {
+                    Fleet.showTable(byId("members"), gettext("Devices"), memberColumns, members.map(memberRow));
+                }
+                Fleet.showPager(byId("member_pages"), view, total);
+            },
+            () => {},
+        );
+        Fleet.onTurn(byId("member_pages"), function (offset) {
+            view.offset = offset;
+            ask();
+        });
+        byId("member_states").addEventListener("click", function ({ target }) {
+            const button = target.closest("[data-state]");
+            if (button) {
+                wanted = button.dataset.state;
+                view.offset = 0;
+                showStates();
+                ask();
+            }
+        });
+
+        let shown = { counts: {}, members: 0 };
+        function showStates(rollout = shown) {
+            shown = rollout;
+            const { counts = {}, members } = rollout;
+            const states = Object.keys(Fleet.memberStates).filter((state) => counts[state] > 0 || state === wanted);
+            const button = (state, text, count) =>
+                make("button", { type: "button", class: "plain", "data-state": state, "aria-pressed": String(state === wanted) }, text, " ", make("b", {}, GroupDigits(count)));
+            Fleet.show(byId("member_states"), [
+                button("", gettext("All"), members),
+                ...states.map((state) => button(state, Fleet.memberStates[state][0], counts[state] ?? 0)),
+            ]);
+        }
+        return showStates;
+    }
+
+    function waveText({ state, wave_now: now, waves, asked, members }) {
+        const devices = gettext("{1} of {2} devices asked", GroupDigits(asked), GroupDigits(members));
+        return state === "running" || state === "paused" || state === "stopped"
+            ? gettext("{1}, {2}", now > 0 ? gettext("wave {1} of {2}", now, waves) : gettext("the first ones"), devices)
+            : devices;
+    }
+
+    Fleet.onPage("rollout", async function (box) {
+        const number = Number(box.dataset.rollout);
+        await Fleet.catalogue();
+        const showStates = membersOf(number);
+        const showActions = actionsOf(number, () => ask());
+        const ask = Fleet.poll(
+            "rollout",
+            () => ({ rollout: number }),
+            function (rollout) {
+                byId("rollout_parts").hidden = false;
+                byId("rollout_unknown").hidden = true;
+                Fleet.tell(byId("config_page_title"), rollout.title || gettext("Rollout {1}", number));
+                document.title = gettext("{1} – Fleet", rollout.title || gettext("Rollout {1}", number));
+                show(byId("rollout_summary"), [
+                    Fleet.rolloutBadge(rollout.state),
+                    " ",
+                    make("span", {}, rollout.reason ? gettext("{1}; {2}", rollout.reason, waveText(rollout)) : waveText(rollout)),
+                    takenBack(rollout.takes_back, "This takes rollout {1} back."),
+                    takenBack(rollout.taken_back_by, "Rollout {1} takes this back."),
+                ]);
+                show(byId("rollout_progress"), Fleet.progress(rollout.counts ?? {}, rollout.members));
+                showActions(rollout);
+                showFacts(byId("rollout_facts"), rollout);
+                showStates(rollout);
+                const lines = (rollout.log ?? []).map(({ time, who, text }) => make("li", {}, Fleet.time(time), " ", make("b", {}, who || gettext("console")), " ", text));
+                show(byId("rollout_log"), lines);
+            },
+            function (error) {
+                byId("rollout_parts").hidden = true;
+                byId("rollout_unknown").hidden = false;
+                show(byId("rollout_unknown"), make("b", {}, error.message), make("p", {}, make("a", { href: Fleet.address("rollouts") }, gettext("All rollouts"))));
+            },
+        );
+    });
+})();
