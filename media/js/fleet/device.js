@@ -433,12 +433,15 @@
         const showSettings = settingsOf(byId("settings"), id);
         const showNotes = notesOf(id, () => ask());
         changesOf(byId("changes"), id);
-        Fleet.poll("health", () => (byId("device_parts").hidden ? null : { id }), showHealth, () => {});
+        const askHealth = Fleet.poll("health", () => (byId("device_parts").hidden ? null : { id }), showHealth, () => {});
         const ask = Fleet.poll(
             "device",
             () => ({ id }),
             function (device) {
-                byId("device_parts").hidden = false;
+                if (byId("device_parts").hidden) {
+                    byId("device_parts").hidden = false;
+                    askHealth();
+                }
                 byId("device_unknown").hidden = true;
                 showHead(device);
                 showFacts(device);

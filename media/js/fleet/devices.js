@@ -80,10 +80,10 @@
             return row(device.id, columns, [
                 make("input", { type: "checkbox", "data-id": device.id, "aria-label": label }),
                 make("a", { href: link }, device.name || device.id),
-                device.id,
+                make("span", { class: "id", title: device.id }, device.id),
                 Fleet.stateOf(device),
-                device.model || "–",
-                device.firmware || "–",
+                make("bdi", {}, device.model || "–"),
+                make("bdi", {}, device.firmware || "–"),
                 healthOf(device.health ?? {}),
                 device.tags?.length ? Fleet.tagChips(device.tags) : "–",
                 device.online ? gettext("now") : Fleet.ago(device.seen),

@@ -145,6 +145,9 @@
         return make("time", { datetime: date.toISOString(), title: moment.format(date) }, text);
     }
 
+    /** A time that something takes, in seconds. */
+    const span = (seconds) => (seconds > 0 && seconds % 60 === 0 ? Duration(seconds) : gettext("{1} s", GroupDigits(seconds)));
+
     /** A word with a colour. @param tone good, bad, busy, warn or quiet. */
     const badge = (text, tone) => make("span", { class: `badge ${tone}` }, text);
 
@@ -206,6 +209,7 @@
         onTurn,
         time,
         ago,
+        span,
         badge,
         onlineBadge,
         memberStates,

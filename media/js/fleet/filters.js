@@ -49,7 +49,8 @@
             if (kind === "device" && device) {
                 return { device };
             }
-            return kind === "setting" && key ? { settings: { [key]: Fleet.valueOf(key, elements.differs_value.value) } } : null;
+            const value = elements.differs_value?.value ?? given.get("differs_value") ?? "";
+            return kind === "setting" && key ? { settings: { [key]: Fleet.valueOf(key, value) } } : null;
         }
 
         function select() {

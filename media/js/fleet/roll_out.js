@@ -67,10 +67,10 @@
         return [
             first > 0 ? ngettext("First {1} device tries it.", "First {1} devices try it.", first) : gettext("No device tries it first."),
             devices > first
-                ? gettext("Then the others follow in waves of {1}: {2}.", GroupDigits(Math.min(wave, devices - first)), ngettext("{1} wave", "{1} waves", waves))
+                ? ngettext("Then the others follow in {1} wave.", "Then the others follow in {1} waves.", waves)
                 : "",
-            gettext("Behind each wave they have to stay online for {1} s.", GroupDigits(settle)),
-            gettext("A device that says nothing for {1} s is silent.", GroupDigits(patience)),
+            gettext("Behind each of these, devices have to stay online for {1}.", Fleet.span(settle)),
+            gettext("A device that says nothing for {1} is silent.", Fleet.span(patience)),
             gettext("All stops when more than {1} % refuse, fail, go back or are silent.", limit),
         ]
             .filter(Boolean)

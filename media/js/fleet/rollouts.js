@@ -108,7 +108,7 @@
             [gettext("First"), ngettext("{1} device", "{1} devices", canaries)],
             [gettext("Then"), gettext("waves of {1}", GroupDigits(wave))],
             [gettext("Stops at"), gettext("more than {1} % that refuse, fail, go back or are silent", limit)],
-            [gettext("Waits"), gettext("{1} s for a device, {2} s between waves", GroupDigits(patience), GroupDigits(settle))],
+            [gettext("Waits"), gettext("{1} for a device, {2} between waves", Fleet.span(patience), Fleet.span(settle))],
             [gettext("Restart"), restart ? gettext("where it is needed") : gettext("no")],
         ];
         show(box, make("dl", { class: "facts" }, facts.map(([title, text]) => make("div", {}, make("dt", {}, title), make("dd", {}, text)))));

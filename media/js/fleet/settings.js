@@ -120,7 +120,7 @@
      *  @param choose is given its key. */
     function picker(box, id, choose) {
         const setting = make("select", { id: `${id}_key` }, optionsOf(isSettable));
-        const part = make("input", { type: "text", id: `${id}_part`, spellcheck: "false", pattern: "[^/]+" });
+        const part = make("input", { type: "text", id: `${id}_part`, spellcheck: "false", pattern: "[^\\/]+" });
         const partRow = make("p", { hidden: true }, make("label", { for: part.id }, gettext("Which one")), part);
         const go = make("button", { type: "button", class: "plain" }, gettext("Add"));
         box.append(make("p", {}, make("label", { for: setting.id }, gettext("Setting")), setting), partRow, make("p", { class: "last" }, go));
