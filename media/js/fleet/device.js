@@ -22,7 +22,9 @@
         return [points.map(({ time }) => time), points.map((point) => point[name] ?? null)];
     }
 
-    function showHealth({ samples }) {
+    function showHealth(answer) {
+        // Plots have it as a part of all.
+        const samples = answer.samples.map((sample) => ({ ...sample, memory: sample.memory === undefined ? undefined : sample.memory / 100 }));
         const box = byId("overview").querySelector(".plots");
         const told = HealthPlots.filter(([name]) => samples.some((sample) => (sample[name] ?? null) !== null));
         byId("no_health").hidden = told.length > 0;
@@ -41,7 +43,7 @@
             [gettext("Firmware"), firmware || "–"],
             [gettext("Serial number"), serial || "–"],
             [gettext("Last heard"), online ? gettext("now") : Fleet.ago(seen)],
-            [gettext("Uptime"), known(health.uptime ?? uptime, () => Duration(health.uptime ?? uptime))],
+            [gettext("Uptime"), known(uptime, () => Duration(uptime))],
             [gettext("Uplink"), health.uplink ? gettext("{1} ({2})", health.uplink, health.address || "–") : "–"],
             [gettext("Signal"), known(health.signal, () => [SignalBars(health.signal)[0], Figures.dBm(health.signal)])],
             [gettext("Restart"), restart ? gettext("needed") : gettext("not needed")],
@@ -171,19 +173,22 @@
         function showResult() {
             const box = byId("change_result");
             const texts = {
-                waiting: gettext("Not sent yet."),
-                sent: gettext("Sent; the device has not answered yet."),
-                trial: gettext("Stored, and on trial: all goes back unless the device reaches the broker again."),
-                done: gettext("Stored."),
-                kept: gettext("Stored, and kept after the trial."),
+                waiting: device.online ? gettext("It is sent at once.") : gettext("The device is offline: it is sent when it comes back."),
+                sent: gettext("The device has not answered yet."),
+                trial: gettext("Stored for now: all goes back unless the device reaches the broker again."),
+                done: gettext("The device has stored it."),
+                kept: gettext("The device has stored it, and has reached the broker with it."),
                 returned: gettext("The device did not reach the broker with it: all is as it was before."),
-                refused: gettext("Refused: nothing was stored."),
-                failed: gettext("The device could not do it; some of it may be stored."),
-                silent: gettext("No answer: the device does not take it any more."),
+                failed: gettext("Some of it may be stored."),
             };
             const [, tone] = Fleet.memberStates[sent.state] ?? ["", "quiet"];
             box.className = `result ${tone}`;
-            show(box, make("p", {}, Fleet.memberBadge(sent.state), " ", texts[sent.state] ?? ""), make("div", {}, reasons(sent.message, sent.refused)));
+            show(
+                box,
+                make("button", { type: "button", class: "plain", "data-close": true, "aria-label": gettext("Close") }, "×"),
+                make("p", {}, Fleet.memberBadge(sent.state), " ", texts[sent.state] ?? ""),
+                make("div", {}, reasons(sent.message, sent.refused)),
+            );
         }
 
         /** Takes in what has become of the change that was sent last. */
@@ -232,9 +237,11 @@
         // --- What people do -----------------------------------------------------------------------
 
         form.addEventListener("click", function ({ target }) {
-            const { edit, leave } = target.dataset;
+            const { edit, leave, close } = target.dataset;
             if (edit) {
                 startEdit(edit);
+            } else if (close !== undefined) {
+                show(byId("change_result"));
             } else if (leave) {
                 edits.delete(leave);
                 delete refused[leave];

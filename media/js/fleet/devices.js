@@ -20,11 +20,11 @@
         { title: gettext("Last heard"), sort: "seen" },
     ];
 
-    function healthOf({ temperature, load, memory_used: used, memory_total: total, signal }) {
+    function healthOf({ temperature, load, memory, signal }) {
         const parts = [
             temperature === undefined ? null : Figures.celsius(temperature),
             load === undefined ? null : gettext("load {1}", Figures.number(load)),
-            used === undefined || !total ? null : gettext("memory {1}", Figures.percent(used / total)),
+            memory === undefined ? null : gettext("memory {1}", Figures.percent(memory / 100)),
         ];
         return [signal === undefined ? null : SignalBars(signal)[0], parts.filter(Boolean).join(", ") || (signal === undefined ? "–" : null)];
     }

@@ -161,10 +161,10 @@
         form.addEventListener("submit", function (event) {
             event.preventDefault();
             show(byId("roll_out_failure"));
-            const settings = patch.keys.map(labelOf).join(", ");
+            const settings = Object.entries(patch.patch()).map(([key, value]) => gettext("{1}: {2}", labelOf(key), Fleet.textOf(key, value)));
             AskFirst(
                 ngettext("Roll out to {1} device?", "Roll out to {1} devices?", devices),
-                gettext("{1}. {2}", settings, planText(devices, numbers())),
+                gettext("{1}. {2}", settings.join(", "), planText(devices, numbers())),
                 gettext("Roll out"),
                 start,
             );

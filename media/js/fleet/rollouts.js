@@ -7,8 +7,6 @@
     const byId = (id) => document.getElementById(id);
     const pageSize = 50;
 
-    const takenBack = (number, text) => (number ? [" ", make("a", { href: Fleet.address("rollout", number) }, gettext(text, number))] : null);
-
     // --- All ---------------------------------------------------------------------------------------
 
     const columns = [
@@ -62,12 +60,15 @@
         { title: gettext("When") },
     ];
 
-    function memberRow({ id, name, wave, state, code, message, refused, time }) {
+    /** Waves count from 0; where devices try it first, they are the first one. */
+    const waveText = (canaries, wave) => (canaries > 0 && wave === 0 ? gettext("first ones") : GroupDigits(wave + 1));
+
+    function memberRow(canaries, { id, name, wave, state, code, message, refused, time }) {
         return row(id, memberColumns, [
             [make("a", { href: Fleet.address("device", id) }, name || id), name && name !== id ? make("small", {}, id) : null],
-            wave === 0 ? gettext("First ones") : String(wave ?? "–"),
+            waveText(canaries, wave),
             Fleet.memberBadge(state),
-            message || refused ? reasons(message, refused) : code || "–",
+            message ? reasons(message, refused) : code || "–",
             time ? Fleet.time(time) : "–",
         ]);
     }
@@ -98,16 +99,22 @@
         return gettext("{1}: then {2}", parts.join(", "), ngettext("{1} device", "{1} devices", members));
     }
 
+    const back = (number) => make("a", { href: Fleet.address("rollout", number) }, gettext("what they had before rollout {1}", number));
+
     function showFacts(box, rollout) {
-        const { who, time, why, patch, restart, canaries, wave, limit, patience, settle, selection, members } = rollout;
+        const { who, time, why, patch, restart, canaries, wave, limit, patience, settle, selection, members, takes_back: first } = rollout;
         const facts = [
-            [gettext("What"), Fleet.changedSettings(patch)],
+            [gettext("What"), first ? back(first) : Fleet.changedSettings(patch)],
             [gettext("Why"), why || "–"],
             [gettext("By"), [who || "–", ", ", Fleet.time(time)]],
-            [gettext("Which devices"), selectionText(selection, members)],
-            [gettext("First"), ngettext("{1} device", "{1} devices", canaries)],
-            [gettext("Then"), gettext("waves of {1}", GroupDigits(wave))],
-            [gettext("Stops at"), gettext("more than {1} % that refuse, fail, go back or are silent", limit)],
+            ...(first
+                ? []
+                : [
+                      [gettext("Which devices"), selectionText(selection, members)],
+                      [gettext("First"), ngettext("{1} device", "{1} devices", canaries)],
+                      [gettext("Then"), gettext("waves of {1}", GroupDigits(wave))],
+                      [gettext("Stops at"), gettext("more than {1} % that refuse, fail, go back or are silent", limit)],
+                  ]),
             [gettext("Waits"), gettext("{1} for a device, {2} between waves", Fleet.span(patience), Fleet.span(settle))],
             [gettext("Restart"), restart ? gettext("where it is needed") : gettext("no")],
         ];
@@ -160,15 +167,16 @@
     function membersOf(number) {
         const view = { offset: 0, limit: pageSize };
         let wanted = "";
+        let shown = null; // the rollout
 
         const ask = Fleet.poll(
             "members",
-            () => ({ rollout: number, ...view, ...(wanted && { state: wanted }) }),
+            () => shown && ({ rollout: number, ...view, ...(wanted && { state: wanted }) }),
             function ({ total, members }) {
                 if (members.length === 0) {
                     show(byId("members"), make("p", { class: "empty" }, gettext("None.")));
                 } else {
-                    Fleet.showTable(byId("members"), gettext("Devices"), memberColumns, members.map(memberRow));
+                    Fleet.showTable(byId("members"), gettext("Devices"), memberColumns, members.map((member) => memberRow(shown.canaries, member)));
                 }
                 Fleet.showPager(byId("member_pages"), view, total);
             },
@@ -188,7 +196,7 @@
             }
         });
 
-        let shown = { counts: {}, members: 0 };
+        
         function showStates(rollout = shown) {
             shown = rollout;
             const { counts = {}, members } = rollout;
@@ -200,14 +208,19 @@
                 ...states.map((state) => button(state, Fleet.memberStates[state][0], counts[state] ?? 0)),
             ]);
         }
-        return showStates;
+        return function (rollout) {
+            const isFirst = !shown;
+            showStates(rollout);
+            if (isFirst) {
+                ask();
+            }
+        };
     }
 
-    function waveText({ state, wave_now: now, waves, asked, members }) {
+    function progressText({ state, canaries, wave_now: now, waves, asked, members }) {
         const devices = gettext("{1} of {2} devices asked", GroupDigits(asked), GroupDigits(members));
-        return state === "running" || state === "paused" || state === "stopped"
-            ? gettext("{1}, {2}", now > 0 ? gettext("wave {1} of {2}", now, waves) : gettext("the first ones"), devices)
-            : devices;
+        const isOver = !["running", "paused", "stopped"].includes(state) || now < 0;
+        return isOver ? devices : gettext("{1}, wave {2} of {3}", devices, waveText(canaries, now), GroupDigits(waves));
     }
 
     Fleet.onPage("rollout", async function (box) {
@@ -226,9 +239,7 @@
                 show(byId("rollout_summary"), [
                     Fleet.rolloutBadge(rollout.state),
                     " ",
-                    make("span", {}, rollout.reason ? gettext("{1}; {2}", rollout.reason, waveText(rollout)) : waveText(rollout)),
-                    takenBack(rollout.takes_back, "This takes rollout {1} back."),
-                    takenBack(rollout.taken_back_by, "Rollout {1} takes this back."),
+                    make("span", {}, rollout.reason ? gettext("{1}; {2}", rollout.reason, progressText(rollout)) : progressText(rollout)),
                 ]);
                 show(byId("rollout_progress"), Fleet.progress(rollout.counts ?? {}, rollout.members));
                 showActions(rollout);
