@@ -121,7 +121,7 @@
             return edits.has(key) || ((!other || differs(key)) && searched.includes(find.value.trim().toLowerCase()));
         }
 
-        /** The keys of a page of the catalogue: of a pattern those that there are. */
+        /** Those of the keys that belong to a page of the catalogue, in its order. */
         function keysOf(page, all) {
             const own = page.settings.map(({ key }) => key);
             return all
@@ -130,8 +130,7 @@
         }
 
         function render() {
-            const single = Fleet.pagesOf(({ key }) => !key.includes("*")).flatMap((page) => page.settings.map(({ key }) => key));
-            const all = [...new Set([...Object.keys(values()), ...Object.keys(other?.settings ?? {}), ...edits.keys(), ...single])];
+            const all = [...new Set([...Object.keys(values()), ...Object.keys(other?.settings ?? {}), ...edits.keys()])];
             const groups = Fleet.pagesOf(() => true).map((page) => [page.title, page.path, keysOf(page, all).filter(isWanted)]);
             const unknown = all.filter((key) => Fleet.find(key).pattern === null && isWanted(key));
             const shown = [...groups, [gettext("Others"), "others", unknown]].filter(([, , keys]) => keys.length);

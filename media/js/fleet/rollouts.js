@@ -61,7 +61,7 @@
     ];
 
     /** Waves count from 0; where devices try it first, they are the first one. */
-    const waveText = (canaries, wave) => (canaries > 0 && wave === 0 ? gettext("first ones") : GroupDigits(wave + 1));
+    const waveText = (canaries, wave) => (canaries > 0 && wave === 0 ? gettext("1 (first ones)") : GroupDigits(wave + 1));
 
     function memberRow(canaries, { id, name, wave, state, code, message, refused, time }) {
         return row(id, memberColumns, [
@@ -217,10 +217,10 @@
         };
     }
 
-    function progressText({ state, canaries, wave_now: now, waves, asked, members }) {
+    function progressText({ state, wave_now: now, waves, asked, members }) {
         const devices = gettext("{1} of {2} devices asked", GroupDigits(asked), GroupDigits(members));
         const isOver = !["running", "paused", "stopped"].includes(state) || now < 0;
-        return isOver ? devices : gettext("{1}, wave {2} of {3}", devices, waveText(canaries, now), GroupDigits(waves));
+        return isOver ? devices : gettext("{1}, wave {2} of {3}", devices, GroupDigits(now + 1), GroupDigits(waves));
     }
 
     Fleet.onPage("rollout", async function (box) {
