@@ -14,25 +14,25 @@ import { desktop, eventually, inCheckout, waitForText, withPage } from "./device
 import { assertEveryViewIsGood, assertKeyboardIsSeen } from "./views.mjs";
 
 const folder = mkdtempSync(join(tmpdir(), "fleet-pages-"));
-let console_;
-let consoleUrl;
+let server;
+let serverUrl;
 
 before(async () => {
     const probe = createServer().listen(0, "127.0.0.1");
     await new Promise((done) => probe.once("listening", done));
     const { port } = probe.address();
     await new Promise((done) => probe.close(done));
-    consoleUrl = `http://127.0.0.1:${port}`;
+    serverUrl = `http://127.0.0.1:${port}`;
     const settings = {
         "service-api": "http", "service-socket": "", "service-ip": "127.0.0.1", "service-port": port, "fleet-broker": "mqtt://127.0.0.1:1",
         "fleet-ca": "", "fleet-certificate": "", "fleet-key": "", "fleet-file": join(folder, "fleet.db"),
     };
     const program = inCheckout(`${process.env.WEBCONFIG_BUILD ?? "build/dev"}/fleet/webconfig-fleet`);
-    console_ = spawn(program, ["-c", inCheckout("config/fleet.json"), ...Object.entries(settings).map(([key, value]) => `--${key}=${value}`)], { stdio: "ignore" });
-    await eventually(() => fetch(`${consoleUrl}/fleet/`));
+    server = spawn(program, ["-c", inCheckout("config/fleet.json"), ...Object.entries(settings).map(([key, value]) => `--${key}=${value}`)], { stdio: "ignore" });
+    await eventually(() => fetch(`${serverUrl}/fleet/`));
 });
 after(() => {
-    console_?.kill();
+    server?.kill();
     rmSync(folder, { recursive: true });
 });
 
@@ -68,8 +68,8 @@ function fleet(answers = {}) {
     async function prepare(page) {
         await page.route("**/fleet/**", async (route) => {
             const { pathname, search } = new URL(route.request().url());
-            const headers = { ...route.request().headers(), origin: consoleUrl };
-            const fetched = route.fetch({ url: consoleUrl + pathname + search, headers }).then((response) => route.fulfill({ response }));
+            const headers = { ...route.request().headers(), origin: serverUrl };
+            const fetched = route.fetch({ url: serverUrl + pathname + search, headers }).then((response) => route.fulfill({ response }));
             await fetched.catch(() => {}); // the page is closed meanwhile
         });
         await page.route("**/fleet/rpc", async (route) => {
@@ -83,7 +83,10 @@ function fleet(answers = {}) {
     return { ...desktop, prepare, calls };
 }
 
-describe("console of a fleet", () => {
+/** The same for a test that waits for polls. */
+const hurriedFleet = (answers) => ({ ...fleet(answers), hurried: true });
+
+describe("console of a fleet", { concurrency: 3 }, () => {
     const pages = { "/fleet/?search=x&sort=id": "#devices tr", "/fleet/device/d1": ".plots canvas", "/fleet/device/d1?compare=d2": "#compared a", "/fleet/roll_out?ids=d1,d2": "#plan", "/fleet/rollouts": "#rollouts a", "/fleet/rollout/7": "#members tr" };
     for (const [path, shown] of Object.entries(pages)) {
         test(`${path} is clean, and everybody can use it on any screen`, () =>
@@ -97,12 +100,12 @@ describe("console of a fleet", () => {
 
     test("says that there is no device, no broker, no answer, and what is unknown", async () => {
         const none = { total: 0, matching: 0, online: 0, devices: [] };
-        await withPage("/fleet/", fleet({ devices: () => none, status: () => ({ ...usual.status(), broker: "refused" }) }), async (page) => {
+        await withPage("/fleet/", hurriedFleet({ devices: () => none, status: () => ({ ...usual.status(), broker: "refused" }) }), async (page) => {
             await waitForText(page, "#devices", /No device has said anything yet/);
             await waitForText(page, "#broker_alert", /Not connected to the broker: refused/);
         });
-        await withPage("/fleet/device/d1", fleet({ device: { error: { code: "unknown", message: "No such one" } } }), (page) => waitForText(page, "#device_unknown", /No such one/));
-        await withPage("/fleet/", { ...fleet(), faulty: true }, async (page) => {
+        await withPage("/fleet/device/d1", hurriedFleet({ device: { error: { code: "unknown", message: "No such one" } } }), (page) => waitForText(page, "#device_unknown", /No such one/));
+        await withPage("/fleet/", { ...hurriedFleet(), faulty: true }, async (page) => {
             await page.waitForSelector("#devices tr");
             await page.route("**/fleet/rpc", (route) => route.abort());
             await waitForText(page, "#problem", /does not answer.*trying again/);
@@ -112,7 +115,7 @@ describe("console of a fleet", () => {
     });
 
     test("keeps what is filtered and sorted in the address, and takes it to a rollout", async () => {
-        const options = fleet();
+        const options = hurriedFleet();
         await withPage("/fleet/?tag=gone&offset=50", options, async (page) => {
             await waitForText(page, "#devices", /d4/);
             await page.fill("#filter_search", "a b");
@@ -130,7 +133,7 @@ describe("console of a fleet", () => {
 
     test("sends a change, keeps what is entered meanwhile, and shows a refusal beside its setting", async () => {
         let state = "sent";
-        const options = fleet({ changes: () => ({ total: 1, changes: [{ ...change, state, refused: state === "refused" ? refused : {} }] }) });
+        const options = hurriedFleet({ changes: () => ({ total: 1, changes: [{ ...change, state, refused: state === "refused" ? refused : {} }] }) });
         await withPage("/fleet/device/d1", options, async (page) => {
             await page.click("[data-edit='net/hostname']");
             await page.fill("#setting_net_hostname", "x");
