@@ -353,25 +353,15 @@
         ]);
     }
 
-    function changesOf(box, id) {
-        const view = { offset: 0, limit: changesShown };
-        const ask = Fleet.poll(
-            "changes",
-            () => ({ id, ...view }),
-            function ({ total, changes }) {
-                if (changes.length === 0) {
-                    show(box, make("p", { class: "empty" }, gettext("The console has not changed anything yet.")));
-                } else {
-                    Fleet.showTable(box, gettext("History of changes"), changeColumns, changes.map(changeRow));
-                }
-                Fleet.showPager(byId("change_pages"), view, total);
-            },
-        );
-        Fleet.onTurn(byId("change_pages"), function (offset) {
-            view.offset = offset;
-            ask();
-        });
-    }
+    const changesOf = (id) => ({
+        method: "changes",
+        asked: () => ({ id }),
+        limit: changesShown,
+        caption: gettext("History of changes"),
+        columns: changeColumns,
+        rowOf: changeRow,
+        empty: () => gettext("The console has not changed anything yet."),
+    });
 
     // --- Tags and note ----------------------------------------------------------------------------
 
@@ -438,7 +428,7 @@
 
         const showSettings = settingsOf(byId("settings"), id);
         const showNotes = notesOf(id, () => ask());
-        changesOf(byId("changes"), id);
+        Fleet.pagedTable(byId("changes"), byId("change_pages"), changesOf(id));
         const askHealth = Fleet.poll("health", () => (byId("device_parts").hidden ? null : { id }), showHealth, () => {});
         const ask = Fleet.poll(
             "device",

@@ -7,6 +7,7 @@
     /** So many chosen one by one are named in the address of a new rollout: more are better told by a tag. */
     const mostChosen = 100;
     const pageSize = 50;
+    const tagsAtOnce = 1000;
 
     const columns = [
         { title: gettext("Selected"), quiet: true },
@@ -178,6 +179,15 @@
             return ids;
         }
 
+        /** For any number of devices: a call has only some room. */
+        async function tagAll(ids, add, remove) {
+            let tagged = 0;
+            for (let from = 0; from < ids.length; from += tagsAtOnce) {
+                tagged += (await Fleet.call("tag", { ids: ids.slice(from, from + tagsAtOnce), add, remove })).devices;
+            }
+            return tagged;
+        }
+
         const tagsIn = (id) => [...new Set(byId(id).value.split(",").map((tag) => tag.trim()))].filter(Boolean);
 
         byId("tag_selected").addEventListener("click", function () {
@@ -192,10 +202,10 @@
             byId("tag_go").disabled = true;
             try {
                 const ids = allMatching ? await matchingIds() : [...chosen];
-                const tagged = await Fleet.call("tag", { ids, add: tagsIn("tags_to_add"), remove: tagsIn("tags_to_remove") });
+                const tagged = await tagAll(ids, tagsIn("tags_to_add"), tagsIn("tags_to_remove"));
                 byId("tag_dialog").close();
                 byId("tags_to_add").value = byId("tags_to_remove").value = "";
-                ShowFormResultMsg(ngettext("The tags of {1} device are stored.", "The tags of {1} devices are stored.", tagged.devices ?? tagged), "success");
+                ShowFormResultMsg(ngettext("The tags of {1} device are stored.", "The tags of {1} devices are stored.", tagged), "success");
                 ask();
             } catch (error) {
                 byId("tag_failure").textContent = error.message;

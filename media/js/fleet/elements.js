@@ -114,6 +114,35 @@
         });
     }
 
+    /** Keeps a list fresh that the console gives by pages, newest first: a table and its pager, or what is said where
+     *  there is nothing.
+     *  @param method which gives an array of its own name, and its `total`.
+     *  @param asked gives what is asked for beside the page; null: nothing.
+     *  @param rowOf makes a row of an item.
+     *  @param empty makes what is said.
+     *  @returns a function that asks for the first page, as when something else is asked for. */
+    function pagedTable(box, pager, { method, asked, limit = 50, caption, columns, rowOf, empty }) {
+        const view = { offset: 0, limit };
+        function wanted() {
+            const what = asked();
+            return what && { ...what, ...view };
+        }
+        const ask = Fleet.poll(method, wanted, function (answer) {
+            if (answer[method].length === 0) {
+                show(box, make("div", { class: "empty" }, empty()));
+            } else {
+                showTable(box, caption, columns, answer[method].map(rowOf));
+            }
+            showPager(pager, view, answer.total);
+        });
+        function turn(offset) {
+            view.offset = offset;
+            ask();
+        }
+        onTurn(pager, turn);
+        return () => turn(0);
+    }
+
     // --- Texts ------------------------------------------------------------------------------------
 
     const language = document.documentElement.lang;
@@ -207,6 +236,7 @@
         showTable,
         showPager,
         onTurn,
+        pagedTable,
         time,
         ago,
         span,

@@ -5,8 +5,6 @@
     const { make, show, row, reasons } = Fleet;
 
     const byId = (id) => document.getElementById(id);
-    const pageSize = 50;
-
     // --- All ---------------------------------------------------------------------------------------
 
     const columns = [
@@ -29,26 +27,19 @@
         ]);
     }
 
-    Fleet.onPage("rollouts", function (box) {
-        const view = { offset: 0, limit: pageSize };
-        const ask = Fleet.poll(
-            "rollouts",
-            () => view,
-            function ({ total, rollouts }) {
-                if (total === 0) {
-                    const text = gettext("A rollout brings one change to many devices: first to a few, then in waves, and it stops by itself when too many fail.");
-                    box.replaceChildren(make("div", { class: "empty" }, make("b", {}, gettext("Nothing was rolled out yet.")), make("p", {}, text)));
-                } else {
-                    Fleet.showTable(box, gettext("Rollouts"), columns, rollouts.map(rolloutRow));
-                }
-                Fleet.showPager(byId("rollout_pages"), view, total);
-            },
-        );
-        Fleet.onTurn(byId("rollout_pages"), function (offset) {
-            view.offset = offset;
-            ask();
-        });
-    });
+    Fleet.onPage("rollouts", (box) =>
+        Fleet.pagedTable(box, byId("rollout_pages"), {
+            method: "rollouts",
+            asked: () => ({}),
+            caption: gettext("Rollouts"),
+            columns,
+            rowOf: rolloutRow,
+            empty: () => [
+                make("b", {}, gettext("Nothing was rolled out yet.")),
+                make("p", {}, gettext("A rollout brings one change to many devices: first to a few, then in waves, and it stops by itself when too many fail.")),
+            ],
+        }),
+    );
 
     // --- One ---------------------------------------------------------------------------------------
 
@@ -165,38 +156,26 @@
     }
 
     function membersOf(number) {
-        const view = { offset: 0, limit: pageSize };
         let wanted = "";
         let shown = null; // the rollout
 
-        const ask = Fleet.poll(
-            "members",
-            () => shown && ({ rollout: number, ...view, ...(wanted && { state: wanted }) }),
-            function ({ total, members }) {
-                if (members.length === 0) {
-                    show(byId("members"), make("p", { class: "empty" }, gettext("None.")));
-                } else {
-                    Fleet.showTable(byId("members"), gettext("Devices"), memberColumns, members.map((member) => memberRow(shown.canaries, member)));
-                }
-                Fleet.showPager(byId("member_pages"), view, total);
-            },
-            () => {},
-        );
-        Fleet.onTurn(byId("member_pages"), function (offset) {
-            view.offset = offset;
-            ask();
+        const ask = Fleet.pagedTable(byId("members"), byId("member_pages"), {
+            method: "members",
+            asked: () => shown && { rollout: number, ...(wanted && { state: wanted }) },
+            caption: gettext("Devices"),
+            columns: memberColumns,
+            rowOf: (member) => memberRow(shown.canaries, member),
+            empty: () => gettext("None."),
         });
         byId("member_states").addEventListener("click", function ({ target }) {
             const button = target.closest("[data-state]");
             if (button) {
                 wanted = button.dataset.state;
-                view.offset = 0;
                 showStates();
                 ask();
             }
         });
 
-        
         function showStates(rollout = shown) {
             shown = rollout;
             const { counts = {}, members } = rollout;
