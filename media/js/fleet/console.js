@@ -6,6 +6,8 @@
     const answerTime = 20000;
     const pollInterval = 2000;
 
+    const byId = (id) => document.getElementById(id);
+
     const root = () => document.body.dataset.root;
 
     /** The address of a page of the console. */
@@ -44,7 +46,7 @@
     let silentSince = null;
 
     function alertOf(id, text) {
-        const box = document.getElementById(id);
+        const box = byId(id);
         box.hidden = !text;
         if (box.textContent !== text) {
             box.textContent = text;
@@ -128,16 +130,16 @@
                 ? ""
                 : gettext("Not connected to the broker: {1}. What is shown may be old; changes are sent when it is back.", broker),
         );
-        const state = document.getElementById("fleet_state");
+        const state = byId("fleet_state");
         state.textContent = gettext("{1} of {2} online", GroupDigits(online), GroupDigits(devices));
-        const running = document.getElementById("running_rollouts");
+        const running = byId("running_rollouts");
         running.textContent = rollouts > 0 ? ngettext("{1} running", "{1} running", rollouts) : "";
     }
 
     /** Runs what fills the page that has an element of this id. */
     function onPage(id, fill) {
         document.addEventListener("DOMContentLoaded", function () {
-            const element = document.getElementById(id);
+            const element = byId(id);
             if (element) {
                 fill(element);
             }
@@ -151,10 +153,10 @@
             }
         }
         for (const id of ["problem", "broker_alert"]) {
-            document.getElementById(id).setAttribute("role", "alert");
+            byId(id).setAttribute("role", "alert");
         }
         poll("status", () => ({}), showStatus);
     });
 
-    window.Fleet = { address, call, poll, onPage };
+    window.Fleet = { byId, address, call, poll, onPage };
 })();

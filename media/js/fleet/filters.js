@@ -2,7 +2,7 @@
 (function () {
     "use strict";
 
-    const { make, show } = Fleet;
+    const { byId, make, show } = Fleet;
 
     /** How long somebody may pause while typing, in milliseconds. */
     const typingPause = 300;
@@ -32,16 +32,16 @@
 
         function showParts() {
             const kind = elements.differs.value;
-            document.getElementById("differs_device").hidden = kind !== "device";
-            document.getElementById("differs_setting").hidden = kind !== "setting";
-            document.getElementById("differs_value").hidden = kind !== "setting" || !elements.differs_key.value;
+            byId("differs_device").hidden = kind !== "device";
+            byId("differs_setting").hidden = kind !== "setting";
+            byId("differs_value").hidden = kind !== "setting" || !elements.differs_key.value;
         }
 
         /** The input of the value is that of the setting. */
         function showValueInput(value = "") {
             const key = elements.differs_key.value;
             const input = Fleet.inputFor(key, value, { id: "filter_differs_value", name: "differs_value", required: null });
-            document.getElementById("differs_value").replaceChildren(make("label", { for: input.id }, gettext("Value")), input);
+            byId("differs_value").replaceChildren(make("label", { for: input.id }, gettext("Value")), input);
         }
 
         function differs() {

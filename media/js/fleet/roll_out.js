@@ -2,9 +2,7 @@
 (function () {
     "use strict";
 
-    const { make, show, labelOf } = Fleet;
-
-    const byId = (id) => document.getElementById(id);
+    const { byId, make, show, labelOf } = Fleet;
 
     /** Settings that are to be changed, in the order in which they were chosen: rows with an input each. */
     function patchOf(box, onChange) {
@@ -77,105 +75,111 @@
             .join(" ");
     }
 
-    Fleet.onPage("roll_out", async function (form) {
-        await Fleet.catalogue();
-        const given = new URLSearchParams(location.search);
-        let ids = (given.get("ids") ?? "").split(",").filter(Boolean);
-        let devices = 0;
-        let entered = false;
+    let ids = (new URLSearchParams(location.search).get("ids") ?? "").split(",").filter(Boolean);
+    let devices = 0; // that are meant
+    let entered = false; // something that would be lost
+    let filters = null;
+    let patch = null;
 
-        const filters = Fleet.filters(byId("filters"), () => ask());
-        const patch = patchOf(byId("patch"), function () {
-            entered = true;
+    const select = () => (ids.length ? { ids } : filters.select());
+
+    const form = () => byId("roll_out");
+    const numbers = () => Object.fromEntries(["canaries", "wave", "limit", "patience", "settle"].map((name) => [name, Number(form().elements[name].value)]));
+
+    // --- Which devices ----------------------------------------------------------------------------
+
+    function showChosen() {
+        byId("chosen_devices").hidden = ids.length === 0;
+        byId("filters").hidden = ids.length > 0;
+        byId("chosen_text").textContent = ngettext("{1} device was chosen:", "{1} devices were chosen:", ids.length);
+        show(byId("chosen_ids"), ids.map((id) => make("li", { class: "chip" }, id)));
+    }
+
+    function deviceText(answer) {
+        if (ids.length) {
+            const lost = ids.length - devices;
+            return lost > 0 ? ngettext("{1} of them is not known.", "{1} of them are not known.", lost) : "";
+        }
+        const isAll = filters.isEmpty() && devices > 0;
+        return isAll ? gettext("{1}: these are all that there are.", Fleet.countText(answer)) : Fleet.countText(answer);
+    }
+
+    function showDevices(answer) {
+        devices = answer.matching;
+        filters.offer(answer);
+        Fleet.tell(byId("device_counts"), deviceText(answer));
+        byId("device_counts").classList.toggle("attention", ids.length === 0 && filters.isEmpty());
+        showPlan();
+    }
+
+    // --- How --------------------------------------------------------------------------------------
+
+    function showPlan() {
+        byId("plan").textContent = devices > 0 ? planText(devices, numbers()) : gettext("No device is chosen.");
+        byId("roll_out_go").disabled = devices === 0 || patch.keys.length === 0;
+        byId("roll_out_go").textContent = devices > 0 ? ngettext("Roll out to {1} device", "Roll out to {1} devices", devices) : gettext("Roll out");
+    }
+
+    async function start() {
+        const { title, why, restart } = form().elements;
+        byId("roll_out_go").disabled = true;
+        try {
+            const { rollout } = await Fleet.call("roll_out", {
+                title: title.value.trim(),
+                why: why.value.trim(),
+                restart: restart.checked,
+                patch: patch.patch(),
+                select: select(),
+                ...numbers(),
+            });
+            entered = false;
+            location.href = Fleet.address("rollout", rollout);
+        } catch (error) {
+            show(byId("roll_out_failure"), Fleet.reasons(error.message, error.refused));
             showPlan();
-        });
+        }
+    }
+
+    function askFirst(event) {
+        event.preventDefault();
+        show(byId("roll_out_failure"));
+        const settings = Object.entries(patch.patch()).map(([key, value]) => gettext("{1}: {2}", labelOf(key), Fleet.textOf(key, value)));
+        AskFirst(
+            ngettext("Roll out to {1} device?", "Roll out to {1} devices?", devices),
+            gettext("{1}. {2}", settings.join(", "), planText(devices, numbers())),
+            gettext("Roll out"),
+            start,
+        );
+    }
+
+    // ----------------------------------------------------------------------------------------------
+
+    function onEntry() {
+        entered = true;
+        showPlan();
+    }
+
+    Fleet.onPage("roll_out", async function () {
+        await Fleet.catalogue();
+        patch = patchOf(byId("patch"), onEntry);
+        filters = Fleet.filters(byId("filters"), () => ask());
+        showChosen();
+        const ask = Fleet.poll("devices", () => ({ ...select(), limit: 1 }), showDevices);
+
         Fleet.picker(byId("add_setting"), "add_setting", patch.add);
         byId("add_setting").addEventListener("submit", (event) => event.preventDefault());
-
-        const select = () => (ids.length ? { ids } : filters.select());
-
-        // --- Which devices ------------------------------------------------------------------------
-
-        function showChosen() {
-            byId("chosen_devices").hidden = ids.length === 0;
-            byId("filters").hidden = ids.length > 0;
-            byId("chosen_text").textContent = ngettext("{1} device was chosen:", "{1} devices were chosen:", ids.length);
-            show(byId("chosen_ids"), ids.map((id) => make("li", { class: "chip" }, id)));
-        }
-
         byId("choose_by_filters").addEventListener("click", function () {
             ids = [];
             showChosen();
             ask();
             byId("filter_search").focus();
         });
-
-        function showDevices(answer) {
-            devices = answer.matching;
-            filters.offer(answer);
-            const lost = ids.length - devices;
-            const text = [
-                ids.length ? "" : Fleet.countText(answer) + (filters.isEmpty() && answer.total > 0 ? " " + gettext("These are all that there are.") : ""),
-                ids.length && lost > 0 ? ngettext("{1} of them is not known.", "{1} of them are not known.", lost) : "",
-            ];
-            Fleet.tell(byId("device_counts"), text.join(""));
-            byId("device_counts").classList.toggle("attention", ids.length === 0 && filters.isEmpty());
-            showPlan();
-        }
-
-        // --- How ----------------------------------------------------------------------------------
-
-        const numbers = () => Object.fromEntries(["canaries", "wave", "limit", "patience", "settle"].map((name) => [name, Number(form.elements[name].value)]));
-
-        function showPlan() {
-            const ready = devices > 0 && patch.keys.length > 0;
-            byId("plan").textContent = devices > 0 ? planText(devices, numbers()) : gettext("No device is chosen.");
-            byId("roll_out_go").disabled = !ready;
-            byId("roll_out_go").textContent = devices > 0 ? ngettext("Roll out to {1} device", "Roll out to {1} devices", devices) : gettext("Roll out");
-        }
-
-        async function start() {
-            const { title, why, restart } = form.elements;
-            byId("roll_out_go").disabled = true;
-            try {
-                const { rollout } = await Fleet.call("roll_out", {
-                    title: title.value.trim(),
-                    why: why.value.trim(),
-                    restart: restart.checked,
-                    patch: patch.patch(),
-                    select: select(),
-                    ...numbers(),
-                });
-                entered = false;
-                location.href = Fleet.address("rollout", rollout);
-            } catch (error) {
-                show(byId("roll_out_failure"), Fleet.reasons(error.message, error.refused));
-                showPlan();
-            }
-        }
-
-        form.addEventListener("input", function () {
-            entered = true;
-            showPlan();
-        });
-        form.addEventListener("submit", function (event) {
-            event.preventDefault();
-            show(byId("roll_out_failure"));
-            const settings = Object.entries(patch.patch()).map(([key, value]) => gettext("{1}: {2}", labelOf(key), Fleet.textOf(key, value)));
-            AskFirst(
-                ngettext("Roll out to {1} device?", "Roll out to {1} devices?", devices),
-                gettext("{1}. {2}", settings.join(", "), planText(devices, numbers())),
-                gettext("Roll out"),
-                start,
-            );
-        });
+        form().addEventListener("input", onEntry);
+        form().addEventListener("submit", askFirst);
         window.addEventListener("beforeunload", function (event) {
             if (entered) {
                 event.preventDefault();
             }
         });
-
-        showChosen();
-        const ask = Fleet.poll("devices", () => ({ ...select(), limit: 1 }), showDevices);
     });
 })();

@@ -2,9 +2,8 @@
 (function () {
     "use strict";
 
-    const { make, show, row, reasons } = Fleet;
+    const { byId, make, show, row, reasons } = Fleet;
 
-    const byId = (id) => document.getElementById(id);
     // --- All ---------------------------------------------------------------------------------------
 
     const columns = [
