@@ -6,6 +6,8 @@
 #include <cppcms/url_dispatcher.h>
 #include <cppcms/url_mapper.h>
 
+#include <utility>
+
 #include "WebApps/webconfig/apps/BuildStamp.h"
 #include "WebApps/webconfig/security/Headers.h"
 
@@ -38,10 +40,10 @@ void Pages::main(std::string url) {
     cppcms::application::main(url);
 }
 
-void Pages::_Show(std::string const &view, std::string const &title, std::string const &subject) {
+void Pages::_Show(std::string const &view, std::string title, std::string subject) {
     Page page;
-    page.title = title;
-    page.subject = subject;
+    page.title = std::move(title);
+    page.subject = std::move(subject);
     page.root = mapper().root();
     page.media_root = '/' + settings().get("fleet.media_root", "media");
     page.revision = webconfig::apps::buildStamp;
@@ -54,7 +56,8 @@ void Pages::_Devices() {
 }
 
 void Pages::_Device(std::string id) {
-    _Show("Device", id, id);
+    std::string title = id;
+    _Show("Device", std::move(title), std::move(id));
 }
 
 void Pages::_RollOut() {
@@ -66,7 +69,8 @@ void Pages::_Rollouts() {
 }
 
 void Pages::_Rollout(std::string number) {
-    _Show("Rollout", "Rollout " + number, number);
+    std::string title = "Rollout " + number;
+    _Show("Rollout", std::move(title), std::move(number));
 }
 
 }  // namespace fleet::console

@@ -16,7 +16,7 @@ class Pages : public cppcms::application {
     void main(std::string url) override;
 
   private:
-    void _Show(std::string const &view, std::string const &title, std::string const &subject = {});
+    void _Show(std::string const &view, std::string title, std::string subject = {});
 
     void _Devices();
     void _Device(std::string id);
