@@ -84,7 +84,7 @@
     }
 
     /** Shows the question, and calls `proceed` when it is answered with yes. */
-    function ask(title, text, go, proceed) {
+    function AskFirst(title, text, go, proceed) {
         const dialog = element("dialog", "", { className: "question" });
         const answer = (yes) => () => {
             dialog.close();
@@ -118,7 +118,7 @@
             }
             event.preventDefault();
             event.stopImmediatePropagation();
-            ask(question.title, question.text(form, button), question.go(form, button), function () {
+            AskFirst(question.title, question.text(form, button), question.go(form, button), function () {
                 confirmed.add(form);
                 form.requestSubmit(button);
             });
@@ -131,4 +131,6 @@
             document.querySelectorAll(button).forEach((found) => found.classList.add("danger"));
         }
     });
+
+    window.AskFirst = AskFirst;
 })();

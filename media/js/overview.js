@@ -1,5 +1,5 @@
 // The overview of the General page: what the device does now, and plots of what it did in the last 24 hours. Comes
-// behind the library of the plots, when the overview is looked at first.
+// behind the plots, when the overview is looked at first.
 (function () {
     "use strict";
 
@@ -13,40 +13,19 @@
     /** By how many seconds two clocks differ that are shown beside each other. An answer takes its time. */
     const clocksDiffer = 5;
 
-    const plotHeight = 150;
-    /** The shortest span of time that a plot shows, in seconds. */
-    const shortest = 30 * 60;
-
     // --- Figures ----------------------------------------------------------------------------------
 
-    const inUnit = (unit, options) => {
-        const format = new Intl.NumberFormat(language, { style: "unit", unit, maximumFractionDigits: 1, ...options });
-        return (value) => format.format(value);
-    };
-    const days = inUnit("day", { unitDisplay: "long" });
-    const hours = inUnit("hour");
-    const minutes = inUnit("minute");
-    const megabytes = inUnit("megabyte", { maximumFractionDigits: 0 });
-    const number = new Intl.NumberFormat(language, { maximumFractionDigits: 2 });
-    const percent = new Intl.NumberFormat(language, { style: "percent", maximumFractionDigits: 1 });
-    const dBm = (value) => gettext("{1} dBm", number.format(value));
-    const rates = ["byte", "kilobyte", "megabyte", "gigabyte"].map((unit) => inUnit(unit + "-per-second", { unitDisplay: "narrow" }));
+    const megabytes = InUnit("megabyte", { maximumFractionDigits: 0 });
+    const { number, percent, celsius, dBm } = Figures;
+    const rates = ["byte", "kilobyte", "megabyte", "gigabyte"].map((unit) => InUnit(unit + "-per-second", { unitDisplay: "narrow" }));
 
     function rate(bytes) {
         const power = bytes < 1000 ? 0 : Math.min(Math.floor(Math.log10(bytes) / 3), rates.length - 1);
         return rates[power](bytes / 1000 ** power);
     }
 
-    function duration(seconds) {
-        const parts = [Math.floor(seconds / day), Math.floor(seconds / 3600) % 24, Math.floor(seconds / 60) % 60];
-        const texts = [days, hours, minutes].map((text, index) => text(parts[index]));
-        const first = parts.findIndex((part) => part > 0);
-        return first < 0 ? texts[2] : texts.slice(first, first + 2).join(" ");
-    }
-
     const clock = new Intl.DateTimeFormat(language, { dateStyle: "medium", timeStyle: "medium" });
-    const minute = new Intl.DateTimeFormat(language, { hour: "2-digit", minute: "2-digit" });
-    const atTime = (format, seconds) => format.format(new Date(seconds * 1000));
+    const atTime = (seconds) => clock.format(new Date(seconds * 1000));
 
     // --- Samples ----------------------------------------------------------------------------------
 
@@ -113,7 +92,7 @@
         if (Math.abs(time - here) < clocksDiffer) {
             return [];
         }
-        const shown = gettext("{1} (this browser: {2})", atTime(clock, time), atTime(clock, here));
+        const shown = gettext("{1} (this browser: {2})", atTime(time), atTime(here));
         return [[gettext("Device time"), shown, "wide"]];
     }
 
@@ -125,7 +104,7 @@
             return gettext("Unknown");
         }
         const state = connected ? gettext("Connected") : status || gettext("Not connected");
-        return gettext("{1} for {2}", state, duration(seconds));
+        return gettext("{1} for {2}", state, Duration(seconds));
     }
 
     function signalState({ signal }) {
@@ -138,15 +117,15 @@
         const processors = ngettext("{1} processor", "{1} processors", now.processors);
         return [
             ...clocks(time),
-            [gettext("Uptime"), duration(uptime)],
-            [gettext("System load"), known(now.load, () => gettext("{1} ({2})", number.format(now.load), processors))],
+            [gettext("Uptime"), Duration(uptime)],
+            [gettext("System load"), known(now.load, () => gettext("{1} ({2})", number(now.load), processors))],
             [
                 gettext("Memory"),
                 known(now.memory_used, () =>
-                    gettext("{1} of {2}", percent.format(now.memory_used / now.memory_total), megabytes(now.memory_total / 1024)),
+                    gettext("{1} of {2}", percent(now.memory_used / now.memory_total), megabytes(now.memory_total / 1024)),
                 ),
             ],
-            [gettext("Temperature"), known(now.temperature, () => inUnit("celsius")(now.temperature))],
+            [gettext("Temperature"), known(now.temperature, () => celsius(now.temperature))],
             [gettext("Uplink"), now.uplink ? gettext("{1} ({2})", now.uplink, now.address || "–") : gettext("None")],
             ...(now.modem ? [[gettext("Signal"), signalState(now)]] : []),
             [gettext("VPN"), vpnState(now.vpn)],
@@ -166,104 +145,23 @@
 
     const plots = new Map();
 
-    /** A scale that holds two figures in any case. */
-    const holding = (lowest, highest) => (from, to) => [Math.min(from, lowest), Math.max(to, highest)];
-
     /** What is plotted: name, title, the columns with their names, how figures are written, and the scale. */
     function wantedPlots() {
-        const celsius = inUnit("celsius");
-        const wanted = [
-            ["temperature", gettext("Temperature"), { temperature: "" }, celsius, (from, to) => [from - 2, to + 2]],
-            ["load", gettext("System load"), { load: "" }, (value) => number.format(value), holding(0, 1)],
-            ["memory", gettext("Memory in use"), { memory: "" }, (value) => percent.format(value), holding(0, 1)],
-            ["signal", gettext("Signal"), { signal: "" }, dBm, holding(-113, -51)],
-        ];
+        const wanted = HealthPlots.map(([name, title, ...plot]) => [name, title, { [name]: "" }, ...plot]);
         const interfaces = Object.keys(samples.at(-1) ?? {}).filter((name) => name.startsWith("received "));
         for (const name of interfaces.map((received) => received.slice("received ".length))) {
             const columns = { [`received ${name}`]: gettext("Received"), [`sent ${name}`]: gettext("Sent") };
-            wanted.push([name, gettext("Traffic of {1}", name), columns, rate, holding(0, 1000)]);
+            wanted.push([name, gettext("Traffic of {1}", name), columns, rate, HoldingScale(0, 1000)]);
         }
         return wanted.filter(([, , columns]) => samples.some((sample) => Object.keys(columns).some((name) => (sample[name] ?? null) !== null)));
     }
 
-    /** The last, the lowest and the highest of the figures, as a text. */
-    function summary(figures, format) {
-        const known = figures.filter((figure) => figure !== null);
-        if (known.length === 0) {
-            return gettext("Unknown");
-        }
-        const lowest = known.reduce((a, b) => Math.min(a, b));
-        const highest = known.reduce((a, b) => Math.max(a, b));
-        return gettext("now {1}, lowest {2}, highest {3}", ...[known.at(-1), lowest, highest].map(format));
-    }
-
-    const colour = (name) => () => getComputedStyle(document.querySelector(box)).getPropertyValue(name).trim();
-    const lines = [
-        { stroke: colour("--plot-1"), width: 1.5 },
-        { stroke: colour("--plot-2"), width: 1.5, dash: [6, 3] },
-    ];
-
-    /** A point alone would be no line. */
-    const isSparse = (plot) => plot.data[0].length < 60;
-
-    function optionsOf(names, format, scale, width, onCursor) {
-        const axis = { stroke: colour("--plot-text"), grid: { stroke: colour("--plot-line"), width: 1 }, ticks: { show: false } };
-        return {
-            width,
-            height: plotHeight,
-            legend: { show: false },
-            cursor: { sync: { key: "overview" }, drag: { x: false, y: false }, y: false, points: { size: 7 } },
-            scales: {
-                x: { range: (plot, from, to) => [Math.min(from, to - shortest), to] },
-                y: { range: (plot, from, to) => uPlot.rangeNum(...scale(from, to), 0.05, true) },
-            },
-            axes: [
-                { ...axis, space: 80, size: 30, values: (plot, times) => times.map((time) => atTime(minute, time)) },
-                { ...axis, size: 66, gap: 4, values: (plot, figures) => figures.map((figure) => (figure === null ? "" : format(figure))) },
-            ],
-            series: [{}, ...names.map((name, index) => ({ ...lines[index], spanGaps: false, points: { size: 4, show: isSparse } }))],
-            hooks: { setCursor: [onCursor] },
-        };
-    }
-
-    /** One plot with its title, and what it says in words: of all of it or, where somebody points, of that moment. */
-    function makePlot($figures, index, answer, title, columns, format, scale) {
-        const names = Object.keys(columns);
-        const $texts = Object.values(columns).map(() => $("<span>"));
-        const $plot = $("<div class='plot' role='img'>");
-        const $figure = $("<figure>").append($("<figcaption>").append($("<b>").text(title), ...$texts), $plot);
-        $figures[0].insertBefore($figure[0], $figures[0].children[index] ?? null);
-        let data = dataOf(answer, names);
-
-        function describe(moment) {
-            return Object.values(columns).map(function (name, column) {
-                const figures = data[column + 1];
-                const figure = figures[moment] ?? null;
-                const text = figure === null ? summary(figures, format) : gettext("{1} at {2}", format(figure), atTime(minute, data[0][moment]));
-                return name ? gettext("{1}: {2}", name, text) : text;
-            });
-        }
-
-        function tell(moment) {
-            describe(moment).forEach((text, column) => $texts[column].text(text));
-        }
-
-        const options = optionsOf(names, format, scale, $plot.width(), ({ cursor }) => tell(cursor.idx));
-        const plot = new uPlot(options, data, $plot[0]);
-        new ResizeObserver(() => $plot.width() && plot.setSize({ width: $plot.width(), height: plotHeight })).observe($plot[0]);
-        window.matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => plot.redraw());
-        return function update(latest) {
-            data = dataOf(latest, names);
-            plot.setData(data);
-            tell(plot.cursor.idx);
-            $plot.attr("aria-label", [title, ...describe(null)].join("; "));
-        };
-    }
-
     function showPlots($figures, answer) {
-        wantedPlots().forEach(function ([name, ...plot], index) {
+        wantedPlots().forEach(function ([name, title, columns, format, scale], index) {
+            const data = (latest) => dataOf(latest, Object.keys(columns));
             if (!plots.has(name)) {
-                plots.set(name, makePlot($figures, index, answer, ...plot));
+                const update = MakePlot($figures[0], index, title, Object.values(columns), format, scale, data(answer));
+                plots.set(name, (latest) => update(data(latest)));
             }
         });
         plots.forEach((update) => update(answer));

@@ -3,7 +3,7 @@ import js from "@eslint/js";
 
 const names = (text) => Object.fromEntries(text.trim().split(/\s+/).map((name) => [name, "readonly"]));
 
-const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame ResizeObserver setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest FormData DOMParser");
+const browser = names("$ console document location getComputedStyle getSelection innerWidth Event Node fetch setTimeout requestAnimationFrame ResizeObserver setInterval clearInterval clearTimeout window sessionStorage XMLHttpRequest AbortSignal CSS FormData DOMParser URLSearchParams");
 const node = names("Buffer URL process setTimeout");
 
 /** What the scripts of the site offer to each other, to templates and to plug-ins. */
@@ -12,8 +12,9 @@ const site = names(`
     ClearFormResultMsg FadeFormResultMsg ShowFormResultMsg ShowStaticFormResultMsg
     ShowCountFormResultMsg
     CallStatus PollStatus PollBriefStatus ShowIn ShownStatus StatusSection StatusTable ShowReport
-    GroupDigits SignalBars PollOverview uPlot
+    GroupDigits SignalBars InUnit Figures Duration PollOverview HealthPlots HoldingScale MakePlot uPlot
     ParseToolStatus ShowProgress ShowStage ShowAmount ShowNote Announce PostForm RememberFocus ShowWaiting
+    AskFirst Fleet
 `);
 
 export default [
