@@ -14,6 +14,9 @@ import struct
 # The line on the console that says that all services serve.
 READY = "ready"
 
+# The variable that tells whose devices they are, where a launcher has taken another user id.
+OWNER = "WEBCONFIG_DEVICE_OWNER"
+
 # What programs of the device see; nothing of the host's environment leaks in.
 ENVIRONMENT = {
     "PATH": "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin",
@@ -33,7 +36,7 @@ def device_name(text):
 
 def address(name):
     """The abstract address of the device `name` of this user."""
-    return f"\0webconfig-device/{os.getuid()}/{name}"
+    return f"\0webconfig-device/{os.environ.get(OWNER, os.getuid())}/{name}"
 
 
 def claim(name):

@@ -44,6 +44,11 @@ void Guard::_LookAt(Trial trial) {
     std::int64_t const now = history::SecondsSinceBoot();
     switch (trial.state) {
         case TrialState::Returned:
+            // Behind the writing, so that it is done also by the guard that comes after a crash.
+            if (trial.restart && trial.boots > 0 && trial.boot == history::CurrentBoot() && !_restarts) {
+                _restarts = true;
+                util::ForkReboot();
+            }
             return;
         case TrialState::Returning:
             _TakeBack(trial);
@@ -107,8 +112,6 @@ void Guard::_TakeBack(Trial trial) {
     }
     trial.state = TrialState::Returned;
     _file.Write(trial);
-    if (trial.restart && trial.boots > 0)
-        util::ForkReboot();
 }
 
 }  // namespace guard

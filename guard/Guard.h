@@ -25,6 +25,7 @@ class Guard {
     webconfig::history::TrialFile const _file;
     int const _seconds;
     std::int64_t _savingSince = 0;
+    bool _restarts = false;  // the device, for old settings to take effect
 };
 
 }  // namespace guard

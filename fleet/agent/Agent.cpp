@@ -27,6 +27,9 @@ constexpr auto complaintInterval = 60s;
 constexpr std::int64_t longestSettling = 10;
 constexpr std::int64_t settlingPart = 4;
 
+/// The device is gone long before it is asked again.
+constexpr auto restartInterval = 30s;
+
 /// An uptime behind all samples, of which the newest readings are enough.
 constexpr std::int64_t noSamples = std::int64_t{1} << 50;
 
@@ -156,6 +159,7 @@ void Agent::Work(Time now) {
     try {
         if (_reached)
             _Tell();
+        _Restart(now);
         _GoOn(now);
         if (_reached) {
             _Report(now);
@@ -171,9 +175,22 @@ void Agent::Work(Time now) {
     }
 }
 
+void Agent::_Restart(Time now) {
+    auto entry = _journal.ToRestart();
+    if (!entry || !entry->told || now < _nextRestart)
+        return;
+    if (_service.Call("device_restart", {entry->boot}).boolean()) {
+        WEBCONFIG_LOG(notice, logTag) << "The device restarts, for change " << entry->id;
+        _nextRestart = now + restartInterval;
+        return;
+    }
+    entry->boot.clear();
+    _journal.Update(*entry);
+}
+
 void Agent::_GoOn(Time now) {
     bool const settles = now >= _nextSettle;
-    bool busy = false;
+    bool busy = now < _nextRestart;
     for (Entry &entry : _journal.Open()) {
         if (entry.step == Step::OnTrial) {
             if (settles && _Settle(entry))
@@ -244,7 +261,7 @@ void Agent::_Apply(Entry &entry) {
     found["changed"] = KeysOf(last);
     found["restart"] = _service.Call("device_describe", {})["restart"];
     found["trial"] = trial;
-    _Went(entry, found);
+    _Went(entry, change, found);
 }
 
 void Agent::_Ask(Entry &entry, Change const &change) {
@@ -261,7 +278,7 @@ void Agent::_Ask(Entry &entry, Change const &change) {
     }
     _busy.clear();
     try {
-        _Went(entry, _service.Call("settings_set", {json::value(change.patch)}, UserOf(change.who)));
+        _Went(entry, change, _service.Call("settings_set", {json::value(change.patch)}, UserOf(change.who)));
     } catch (Denied const &denied) {
         if (denied.Code().empty() || denied.Code() == "busy") {
             _busy = entry.id;
@@ -276,8 +293,10 @@ void Agent::_Ask(Entry &entry, Change const &change) {
     }
 }
 
-void Agent::_Went(Entry &entry, json::value made) {
+void Agent::_Went(Entry &entry, Change const &change, json::value made) {
     json::value const trial = made["trial"];
+    if (change.restart && made.get("restart", false))
+        entry.boot = _service.Call("device_describe", {}).get("boot", "");
     made.object().erase("trial");
     entry.set = made["set"].is_null() ? 0 : made.get<std::int64_t>("set");
     std::string const state = trial.get("state", "");
@@ -311,13 +330,15 @@ bool Agent::_Settle(Entry &entry) {
     std::istringstream before(entry.result);
     result.load(before, true);
     bool const returned = isOurs || IsTakenBack(result["changed"].array(), _Sets(entry.set));
+    if (returned)
+        entry.boot.clear();
     result.object().erase("seconds");
     _End(entry, returned ? states::returned : states::kept, result);
     return false;
 }
 
 void Agent::_Keep(Entry &entry, std::int64_t trial) {
-    if (!_IsOurs(trial))
+    if (_journal.ToRestart() || !_IsOurs(trial))
         return;
     if (_service.Call("trial_keep", {}).boolean()) {
         WEBCONFIG_LOG(notice, logTag)
@@ -381,6 +402,7 @@ bool Agent::_IsOurs(std::int64_t trial) {
 
 json::value Agent::_Reported() {
     json::value reported = _service.Call("device_describe", {});
+    reported.object().erase("boot");
     reported["settings"] = _service.Call("settings_get", {json::value(json::array())});
     reported["revision"] = RevisionOf(reported["settings"]);
     reported["trial"] = _Trial()["state"];

@@ -68,6 +68,9 @@ class Broker {
 ///    history says whether the guard has taken the set back.
 /// 4. The result stays to be told until the broker has acknowledged it. Ended in between, it is told twice,
 ///    with the same words.
+/// 5. A restart that the change asks for is written down with its result, by the start of the device that it
+///    is to end. Once the result is told, the service is asked for it, which restarts the device only in that
+///    start: so it is restarted once, whoever has done it. Nothing is kept before.
 class Agent {
   public:
     using Clock = std::function<std::time_t()>;
@@ -95,13 +98,14 @@ class Agent {
     using Set = cppcms::json::value;
 
     void _GoOn(Time now);
+    void _Restart(Time now);
     void _Begin(Entry &entry);
     void _Apply(Entry &entry);
     void _Ask(Entry &entry, Change const &change);
     /// True where it will take a while.
     bool _Settle(Entry &entry);
     void _Keep(Entry &entry, std::int64_t trial);
-    void _Went(Entry &entry, cppcms::json::value made);
+    void _Went(Entry &entry, Change const &change, cppcms::json::value made);
     void _End(Entry &entry, char const *state, cppcms::json::value result);
     void _Refuse(Entry &entry, std::string const &code, std::string const &message);
 
@@ -137,6 +141,7 @@ class Agent {
     Time _nextSettle{};
     Time _nextReport{};
     Time _nextHealth{};
+    Time _nextRestart{};
     Time _nextComplaint{};
     std::string _busy;     // the change that the service had no time for
     std::string _problem;  // why the service cannot be asked; empty while it can

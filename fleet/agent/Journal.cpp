@@ -12,22 +12,24 @@ using sqlite::Statement;
 using sqlite::Transaction;
 
 constexpr std::chrono::seconds busyTimeout{2};
-constexpr int schemaVersion = 1;
+constexpr int schemaVersion = 2;
 
 /// So many are known when they come again.
 constexpr std::int64_t mostKept = 300;
 
-#define COLUMNS "number, id, step, message, before, made, tries, result, told"
+#define COLUMNS "number, id, step, message, before, made, tries, result, told, boot"
 
 void Prepare(Connection const &connection) {
     sqlite::MakeTables(connection, schemaVersion,
-                       "CREATE TABLE change("
+                       "CREATE TABLE IF NOT EXISTS change("  // as version 1 has it
                        "  number INTEGER PRIMARY KEY AUTOINCREMENT,"
                        "  id TEXT NOT NULL UNIQUE, step INTEGER NOT NULL, message TEXT NOT NULL,"
                        "  before INTEGER NOT NULL, made INTEGER NOT NULL, tries INTEGER NOT NULL,"
                        "  result TEXT NOT NULL, told INTEGER NOT NULL);"
-                       "CREATE INDEX open_change ON change(number) WHERE step < 3;"
-                       "CREATE INDEX untold_change ON change(number) WHERE told = 0;");
+                       "CREATE INDEX IF NOT EXISTS open_change ON change(number) WHERE step < 3;"
+                       "CREATE INDEX IF NOT EXISTS untold_change ON change(number) WHERE told = 0;"
+                       "ALTER TABLE change ADD COLUMN boot TEXT NOT NULL DEFAULT '';"
+                       "CREATE INDEX to_restart ON change(number) WHERE boot <> '';");
 }
 
 Entry EntryIn(Query const &query) {
@@ -40,7 +42,8 @@ Entry EntryIn(Query const &query) {
             .set = query.Number(5),
             .tries = static_cast<int>(query.Number(6)),
             .result = text(7),
-            .told = query.Number(8) != 0};
+            .told = query.Number(8) != 0,
+            .boot = text(9)};
 }
 
 /// Binds the columns from the step on.
@@ -51,7 +54,8 @@ void BindState(Query &query, int position, Entry const &entry) {
         .Bind(position + 3, entry.set)
         .Bind(position + 4, entry.tries)
         .Bind(position + 5, entry.result)
-        .Bind(position + 6, entry.told ? 1 : 0);
+        .Bind(position + 6, entry.told ? 1 : 0)
+        .Bind(position + 7, entry.boot);
 }
 
 }  // namespace
@@ -67,15 +71,18 @@ struct Journal::Database {
     Connection const connection;
     Statement const find{connection, "SELECT " COLUMNS " FROM change WHERE id = ?1"};
     Statement const add{connection,
-                        "INSERT INTO change(id, step, message, before, made, tries, result, told)"
-                        " VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"};
-    Statement const forget{connection, "DELETE FROM change WHERE number <= ?1 AND step = 3 AND told = 1"};
+                        "INSERT INTO change(id, step, message, before, made, tries, result, told, boot)"
+                        " VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)"};
+    Statement const forget{connection,
+                           "DELETE FROM change WHERE number <= ?1 AND step = 3 AND told = 1 AND boot = ''"};
     Statement const update{connection,
                            "UPDATE change SET step = ?2, message = ?3, before = ?4, made = ?5, tries = ?6,"
-                           " result = ?7, told = ?8 WHERE number = ?1"};
+                           " result = ?7, told = ?8, boot = ?9 WHERE number = ?1"};
     Statement const open{connection, "SELECT " COLUMNS " FROM change WHERE step < 3 ORDER BY number"};
     Statement const untold{connection,
                            "SELECT " COLUMNS " FROM change WHERE told = 0 ORDER BY number LIMIT 1"};
+    Statement const toRestart{connection,
+                              "SELECT " COLUMNS " FROM change WHERE boot <> '' ORDER BY number LIMIT 1"};
     Statement const mark{connection, "UPDATE change SET told = 1 WHERE number = ?1 AND result = ?2"};
     Statement const retell{connection, "UPDATE change SET told = 0 WHERE id = ?1 AND result <> ''"};
 };
@@ -117,6 +124,11 @@ std::vector<Entry> Journal::Open() const {
 
 std::optional<Entry> Journal::Untold() const {
     Query query(_database->untold);
+    return _database->First(query);
+}
+
+std::optional<Entry> Journal::ToRestart() const {
+    Query query(_database->toRestart);
     return _database->First(query);
 }
 

@@ -27,6 +27,7 @@ struct Entry {
     int tries = 0;            ///< how often the service was asked for it
     std::string result;       ///< a message; empty as long as there is nothing to tell
     bool told = true;         ///< whether the broker has the result
+    std::string boot;         ///< the start of the device that is to be followed by another one; or empty
 };
 
 /// The changes that have come, in one SQLite file for its owner only. What a call has written is on the disk
@@ -46,6 +47,8 @@ class Journal {
     std::vector<Entry> Open() const;
     /// The first whose result the broker does not have.
     std::optional<Entry> Untold() const;
+    /// The first that wants a restart.
+    std::optional<Entry> ToRestart() const;
     /// The broker has \a result of a change, which may have another one by now.
     void MarkTold(std::int64_t number, std::string const &result);
     /// The result is to be told again.

@@ -163,7 +163,7 @@ export async function withPage(path, { faulty = false, hurried = false, prepare,
     });
     try {
         const page = await context.newPage();
-        const problems = collectProblems(page);
+        const problems = collectProblems(page, new URL(path, site).host);
         if (hurried) {
             await page.addInitScript(hurry);
         }
@@ -199,7 +199,7 @@ export function waitForText(page, selector, pattern) {
 }
 
 /** Lists, as they happen, a page's script errors, refused and failed requests, requests to other hosts. */
-function collectProblems(page) {
+function collectProblems(page, host) {
     const problems = [];
     page.on("pageerror", (error) => problems.push(`script error: ${error.message}`));
     page.on("console", (message) => {
@@ -213,7 +213,7 @@ function collectProblems(page) {
         }
     });
     page.on("request", (request) => {
-        if (!request.url().startsWith("data:") && new URL(request.url()).host !== site.host) {
+        if (!request.url().startsWith("data:") && ![host, site.host].includes(new URL(request.url()).host)) {
             problems.push(`request to another host: ${request.url()}`);
         }
     });

@@ -3,6 +3,7 @@
 WEBCONFIG_BUILD names the build folder (build/dev).
 """
 
+import json
 import os
 import subprocess
 import sys
@@ -53,19 +54,13 @@ def eventually(condition, seconds=15):
     return True
 
 
-class Device:
-    """A device that device/boot runs in the foreground."""
+class Host:
+    """What device/enter leads into."""
 
-    def __init__(self, name, *options, prefix=()):
-        self.name = f"test{os.getpid()}-{name}"
+    def __init__(self, name, url, prefix=()):
+        self.name = name
+        self.url = url
         self.prefix = list(prefix)
-        self.launcher = subprocess.Popen(
-            [*self.prefix, PROJECT / "device/boot", "--name", self.name, "--port", "0", "--build", BUILD, *options],
-            cwd="/", stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-        self.url = self.launcher.stdout.readline().strip()
-        if not self.url:
-            raise AssertionError(self.launcher.communicate()[1])
-        self.init = common.init_pid(self.name)
 
     def enter(self, *command, **options):
         return subprocess.run([*self.prefix, PROJECT / "device/enter", "--name", self.name, *command], cwd="/",
@@ -83,6 +78,21 @@ class Device:
     def status(self, script):
         return self.enter("sh", "-c", script).returncode
 
+
+class Launched(Host):
+    """A host that a launcher runs in the foreground."""
+
+    def __init__(self, launcher, name, *options, prefix=()):
+        super().__init__(f"test{os.getpid()}-{name}", "", prefix)
+        self.launcher = subprocess.Popen(
+            [*self.prefix, PROJECT / "device" / launcher, "--name", self.name, "--port", "0", "--build", BUILD, *options],
+            cwd="/", stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.line = self.launcher.stdout.readline().strip()
+        if not self.line:
+            raise AssertionError(self.launcher.communicate()[1])
+        self.url = self.line.split()[0]
+        self.init = common.init_pid(self.name)
+
     def ended(self):
         """Waits for the end; returns the launcher's exit status and what it said."""
         said = self.launcher.communicate(timeout=20)[1]
@@ -91,3 +101,34 @@ class Device:
     def end(self):
         self.launcher.terminate()
         return self.ended()
+
+
+class Device(Launched):
+    def __init__(self, name, *options, prefix=()):
+        super().__init__("boot", name, *options, prefix=prefix)
+
+
+class Fleet(Launched):
+    """The host of the console. Its devices are hosts with a serial number, which is their id."""
+
+    def __init__(self, name, devices, *options, prefix=()):
+        super().__init__("fleet", name, str(devices), *options, prefix=prefix)
+        self.devices = [self.device(*self.launcher.stdout.readline().split()) for _ in range(devices)]
+
+    def device(self, url, name, serial, _):
+        device = Host(name, url, self.prefix)
+        device.serial = serial
+        return device
+
+    def call(self, method, **parameters):
+        """The result of a call of the console, whose log-in is one that urllib does not know."""
+        call = json.dumps({"id": 1, "method": method, "params": [parameters]})
+        asked = subprocess.run(
+            ["curl", "-sf", "--max-time", "10", "--noproxy", "*", "--digest", "-u", "admin:admin", self.url + "rpc",
+             "-H", "Content-Type: application/json", "-d", call], capture_output=True, text=True, check=False)
+        if asked.returncode != 0:
+            raise OSError(f"{method}: curl's status {asked.returncode}")
+        answer = json.loads(asked.stdout)
+        if answer["error"] is not None:
+            raise RuntimeError(answer["error"])
+        return answer["result"]

@@ -5,9 +5,10 @@ import signal
 import socket
 import subprocess
 import unittest
+import urllib.parse
 from pathlib import Path
 
-from support import BUILD, PROJECT, Device, common, eventually, get, request
+from support import BUILD, PROJECT, Device, Fleet, common, eventually, get, request
 
 AS_NOBODY = ["setpriv", "--reuid", "nobody", "--regid", "nogroup", "--clear-groups"]
 
@@ -80,6 +81,15 @@ class OrdinaryUser(RunningDevice):
             raise unittest.SkipTest("the checkout is closed to other users")
         super().setUpClass()
 
+    def test_the_broker_of_a_fleet_is_behind_the_gateway(self):
+        fleet = Fleet("fleet", 1, prefix=AS_NOBODY)
+        self.addCleanup(fleet.end)
+        device = fleet.devices[0]
+        ping = "ping -c 1 -W 1 10.96.0.1"
+        self.assertTrue(eventually(lambda: device.status(ping) == 0))
+        device.shell("ip route replace default via 192.168.0.253 dev br1 metric 100")
+        self.assertNotEqual(0, device.status(ping))
+
 
 class SpawnedBackend(unittest.TestCase):
     def test_web_server_starts_the_backend_and_brings_it_back(self):
@@ -113,11 +123,11 @@ class BuiltInServer(unittest.TestCase):
 class Ending(unittest.TestCase):
     """Every way a device can end leaves the host as it was."""
 
-    def check(self, end, status):
+    def check(self, end, status, start=lambda: Device("ending")):
         before = host_traces()
-        device = Device("ending")
+        device = start()
         pids = {device.launcher.pid, device.init}
-        port = int(device.url.rstrip("/").rsplit(":", 1)[1])
+        port = urllib.parse.urlsplit(device.url).port
         end(device)
         exit_status, text = device.ended()
         self.assertEqual(status, exit_status, text)
@@ -130,8 +140,9 @@ class Ending(unittest.TestCase):
 
     def test_signals_to_the_launcher(self):
         for number, status in ((signal.SIGINT, 0), (signal.SIGTERM, 0), (signal.SIGKILL, -signal.SIGKILL)):
-            with self.subTest(number.name):
-                self.check(lambda device, number=number: device.launcher.send_signal(number), status)
+            for start in (lambda: Device("ending"), lambda: Fleet("ending", 1)):
+                with self.subTest(number.name):
+                    self.check(lambda device, number=number: device.launcher.send_signal(number), status, start)
 
     def test_detached_device_outlives_its_starter_and_a_reboot(self):
         name = f"test{os.getpid()}-detached"

@@ -84,6 +84,26 @@ TEST_F(ApiTest, APatchIsOneSetWithItsCommandsAndIsMadeOnce) {
     EXPECT_NE(Call("history_list", "[3,1]").find(R"("number":2)"), std::string::npos);
 }
 
+TEST_F(ApiTest, TheDeviceIsRestartedOnceByWhoeverAsksTwice) {
+    device::RecordingProgram const reboot("/usr/sbin/reboot", device::tellStart);
+    device::ReplacedFile const audit("/var/log/audit", "");
+    std::string const boot = device::Shell("tr -d '\\n' </proc/sys/kernel/random/boot_id");
+    EXPECT_NE(Call("device_describe", "[]").find(boot), std::string::npos);
+    device::TakeCommands();
+    EXPECT_EQ(Call("device_restart", R"(["another"])"), R"("result":false})");
+    EXPECT_EQ(Call("device_restart", "[1]"), R"("error":"Invalid parameters"})");
+    {
+        device::HeldLock const upgrade("/tmp/fwtool_6v1Znb.lock");
+        EXPECT_NE(Call("device_restart", "[\"" + boot + "\"]").find(R"("code":"busy")"), std::string::npos);
+    }
+    EXPECT_EQ(device::TakeCommands(), Strings());
+    EXPECT_EQ(Call("device_restart", "[\"" + boot + "\"]"), R"("result":true})");
+    device::Start();
+    EXPECT_EQ(device::TakeCommands(), Strings{"/sbin/reboot -d 5"});
+    EXPECT_TRUE(device::WaitForText("/var/log/audit",
+                                    "audit event=reboot result=ok user=- address=127.0.0.1 page=machines"));
+}
+
 TEST_F(ApiTest, NothingIsStoredOfWhatIsWrong) {
     device::Settings const before = device::KeptStore::All();
     std::pair<char const *, char const *> const cases[] = {

@@ -154,6 +154,9 @@ TEST_F(TrialTest, WhatNeedsARestartIsOnTrialFromThereOn) {
     EXPECT_EQ(device::Shell("prm get net/lan_ipaddr"), "192.168.0.1\n");
     device::Start();
     EXPECT_EQ(device::TakeCommands(), Strings{"/sbin/reboot -d 5"});
+    StartGuard();
+    device::Start();
+    EXPECT_EQ(device::TakeCommands(), Strings{"/sbin/reboot -d 5"}) << "it might have ended before it asked";
     std::filesystem::remove("/tmp/webconfig_reboot_flag");
 }
 

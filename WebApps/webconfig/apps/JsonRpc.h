@@ -48,6 +48,7 @@ class JsonRpc : public cppcms::rpc::json_rpc_server {
 
     // For machines: docs/api.md.
     static cppcms::json::value DeviceDescribe();
+    static cppcms::json::value DeviceRestart(CallQueue::Call const &call);
     static cppcms::json::value SettingsDescribe();
     static cppcms::json::value SettingsGet(CallQueue::Call const &call);
     static cppcms::json::value SettingsDiff(CallQueue::Call const &call);

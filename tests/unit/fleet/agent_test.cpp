@@ -18,7 +18,7 @@ namespace json = cppcms::json;
 struct PowerCut {};
 
 /// A device's service, its history and its guard. What "reach" is set to is on trial, and so is, from the
-/// restart on, what "later" is set to.
+/// restart on, what "later" is set to; "dns" wants a restart, and is on no trial.
 class FakeService : public Service {
   public:
     json::value Call(std::string const &method, json::array const &parameters,
@@ -61,6 +61,14 @@ class FakeService : public Service {
         state = "returned";
     }
 
+    void Restart() {
+        ++boot;
+        ++restarts;
+        restarting = pending = false;
+        if (state == "waiting")
+            state = "running";
+    }
+
     int Made(std::string const &user) const {
         return static_cast<int>(std::count_if(history.begin(), history.end(),
                                               [&](auto const &set) { return set.get("user", "") == user; }));
@@ -76,6 +84,10 @@ class FakeService : public Service {
     bool away = false;
     bool busy = false;
     bool dies = false;  // with the first of the values
+    int boot = 1;
+    int restarts = 0;
+    bool pending = false;     // a restart is needed
+    bool restarting = false;  // it is under way
 
   private:
     json::value Answer(std::string const &method, json::array const &parameters, std::string const &user) {
@@ -87,6 +99,11 @@ class FakeService : public Service {
             if (keeps)
                 state = "none";
             return keeps;
+        }
+        if (method == "device_restart") {
+            bool const asked = parameters[0].str() == std::to_string(boot);
+            restarting = restarting || asked;
+            return asked;
         }
         if (method == "trial_status") {
             result["state"] = state;
@@ -107,7 +124,8 @@ class FakeService : public Service {
         } else if (method == "metrics") {
             result["now"]["load"] = 0.5;
         } else {
-            result["restart"] = state == "waiting";
+            result["boot"] = std::to_string(boot);
+            result["restart"] = pending;
         }
         return result;
     }
@@ -137,7 +155,8 @@ class FakeService : public Service {
         for (auto const &[key, value] : news)
             made["changed"].array().emplace_back(key.str());
         made["set"] = json::null();
-        made["restart"] = news.contains("later");
+        pending = pending || news.contains("later") || news.contains("dns");
+        made["restart"] = pending;
         if (!news.empty())
             made["set"] = Record(user, news);
         if (news.contains("reach") || news.contains("later")) {
@@ -185,7 +204,8 @@ struct FleetAgent : testing::Test {
         agent = std::make_unique<Agent>(60s, service, broker, *journal, [this] { return clock; });
     }
 
-    /// Seconds go by. After a power cut all begins again, and the broker sends what was not acknowledged.
+    /// Seconds go by. After a power cut all begins again, and the broker sends what was not acknowledged. The
+    /// broker is not reached where that is so, or, where they cut it off, with all of the new settings.
     void Pass(int seconds = 5) {
         for (; seconds > 0; --seconds) {
             try {
@@ -193,13 +213,19 @@ struct FleetAgent : testing::Test {
                     agent->Take(waiting.front());
                     waiting.erase(waiting.begin());
                 }
-                if (!broker.connected && reachable) {
+                if (!broker.connected && reachable &&
+                    !(cutsOff && service.state == "running" && !service.pending)) {
                     broker.connected = true;
                     agent->Reached(true);
                 }
                 agent->Work(now += 1s);
                 for (; broker.connected && broker.acknowledged < broker.sent.size();)
                     agent->Acknowledged(static_cast<int>(++broker.acknowledged));
+                if (service.restarting) {
+                    EXPECT_FALSE(Results().empty()) << "nobody knows why it restarts";
+                    service.Restart();
+                    Start();
+                }
             } catch (PowerCut const &) {
                 Start();
             }
@@ -248,6 +274,7 @@ struct FleetAgent : testing::Test {
     std::unique_ptr<Agent> agent;
     std::vector<std::string> waiting;
     bool reachable = true;
+    bool cutsOff = false;
     std::time_t clock = 1000;
     std::chrono::steady_clock::time_point now{};
 };
@@ -262,39 +289,42 @@ struct Round : FleetAgent {
 TEST(FleetAgentCut, AtEveryCallAChangeIsMadeOnceAndItsEndIsTold) {
     struct {
         char const *patch;
+        char const *more;
         bool reachable;  // with the new settings
-        char const *state;
-    } const cases[] = {{R"({"a":"1","b":"2"})", true, "done"},
-                       {R"({"reach":"x","b":"2"})", true, "kept"},
-                       {R"({"reach":"x"})", false, "returned"},
-                       {R"({"wrong":"x"})", true, "refused"}};
-    for (auto const &[patch, reachable, state] : cases) {
+        std::string state;
+        int restarts;
+    } const cases[] = {{R"({"a":"1","b":"2"})", "", true, "done", 0},
+                       {R"({"a":"1"})", R"(,"restart":true)", true, "done", 0},
+                       {R"({"dns":"x"})", R"(,"restart":true)", true, "done", 1},
+                       {R"({"reach":"x","b":"2"})", "", true, "kept", 0},
+                       {R"({"reach":"x"})", "", false, "returned", 0},
+                       {R"({"later":"x"})", R"(,"restart":true)", true, "kept", 1},
+                       {R"({"later":"x"})", R"(,"restart":true)", false, "returned", 1},
+                       {R"({"reach":"x","later":"x"})", R"(,"restart":true)", true, "kept", 1},
+                       {R"({"reach":"x","later":"x"})", R"(,"restart":true)", false, "returned", 1},
+                       {R"({"wrong":"x"})", R"(,"restart":true)", true, "refused", 0}};
+    for (auto const &[patch, more, reachable, state, restarts] : cases) {
         int cuts = 0;
         for (bool ends = false; !ends; ++cuts) {
             for (bool const behind : {false, true}) {
                 Round round;
                 round.service.cutAt = cuts + 1;
                 round.service.cutBehind = behind;
-                round.Send("c1", patch);
-                if (reachable) {
-                    round.Pass(8);
-                } else {
-                    round.Pass(1);
-                    round.reachable = false;
-                    round.Pass(5);
-                    if (round.service.state == "running")
-                        round.service.TakeBack();
-                    round.reachable = true;
-                    round.Pass(5);
-                }
+                round.cutsOff = !reachable;
+                round.Send("c1", patch, more);
+                round.Pass(8);
+                if (round.service.state == "running")
+                    round.service.TakeBack();
+                round.Pass(5);
                 std::string const point =
                     std::string(patch) + " at " + std::to_string(cuts + 1) + (behind ? "+" : "");
                 ASSERT_FALSE(round.Results().empty()) << point;
                 auto const last = round.Results().back();
-                EXPECT_EQ(round.service.Made("fleet: anna"), std::string(state) == "refused" ? 0 : 1)
-                    << point;
+                EXPECT_EQ(round.service.Made("fleet: anna"), state == "refused" ? 0 : 1) << point;
+                EXPECT_EQ(round.service.restarts, restarts) << point;
                 EXPECT_EQ(last.get("state", ""), state) << point << ' ' << round.States();
-                EXPECT_EQ(round.service.store["reach"], std::string(state) == "kept" ? "x" : "") << point;
+                auto &store = round.service.store;
+                EXPECT_EQ(store["reach"] + store["later"] != "", state == "kept") << point;
                 ends = round.service.calls <= round.service.cutAt;
             }
         }

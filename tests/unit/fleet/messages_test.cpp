@@ -81,12 +81,13 @@ TEST(FleetConsole, ChecksPatchesAndShowsNoSecret) {
 
 TEST(FleetMessages, AChangeIsReadOrRefusedWithItsReason) {
     Change const change = ReadChange(
-        R"({"id":"c-1","who":"Anna Özil","patch":{"net/hostname":"a","x":null},"based_on":"12ab","expires":1795000000})");
+        R"({"id":"c-1","who":"Anna Özil","patch":{"net/hostname":"a","x":null},"based_on":"12ab","expires":1795000000,"restart":true})");
     EXPECT_EQ(change.id, "c-1");
     EXPECT_EQ(change.who, "Anna Özil");
     EXPECT_EQ(json::value(change.patch).save(), R"({"net/hostname":"a","x":null})");
     EXPECT_EQ(change.based_on, "12ab");
     EXPECT_EQ(change.expires, 1795000000);
+    EXPECT_TRUE(change.restart);
 
     std::string const id = R"({"id":"c","who":"a","patch":{})";
     struct {
@@ -113,6 +114,7 @@ TEST(FleetMessages, AChangeIsReadOrRefusedWithItsReason) {
         {id + R"(,"expires":"soon"})", "\"based_on\"", "c"},
         {id + R"(,"expires":1.5})", "\"based_on\"", "c"},
         {id + R"(,"expires":1e300})", "\"based_on\"", "c"},
+        {id + R"(,"restart":"yes"})", "\"based_on\"", "c"},
     };
     for (auto const &[message, reason, told] : cases) {
         try {

@@ -5,6 +5,7 @@
 #include "WebApps/webconfig/apps/JsonRpc.h"
 #include "WebApps/webconfig/apps/jsonrpc/SettingsPatch.h"
 #include "WebApps/webconfig/history/Recorder.h"
+#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/settings/Catalogue.h"
 #include "WebApps/webconfig/settings/Description.h"
 #include "WebApps/webconfig/util/FirmwareVerdict.h"
@@ -74,8 +75,17 @@ cppcms::json::value JsonRpc::DeviceDescribe() {
     described["firmware"] = firmware;
     described["serial"] = util::SystemAssemblySN();
     described["name"] = util::Prm::GetString(nameKey);
+    described["boot"] = history::CurrentBoot();
     described["restart"] = util::IsRebootRequired();
     return described;
+}
+
+cppcms::json::value JsonRpc::DeviceRestart(CallQueue::Call const &call) {
+    if (call.parameters[0].str() != history::CurrentBoot())
+        return false;
+    Turn const turn(call);  // what somebody saves is not to be cut off
+    util::ForkReboot();
+    return true;
 }
 
 cppcms::json::value JsonRpc::SettingsDescribe() {

@@ -24,6 +24,7 @@ constexpr char anObject[] = R"({"type": "object"})";
 constexpr char objects[] = R"({"type": "array", "items": {"type": "object"}})";
 
 constexpr Parameter country[] = {{"countryCode", "Two letters", text}};
+constexpr Parameter boot[] = {{"boot", "The start that it runs since, as device_describe tells it", text}};
 constexpr Parameter keys[] = {
     {"keys", "Keys, folders of keys, or patterns where * is any text without a slash; none for all",
      R"({"type": "array", "items": {"type": "string"}})"}};
@@ -93,10 +94,12 @@ constexpr Method methods[] = {
 
     {"device_describe",
      "Which device it is",
-     "model firmware serial name restart",
+     "model firmware serial name boot restart",
      &JsonRpc::DeviceDescribe,
      {},
      Feature::Machines},
+    {"device_restart", "Restarts the device; false where it has been restarted since", yesOrNo,
+     &JsonRpc::DeviceRestart, boot, Feature::Machines},
     {"settings_describe",
      "The table of settings",
      objects,

@@ -2,23 +2,15 @@
 
 #include <chrono>
 #include <cmath>
-#include <fstream>
 
 #include "WebApps/webconfig/apps/JsonRpc.h"
+#include "WebApps/webconfig/history/Trial.h"
 #include "WebApps/webconfig/metrics/Sampler.h"
 #include "WebApps/webconfig/util/Device.h"
 
 namespace webconfig::apps {
 
 namespace {
-
-/// Another one after each start of the device: its uptime begins anew then.
-std::string BootId() {
-    std::ifstream file("/proc/sys/kernel/random/boot_id");
-    std::string id;
-    file >> id;
-    return id;
-}
 
 cppcms::json::value VpnOf(metrics::Readings const &readings) {
     cppcms::json::value vpn;
@@ -72,7 +64,7 @@ cppcms::json::value Described(metrics::Series const &series) {
 cppcms::json::value JsonRpc::Metrics(CallQueue::Call const &call) {
     auto const [readings, series] = metrics::Ask(call.parameters[0].get_value<std::int64_t>());
     cppcms::json::value status;
-    status["boot"] = BootId();
+    status["boot"] = history::CurrentBoot();
     status["time"] = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     status["uptime"] = std::floor(metrics::Uptime());
     status["interval"] = metrics::Samples::interval;

@@ -5,9 +5,7 @@
 #include <set>
 
 #include "WebApps/webconfig/apps/JsonRpc.h"
-#include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/history/Recorder.h"
-#include "WebApps/webconfig/security/Audit.h"
 #include "WebApps/webconfig/security/DefaultPassword.h"
 #include "WebApps/webconfig/security/Policy.h"
 #include "WebApps/webconfig/settings/Rules.h"
@@ -177,17 +175,19 @@ SettingsPatch ReadPatch(cppcms::json::object const &patch) {
     return read;
 }
 
-cppcms::json::value Make(CallQueue::Call const &call, std::string const &reason,
-                         std::function<std::vector<history::Change>()> const &plan) {
-    security::Asking const asking(call.requester);
-    Saving const saving(call.service);
+Turn::Turn(CallQueue::Call const &call) : _asking(call.requester), _saving(call.service) {
     char const *const busy = util::IsFirmwareUpgradeRunning() ? "a firmware upgrade runs"
-                             : saving.Refused()               ? saving.Refused()->reason
+                             : _saving.Refused()              ? _saving.Refused()->reason
                                                               : nullptr;
     if (busy) {
-        WEBCONFIG_LOG(warning, logTag) << "Refused to save: " << busy;
+        WEBCONFIG_LOG(warning, logTag) << "Refused a call: " << busy;
         throw Refused("busy", busy);
     }
+}
+
+cppcms::json::value Make(CallQueue::Call const &call, std::string const &reason,
+                         std::function<std::vector<history::Change>()> const &plan) {
+    Turn const turn(call);
     history::Recording recording([&call] { return call.requester; });
     recording.SetReason(reason);
     auto const changes = plan();

@@ -7,8 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "WebApps/webconfig/apps/SaveTurn.h"
 #include "WebApps/webconfig/apps/jsonrpc/CallQueue.h"
 #include "WebApps/webconfig/history/Patch.h"
+#include "WebApps/webconfig/security/Audit.h"
 
 /// What machines want of settings, against what the device has.
 namespace webconfig::apps {
@@ -21,6 +23,18 @@ struct SettingsPatch {
 };
 
 SettingsPatch ReadPatch(cppcms::json::object const &patch);
+
+/// What a call that changes the device has to have, as long as the object lives: the requester's name for
+/// the audit, and the turn of whoever saves.
+class Turn {
+  public:
+    /// Throws Refused, while an upgrade runs, too.
+    explicit Turn(CallQueue::Call const &call);
+
+  private:
+    security::Asking const _asking;
+    Saving const _saving;
+};
 
 /// Makes the changes that \a plan gives for the requester of \a call, as one set of the history that has
 /// \a reason, in its turn. Returns what has become of them; throws Refused.
