@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <ostream>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,9 @@ class url_mapper : public booster::noncopyable {
     url_mapper &child(std::string const &name);
     url_mapper &parent();
     url_mapper &topmost();
+
+    /// Internal: the URL that map() writes.
+    std::string url(std::string const &key, std::vector<std::string> parameters);
 
     // Parameters are written as they are: nothing is encoded or escaped.
     void map(std::ostream &out, std::string const &key);
@@ -82,9 +86,9 @@ class url_mapper : public booster::noncopyable {
     url_mapper &child(std::string_view name, std::string_view rest);
     bool is_mounted(std::string_view key) const;
     std::string path() const;
-    std::string made(std::string const &key, parameters_type parameters);
-    std::string filled(pattern const &pattern, parameters_type const &parameters,
-                       values_type const &values) const;
+    std::string made(std::string_view key, parameters_type parameters);
+    static std::string filled(pattern const &pattern, std::span<std::string const> parameters,
+                              values_type const &values);
     void write(std::ostream &out, std::string const &key,
                std::vector<filters::streamable const *> const &parameters);
 

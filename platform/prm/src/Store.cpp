@@ -97,18 +97,20 @@ struct Store::Database {
             known_.clear();
         mark_ = mark;
         if (auto const found = known_.find(key); found != known_.end()) {
-            value = found->second;
-            return Status::Ok;
+            if (found->second)
+                value = *found->second;
+            return found->second ? Status::Ok : Status::NotFound;
         }
         Query query(read);
-        if (!query.Bind(1, key).Step())
-            return Status::NotFound;
-        value.text = query.Bytes(0);
-        value.type = static_cast<Type>(query.Number(1));
-        value.mode = static_cast<unsigned>(query.Number(2));
-        if (mark && known_.size() < mostKnown && key.size() + value.text.size() <= longestKnown)
-            known_.emplace(key, value);
-        return Status::Ok;
+        bool const exists = query.Bind(1, key).Step();
+        if (exists)
+            value = {.text = std::string(query.Bytes(0)),
+                     .type = static_cast<Type>(query.Number(1)),
+                     .mode = static_cast<unsigned>(query.Number(2))};
+        std::size_t const size = key.size() + (exists ? value.text.size() : 0);
+        if (mark && known_.size() < mostKnown && size <= longestKnown)
+            known_.emplace(key, exists ? std::optional(value) : std::nullopt);
+        return exists ? Status::Ok : Status::NotFound;
     }
 
     void Forget() {
@@ -131,8 +133,8 @@ struct Store::Database {
     }
 
   private:
-    std::optional<sqlite::Connection::Mark> mark_;  // what is known was read since
-    std::map<std::string, Value, std::less<>> known_;
+    std::optional<sqlite::Connection::Mark> mark_;                    // what is known was read since
+    std::map<std::string, std::optional<Value>, std::less<>> known_;  // nothing: there is no such key
 };
 
 Store::Store(std::string path, Report report) : path_(std::move(path)), report_(std::move(report)) {}

@@ -164,6 +164,20 @@ TEST_F(PrmLib, AStoreThatWasReplacedIsNotWrittenToInVain) {
     EXPECT_EQ(value, "new");
 }
 
+/// Whatever is remembered of reads, be it that a key is not there, goes with the next commit of anybody.
+TEST_F(PrmLib, AReadSeesWhatOthersHaveCommittedBefore) {
+    std::string value;
+    cPrmLib other(otherClient);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(client.getPar("k", value), NotFound) << round;
+        EXPECT_EQ(client.getPar("k", value), NotFound) << round;
+        other.setPar("k", round);
+        EXPECT_EQ(Text("k"), std::to_string(round));
+        EXPECT_EQ(Text("k"), std::to_string(round));
+        other.delPar("k");
+    }
+}
+
 TEST(PrmStore, TellsAReasonOnceNotPerCall) {
     TemporaryFolder const folder;
     std::vector<std::string> lines;
