@@ -108,9 +108,10 @@ void url_mapper::mount(std::string const &name, std::string const &url, applicat
     if (parameters != 1)
         throw cppcms_error("cppcms::url_mapper the application mapping should use only 1 parameter");
     parsed.child = &app;
-    patterns_[name].insert_or_assign(1, std::move(parsed));
+    auto const mounted = patterns_[name].insert_or_assign(1, std::move(parsed)).first;
     app.mapper().parent_ = this;
     app.mapper().mounted_as_ = name;
+    app.mapper().mounted_at_ = &mounted->second;
 }
 
 void url_mapper::set_value(std::string const &key, std::string const &value) {
@@ -223,7 +224,7 @@ std::string url_mapper::made(std::string_view rest, parameters_type parameters) 
 
     std::string url = filled(mapper->find(rest, left.size(), rest), left, values);
     for (; mapper->parent_; mapper = mapper->parent_)
-        url = filled(mapper->parent_->find(mapper->mounted_as_, 1, rest), {&url, 1}, values);
+        url = filled(*mapper->mounted_at_, {&url, 1}, values);
     return mapper->root_ + url;
 }
 

@@ -95,6 +95,7 @@ class url_mapper : public booster::noncopyable {
     application *app_;
     url_mapper *parent_ = nullptr;
     std::string mounted_as_;
+    pattern const *mounted_at_ = nullptr;  // of the parent, which keeps it where it is
     std::string root_;
     values_type values_;  // of the topmost mapper only
     std::map<std::string, std::map<unsigned, pattern>, std::less<>> patterns_;
