@@ -25,6 +25,7 @@ using sqlite::Transaction;
 
 constexpr auto busyTimeout = 5s;
 constexpr auto reportInterval = 1min;
+constexpr int mostOpenings = 3;  // of one operation, while others replace the file
 
 /// What is kept of what was read: as much as pages and polls ask for again and again.
 constexpr std::size_t mostKnown = 64;
@@ -147,10 +148,11 @@ std::string Store::DefaultPath() {
 }
 
 Store::Database &Store::Open() {
-    if (database_ && database_->connection.IsReplaced())
+    // The log is opened by its path, too: where another file took the place meanwhile, it is that one's.
+    for (int left = mostOpenings; left > 0 && (!database_ || database_->connection.IsReplaced()); --left) {
         database_.reset();
-    if (!database_)
         database_ = std::make_unique<Database>(path_);
+    }
     return *database_;
 }
 
