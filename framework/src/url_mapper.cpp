@@ -49,6 +49,7 @@ std::string url_mapper::root() {
 
 void url_mapper::root(std::string const &prefix) {
     root_ = prefix;
+    forget_known();
 }
 
 url_mapper::pattern url_mapper::parse(std::string const &url, unsigned &parameters) {
@@ -90,12 +91,14 @@ void url_mapper::assign(std::string const &key, std::string const &url) {
     unsigned parameters = 0;
     auto parsed = parse(url, parameters);
     patterns_[key].insert_or_assign(parameters, std::move(parsed));
+    forget_known();
 }
 
 void url_mapper::assign(std::string const &url) {
     unsigned parameters = 0;
     auto parsed = parse(url, parameters);
     patterns_[""].insert_or_assign(parameters, std::move(parsed));
+    forget_known();
 }
 
 void url_mapper::mount(std::string const &name, std::string const &url, application &app) {
@@ -112,14 +115,17 @@ void url_mapper::mount(std::string const &name, std::string const &url, applicat
     app.mapper().parent_ = this;
     app.mapper().mounted_as_ = name;
     app.mapper().mounted_at_ = &mounted->second;
+    forget_known();
 }
 
 void url_mapper::set_value(std::string const &key, std::string const &value) {
     topmost().values_.insert_or_assign(key, value);
+    forget_known();
 }
 
 void url_mapper::clear_value(std::string const &key) {
     topmost().values_.erase(key);
+    forget_known();
 }
 
 bool url_mapper::is_mounted(std::string_view key) const {
@@ -230,7 +236,15 @@ std::string url_mapper::made(std::string_view rest, parameters_type parameters) 
 
 std::string url_mapper::url(std::string const &key, parameters_type parameters) {
     try {
-        return made(key, std::move(parameters));
+        if (!key.starts_with('/') || !parameters.empty())
+            return made(key, std::move(parameters));
+        auto &known = topmost().known_;
+        if (auto const found = known.find(key); found != known.end())
+            return found->second;
+        std::string url = made(key, {});
+        if (known.size() < most_known)
+            known.emplace(key, url);
+        return url;
     } catch (cppcms_error const &error) {
         if (app_ && app_->settings().get("misc.invalid_url_throws", false))
             throw;

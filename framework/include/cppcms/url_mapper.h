@@ -19,6 +19,8 @@ class application;
 /// a tree in which a key is a path such as "/settings/about" (from the topmost mapper), "about" or
 /// "../network/ntp" (from here).
 ///
+/// A tree is used by one thread at a time.
+///
 /// A mapping that fails is logged and gives "/this_is_an_invalid_url_generated_by_url_mapper", unless the
 /// setting "misc.invalid_url_throws" is true: then cppcms_error is thrown. Mistakes while the map is built
 /// always throw.
@@ -79,6 +81,9 @@ class url_mapper : public booster::noncopyable {
     using values_type = std::map<std::string, std::string>;
     using parameters_type = std::vector<std::string>;
 
+    static constexpr std::size_t most_known = 64;
+
+    void forget_known() { topmost().known_.clear(); }
     static pattern parse(std::string const &url, unsigned &parameters);
     /// The pattern of \a key; \a rest is what the error message shows behind this mapper's own path.
     pattern const &find(std::string_view key, std::size_t parameters, std::string_view rest) const;
@@ -98,6 +103,7 @@ class url_mapper : public booster::noncopyable {
     pattern const *mounted_at_ = nullptr;  // of the parent, which keeps it where it is
     std::string root_;
     values_type values_;  // of the topmost mapper only
+    values_type known_;   // likewise: URLs without parameters that were made, by their absolute keys
     std::map<std::string, std::map<unsigned, pattern>, std::less<>> patterns_;
 };
 
