@@ -27,6 +27,8 @@ std::ostringstream &url_stream() {
 
 template <typename... Parameters>
 std::string mapped(application &app, std::string const &key, Parameters const &...parameters) {
+    if constexpr (sizeof...(parameters) == 0)
+        return app.mapper().url(key, {});
     std::ostringstream &out = url_stream();
     if (auto const locale = app.context().locale(); out.getloc() != locale)
         out.imbue(locale);

@@ -4,23 +4,28 @@
 
 #include "json_text.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace cppcms::filters::details {
 
-void write_raw(std::ostream &out, std::string const &text) {
-    out << text;
+std::string unchanged(std::string text) {
+    return text;
 }
 
-void write_escaped(std::ostream &out, std::string const &text) {
-    util::escape(text.data(), text.data() + text.size(), out);
+std::string escaped(std::string text) {
+    bool const plain = std::none_of(text.begin(), text.end(), [](char c) {
+        return c == '<' || c == '>' || c == '&' || c == '"' || c == '\'';
+    });
+    return plain ? std::move(text) : util::escape(text);
 }
 
-void write_urlencoded(std::ostream &out, std::string const &text) {
-    util::urlencode(text.data(), text.data() + text.size(), out);
+std::string urlencoded(std::string text) {
+    return util::urlencode(text);
 }
 
-void write_jsescaped(std::ostream &out, std::string const &text) {
+std::string jsescaped(std::string text) {
+    std::ostringstream out;
     std::string_view rest = text;
     for (auto quote = rest.find('\''); quote != rest.npos; quote = rest.find('\'')) {
         impl::write_json_escaped(out, rest.substr(0, quote));
@@ -28,6 +33,7 @@ void write_jsescaped(std::ostream &out, std::string const &text) {
         rest.remove_prefix(quote + 1);
     }
     impl::write_json_escaped(out, rest);
+    return std::move(out).str();
 }
 
 }  // namespace cppcms::filters::details

@@ -49,6 +49,7 @@ std::string url_mapper::root() {
 
 void url_mapper::root(std::string const &prefix) {
     root_ = prefix;
+    forget_known();
 }
 
 url_mapper::pattern url_mapper::parse(std::string const &url, unsigned &parameters) {
@@ -90,12 +91,14 @@ void url_mapper::assign(std::string const &key, std::string const &url) {
     unsigned parameters = 0;
     auto parsed = parse(url, parameters);
     patterns_[key].insert_or_assign(parameters, std::move(parsed));
+    forget_known();
 }
 
 void url_mapper::assign(std::string const &url) {
     unsigned parameters = 0;
     auto parsed = parse(url, parameters);
     patterns_[""].insert_or_assign(parameters, std::move(parsed));
+    forget_known();
 }
 
 void url_mapper::mount(std::string const &name, std::string const &url, application &app) {
@@ -108,17 +111,21 @@ void url_mapper::mount(std::string const &name, std::string const &url, applicat
     if (parameters != 1)
         throw cppcms_error("cppcms::url_mapper the application mapping should use only 1 parameter");
     parsed.child = &app;
-    patterns_[name].insert_or_assign(1, std::move(parsed));
+    auto const mounted = patterns_[name].insert_or_assign(1, std::move(parsed)).first;
     app.mapper().parent_ = this;
     app.mapper().mounted_as_ = name;
+    app.mapper().mounted_at_ = &mounted->second;
+    forget_known();
 }
 
 void url_mapper::set_value(std::string const &key, std::string const &value) {
     topmost().values_.insert_or_assign(key, value);
+    forget_known();
 }
 
 void url_mapper::clear_value(std::string const &key) {
     topmost().values_.erase(key);
+    forget_known();
 }
 
 bool url_mapper::is_mounted(std::string_view key) const {
@@ -171,8 +178,8 @@ url_mapper::pattern const &url_mapper::find(std::string_view key, std::size_t pa
     return found->second;
 }
 
-std::string url_mapper::filled(pattern const &pattern, parameters_type const &parameters,
-                               values_type const &values) const {
+std::string url_mapper::filled(pattern const &pattern, std::span<std::string const> parameters,
+                               values_type const &values) {
     std::string url = pattern.texts.front();
     for (std::size_t i = 0; i < pattern.places.size(); ++i) {
         auto const &place = pattern.places[i];
@@ -185,11 +192,11 @@ std::string url_mapper::filled(pattern const &pattern, parameters_type const &pa
     return url;
 }
 
-std::string url_mapper::made(std::string const &key, parameters_type parameters) {
+std::string url_mapper::made(std::string_view rest, parameters_type parameters) {
     url_mapper *mapper = this;
-    std::string_view rest = key;
+    url_mapper &top = topmost();
     if (rest.starts_with('/')) {
-        mapper = &topmost();
+        mapper = &top;
         rest.remove_prefix(1);
     }
     for (auto slash = rest.find('/'); slash != std::string_view::npos; slash = rest.find('/')) {
@@ -212,33 +219,46 @@ std::string url_mapper::made(std::string const &key, parameters_type parameters)
         rest = {};
     }
 
-    auto values = topmost().values_;
+    values_type with_words;
     auto const bound = std::min(words.size(), parameters.size());
+    if (bound > 0)
+        with_words = top.values_;
     for (std::size_t i = 0; i < bound; ++i)
-        values.insert_or_assign(words[i], parameters[i]);
-    parameters.erase(parameters.begin(), parameters.begin() + static_cast<std::ptrdiff_t>(bound));
+        with_words.insert_or_assign(words[i], parameters[i]);
+    values_type const &values = bound > 0 ? with_words : top.values_;
+    auto const left = std::span<std::string const>(parameters).subspan(bound);
 
-    std::string url = mapper->filled(mapper->find(rest, parameters.size(), rest), parameters, values);
+    std::string url = filled(mapper->find(rest, left.size(), rest), left, values);
     for (; mapper->parent_; mapper = mapper->parent_)
-        url = mapper->parent_->filled(mapper->parent_->find(mapper->mounted_as_, 1, rest), {url}, values);
+        url = filled(*mapper->mounted_at_, {&url, 1}, values);
     return mapper->root_ + url;
 }
 
-void url_mapper::write(std::ostream &out, std::string const &key,
-                       std::vector<filters::streamable const *> const &parameters) {
-    std::string url;
+std::string url_mapper::url(std::string const &key, parameters_type parameters) {
     try {
-        parameters_type texts;
-        for (auto const *parameter : parameters)
-            texts.push_back(parameter->get(out));
-        url = made(key, std::move(texts));
+        if (!key.starts_with('/') || !parameters.empty())
+            return made(key, std::move(parameters));
+        auto &known = topmost().known_;
+        if (auto const found = known.find(key); found != known.end())
+            return found->second;
+        std::string url = made(key, {});
+        if (known.size() < most_known)
+            known.emplace(key, url);
+        return url;
     } catch (cppcms_error const &error) {
         if (app_ && app_->settings().get("misc.invalid_url_throws", false))
             throw;
         BOOSTER_ERROR("cppcms") << error.what() << '\n' << booster::trace(error);
-        url = invalid_url;
+        return invalid_url;
     }
-    out << url;
+}
+
+void url_mapper::write(std::ostream &out, std::string const &key,
+                       std::vector<filters::streamable const *> const &parameters) {
+    parameters_type texts;
+    for (auto const *parameter : parameters)
+        texts.push_back(parameter->get(out));
+    out << url(key, std::move(texts));
 }
 
 void url_mapper::map(std::ostream &out, std::string const &key) {

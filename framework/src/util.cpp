@@ -1,7 +1,6 @@
 #include <cppcms/util.h>
 
 #include <ostream>
-#include <sstream>
 #include <string_view>
 
 namespace cppcms::util {
@@ -67,20 +66,21 @@ std::string escape(std::string const &text) {
 }
 
 void urlencode(char const *begin, char const *end, std::ostream &out) {
-    constexpr char hex[] = "0123456789abcdef";
-    for (; begin != end; ++begin) {
-        auto const byte = static_cast<unsigned char>(*begin);
-        if (is_unreserved(*begin))
-            out << *begin;
-        else
-            out << '%' << hex[byte >> 4] << hex[byte & 15];
-    }
+    out << urlencode(std::string(begin, end));
 }
 
 std::string urlencode(std::string const &text) {
-    std::ostringstream out;
-    urlencode(text.data(), text.data() + text.size(), out);
-    return std::move(out).str();
+    constexpr char hex[] = "0123456789abcdef";
+    std::string result;
+    result.reserve(text.size() + text.size() / 8);
+    for (char const c : text) {
+        auto const byte = static_cast<unsigned char>(c);
+        if (is_unreserved(c))
+            result += c;
+        else
+            result.append({'%', hex[byte >> 4], hex[byte & 15]});
+    }
+    return result;
 }
 
 std::string urldecode(char const *begin, char const *end) {

@@ -23,12 +23,6 @@
 
 namespace webconfig::apps {
 
-namespace {
-
-constexpr char menusKey[] = "webconfig.menus";
-
-}  // namespace
-
 Base::Base(cppcms::service &service, std::string appVolumeName)
     : cppcms::application(service), _appVolumeName(std::move(appVolumeName)) {}
 
@@ -43,8 +37,8 @@ void Base::Prepare(data::Base &content) {
                              &content.branding.footer_left_text, &content.branding.footer_right_text})
         *text = util::Translate(*text);
     PrepareMenus(content.menus);
-    for (auto &menu : data::ReadMenus(settings().find(menusKey)))
-        content.menus.push_back(std::move(menu));
+    auto const &configured = data::ConfiguredMenus();
+    content.menus.insert(content.menus.end(), configured.begin(), configured.end());
 
     content.language = util::Language();
     content.media_root = MediaRoot(settings());
@@ -72,9 +66,9 @@ void Base::PrepareMenus(std::vector<data::Menu> &menus) {
     data::Menu settingsMenu(util::Translatable("Settings"));
     for (auto const &page : settingsPages) {
         if (page.menu && page.IsOffered())
-            settingsMenu << data::Menu(page.menu, std::string("/settings/") + page.name);
+            settingsMenu.GetChildren().emplace_back(page.menu, std::string("/settings/") + page.name);
     }
-    menus.push_back(settingsMenu);
+    menus.push_back(std::move(settingsMenu));
 }
 
 void Base::render(std::string const &view, cppcms::base_content &content) {
@@ -90,7 +84,7 @@ void Base::render(std::string const &skin, std::string const &view, cppcms::base
 }
 
 bool Base::AreMenusConfigured() {
-    return !settings().find(menusKey).is_undefined();
+    return !settings().find("webconfig.menus").is_undefined();
 }
 
 /// Ends the turn, and the change set: what is written from here on would be another one.

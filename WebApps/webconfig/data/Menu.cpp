@@ -15,6 +15,8 @@ namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/data/Menu";
 
+std::vector<Menu> configuredMenus;
+
 }  // namespace
 
 Menu::Menu(std::string text, std::string path, std::string parameter)
@@ -67,6 +69,14 @@ std::vector<Menu> ReadMenus(cppcms::json::value const &value) {
         menu.GetChildren() = ReadMenus(entry.find("children"));
     }
     return menus;
+}
+
+void ConfigureMenus(cppcms::json::value const &value) {
+    configuredMenus = ReadMenus(value);
+}
+
+std::vector<Menu> const &ConfiguredMenus() {
+    return configuredMenus;
 }
 
 }  // namespace webconfig::data

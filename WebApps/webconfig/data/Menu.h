@@ -55,4 +55,9 @@ class Menu {
 /// where something has the wrong type.
 std::vector<Menu> ReadMenus(cppcms::json::value const &value);
 
+/// Keeps the menus out of a configuration for all pages, as ReadMenus() reads them. Not while requests are
+/// served.
+void ConfigureMenus(cppcms::json::value const &value);
+std::vector<Menu> const &ConfiguredMenus();
+
 }  // namespace webconfig::data

@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "WebApps/webconfig/util/Files.h"
+#include "WebApps/webconfig/util/FolderStates.h"
 #include "WebApps/webconfig/util/Log.h"
 
 namespace webconfig::history {
@@ -64,8 +65,8 @@ bool OnFile(Action action) {
 }  // namespace
 
 std::optional<Trial> TrialFile::Read() const {
-    if (::access(_path.c_str(), F_OK) != 0)
-        return {};  // as for most of the time, and each page asks
+    if (util::AreAbsent({_path.c_str()}))
+        return {};
     std::ifstream file(_path);
     std::map<std::string, std::string> words;
     for (std::string name, value; file >> name >> value;)

@@ -75,7 +75,7 @@ void ResetLog() {
 
 void MountPages(cppcms::service &service) {
     // Here, once, a slip in them is told: later each page would fail.
-    data::ReadMenus(service.settings().find("webconfig.menus"));
+    data::ConfigureMenus(service.settings().find("webconfig.menus"));
     settings::OfferLanguages(service.settings().find("webconfig.languages"));
     auto const root = service.settings().get<std::string>("webconfig.root.sync");
     service.applications_pool().mount(PoolOf<apps::WebConfig>(), cppcms::mount_point('/' + root + "(.*)", 1));

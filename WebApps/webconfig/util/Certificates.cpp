@@ -1,11 +1,5 @@
 #include "WebApps/webconfig/util/Certificates.h"
 
-#include <openssl/bio.h>
-#include <openssl/err.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-#include <openssl/x509v3.h>
-
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -14,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "WebApps/webconfig/util/CryptoLibrary.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Strings.h"
 
@@ -26,9 +21,9 @@ constexpr char logTag[] = "WebApps/webconfig/util/Certificates";
 // Client configurations have some kilobytes; what a path leads to must not fill the memory.
 constexpr std::size_t maxConfiguration = 1'048'576;
 
-using Bio = std::unique_ptr<BIO, decltype(&BIO_free)>;
-using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;
-using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+using Bio = std::unique_ptr<BIO, CryptoFree<&CryptoLibrary::BIO_free>>;
+using Certificate = std::unique_ptr<X509, CryptoFree<&CryptoLibrary::X509_free>>;
+using Key = std::unique_ptr<EVP_PKEY, CryptoFree<&CryptoLibrary::EVP_PKEY_free>>;
 
 // As many as a hash of 224 bits or an RSA key of 2048 has: browsers accept no less.
 constexpr int minSecurityBits = 112;
@@ -58,7 +53,7 @@ int NoPassword(char * /*buffer*/, int /*size*/, int /*writing*/, void * /*unused
 }
 
 Bio Memory(std::string_view text) {
-    return {BIO_new_mem_buf(text.data(), static_cast<int>(text.size())), &BIO_free};
+    return Bio(Crypto().BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
 }
 
 /// The certificates of a text, up to the first one that cannot be read.
@@ -66,54 +61,54 @@ std::vector<Certificate> ReadChain(std::string_view text) {
     Bio const memory = Memory(text);
     std::vector<Certificate> chain;
     while (X509 *const next =
-               memory ? PEM_read_bio_X509(memory.get(), nullptr, NoPassword, nullptr) : nullptr)
-        chain.emplace_back(next, &X509_free);
-    ERR_clear_error();
+               memory ? Crypto().PEM_read_bio_X509(memory.get(), nullptr, NoPassword, nullptr) : nullptr)
+        chain.emplace_back(next);
+    Crypto().ERR_clear_error();
     return chain;
 }
 
 Certificate ReadPem(std::string_view text) {
     auto chain = ReadChain(text);
-    return chain.empty() ? Certificate(nullptr, &X509_free) : std::move(chain.front());
+    return chain.empty() ? nullptr : std::move(chain.front());
 }
 
 Key ReadKey(std::string_view text) {
     Bio const memory = Memory(text);
-    Key key(memory ? PEM_read_bio_PrivateKey(memory.get(), nullptr, NoPassword, nullptr) : nullptr,
-            &EVP_PKEY_free);
-    ERR_clear_error();
+    Key key(memory ? Crypto().PEM_read_bio_PrivateKey(memory.get(), nullptr, NoPassword, nullptr) : nullptr);
+    Crypto().ERR_clear_error();
     return key;
 }
 
 /// What a function of the library prints; without the blanks at both ends.
 template <typename Print>
 std::string Printed(Print print) {
-    Bio const memory(BIO_new(BIO_s_mem()), &BIO_free);
+    Bio const memory(Crypto().BIO_new(Crypto().BIO_s_mem()));
     char *text = nullptr;
     if (!memory || print(memory.get()) != 1)
         return {};
-    long const size = BIO_get_mem_data(memory.get(), &text);
+    long const size = Crypto().BIO_ctrl(memory.get(), BIO_CTRL_INFO, 0, &text);
     return Trim(std::string(text, static_cast<std::size_t>(size)));
 }
 
 std::string Names(X509 const *certificate) {
-    int const position = X509_get_ext_by_NID(certificate, NID_subject_alt_name, -1);
+    int const position = Crypto().X509_get_ext_by_NID(certificate, NID_subject_alt_name, -1);
     if (position < 0)
         return {};
-    return Printed(
-        [&](BIO *out) { return X509V3_EXT_print(out, X509_get_ext(certificate, position), 0, 0); });
+    return Printed([&](BIO *out) {
+        return Crypto().X509V3_EXT_print(out, Crypto().X509_get_ext(certificate, position), 0, 0);
+    });
 }
 
 bool IsStrong(X509 *certificate) {
     int bits = 0;
-    return EVP_PKEY_get_security_bits(X509_get0_pubkey(certificate)) >= minSecurityBits &&
-           X509_get_signature_info(certificate, nullptr, nullptr, &bits, nullptr) == 1 &&
+    return Crypto().EVP_PKEY_get_security_bits(Crypto().X509_get0_pubkey(certificate)) >= minSecurityBits &&
+           Crypto().X509_get_signature_info(certificate, nullptr, nullptr, &bits, nullptr) == 1 &&
            bits >= minSecurityBits;
 }
 
 /// Whether browsers know keys of this type.
 bool IsUsual(EVP_PKEY const *key) {
-    return EVP_PKEY_is_a(key, "RSA") == 1 || EVP_PKEY_is_a(key, "EC") == 1;
+    return Crypto().EVP_PKEY_is_a(key, "RSA") == 1 || Crypto().EVP_PKEY_is_a(key, "EC") == 1;
 }
 
 /// How many certificates a text is to have, readable or not.
@@ -127,9 +122,9 @@ std::size_t Certificates(std::string_view pem) {
 
 /// Problem of a certificate by itself, with {1} for its name; null where it has none.
 char const *CertificateProblem(X509 *certificate) {
-    if (X509_cmp_current_time(X509_get0_notBefore(certificate)) >= 0)
+    if (Crypto().X509_cmp_current_time(Crypto().X509_get0_notBefore(certificate)) >= 0)
         return Translatable("The certificate {1} is not valid yet; is the time of the device right?");
-    if (X509_cmp_current_time(X509_get0_notAfter(certificate)) <= 0)
+    if (Crypto().X509_cmp_current_time(Crypto().X509_get0_notAfter(certificate)) <= 0)
         return Translatable("The certificate {1} has expired");
     return IsStrong(certificate)
                ? nullptr
@@ -137,8 +132,7 @@ char const *CertificateProblem(X509 *certificate) {
 }
 
 std::string OneLine(X509_NAME const *name) {
-    std::unique_ptr<char, decltype([](char *text) { OPENSSL_free(text); })> const text(
-        X509_NAME_oneline(name, nullptr, 0));
+    std::unique_ptr<char, CryptoFreeMemory> const text(Crypto().X509_NAME_oneline(name, nullptr, 0));
     return text ? text.get() : "";
 }
 
@@ -163,8 +157,8 @@ bool ReadCertificateDetails(std::string const &configuration, std::string &issue
     auto const certificate = ReadPem(std::string_view(configuration).substr(begin, end - begin));
     if (!certificate)
         return Fail("Unable to parse certificate in memory");
-    issuer = OneLine(X509_get_issuer_name(certificate.get()));
-    subject = OneLine(X509_get_subject_name(certificate.get()));
+    issuer = OneLine(Crypto().X509_get_issuer_name(certificate.get()));
+    subject = OneLine(Crypto().X509_get_subject_name(certificate.get()));
     return true;
 }
 
@@ -172,14 +166,14 @@ std::optional<ServerCertificate> DescribeServerCertificate(std::string const &pe
     auto const certificate = ReadPem(pem);
     if (!certificate)
         return std::nullopt;
-    ASN1_TIME const *const end = X509_get0_notAfter(certificate.get());
+    ASN1_TIME const *const end = Crypto().X509_get0_notAfter(certificate.get());
     ServerCertificate described;
-    described.subject = OneLine(X509_get_subject_name(certificate.get()));
+    described.subject = OneLine(Crypto().X509_get_subject_name(certificate.get()));
     described.names = Names(certificate.get());
-    described.issuer = OneLine(X509_get_issuer_name(certificate.get()));
-    described.expires = Printed([&](BIO *out) { return ASN1_TIME_print(out, end); });
+    described.issuer = OneLine(Crypto().X509_get_issuer_name(certificate.get()));
+    described.expires = Printed([&](BIO *out) { return Crypto().ASN1_TIME_print(out, end); });
     int seconds = 0;
-    ASN1_TIME_diff(&described.days_left, &seconds, nullptr, end);
+    Crypto().ASN1_TIME_diff(&described.days_left, &seconds, nullptr, end);
     if (seconds < 0)
         --described.days_left;
     return described;
@@ -195,16 +189,16 @@ Bilingual ServerCertificateProblem(std::string const &pem) {
         return Bilingual("There is no certificate in the file");
     if (!IsUsual(key.get()))
         return Bilingual("The private key is neither RSA nor EC");
-    if (X509_check_private_key(chain.front().get(), key.get()) != 1)
+    if (Crypto().X509_check_private_key(chain.front().get(), key.get()) != 1)
         return Bilingual("The first certificate does not belong to the private key");
-    if (X509_check_purpose(chain.front().get(), X509_PURPOSE_SSL_SERVER, 0) != 1)
+    if (Crypto().X509_check_purpose(chain.front().get(), X509_PURPOSE_SSL_SERVER, 0) != 1)
         return Bilingual("The certificate is not for a server");
     if (chain.size() != Certificates(pem))
         return Bilingual("A certificate in the file cannot be read");
     for (std::size_t i = 0; i < chain.size(); ++i) {
         if (char const *const problem = CertificateProblem(chain[i].get()))
-            return {problem, OneLine(X509_get_subject_name(chain[i].get()))};
-        if (i > 0 && X509_check_issued(chain[i].get(), chain[i - 1].get()) != X509_V_OK)
+            return {problem, OneLine(Crypto().X509_get_subject_name(chain[i].get()))};
+        if (i > 0 && Crypto().X509_check_issued(chain[i].get(), chain[i - 1].get()) != X509_V_OK)
             return Bilingual("The certificates are no chain: each has to be issued by the next one");
     }
     return {};

@@ -1,11 +1,11 @@
 #include "WebApps/webconfig/util/Digest.h"
 
-#include <openssl/evp.h>
-
 #include <algorithm>
 #include <array>
 #include <fstream>
 #include <memory>
+
+#include "WebApps/webconfig/util/CryptoLibrary.h"
 
 namespace webconfig::util {
 
@@ -17,24 +17,25 @@ constexpr std::uintmax_t toTheEnd = std::numeric_limits<std::uintmax_t>::max();
 }  // namespace
 
 std::string DigestOf(std::istream &file, DigestKind kind, std::uintmax_t size) {
-    std::unique_ptr<EVP_MD_CTX, decltype([](EVP_MD_CTX *context) { EVP_MD_CTX_free(context); })> const
-        context(EVP_MD_CTX_new());
-    EVP_MD const *const algorithm = kind == DigestKind::Sha256 ? EVP_sha256() : EVP_sha512();
-    if (!file || !context || EVP_DigestInit_ex(context.get(), algorithm, nullptr) != 1)
+    std::unique_ptr<EVP_MD_CTX, CryptoFree<&CryptoLibrary::EVP_MD_CTX_free>> const context(
+        Crypto().EVP_MD_CTX_new());
+    EVP_MD const *const algorithm =
+        kind == DigestKind::Sha256 ? Crypto().EVP_sha256() : Crypto().EVP_sha512();
+    if (!file || !context || Crypto().EVP_DigestInit_ex(context.get(), algorithm, nullptr) != 1)
         return {};
     std::string buffer(piece, '\0');
     std::uintmax_t left = size;
     while (left > 0 && file) {
         file.read(buffer.data(), static_cast<std::streamsize>(std::min<std::uintmax_t>(left, piece)));
         auto const got = static_cast<std::size_t>(file.gcount());
-        if (EVP_DigestUpdate(context.get(), buffer.data(), got) != 1)
+        if (Crypto().EVP_DigestUpdate(context.get(), buffer.data(), got) != 1)
             return {};
         left -= got;
     }
     bool const whole = size == toTheEnd ? file.eof() : left == 0;
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned length = 0;
-    if (!whole || EVP_DigestFinal_ex(context.get(), digest.data(), &length) != 1)
+    if (!whole || Crypto().EVP_DigestFinal_ex(context.get(), digest.data(), &length) != 1)
         return {};
     return {digest.begin(), digest.begin() + length};
 }

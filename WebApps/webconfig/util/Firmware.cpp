@@ -20,6 +20,7 @@
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Daemon.h"
 #include "WebApps/webconfig/util/Files.h"
+#include "WebApps/webconfig/util/FolderStates.h"
 #include "WebApps/webconfig/util/Log.h"
 
 namespace webconfig::util {
@@ -116,6 +117,8 @@ pid_t ForkFirmwareUpgrade(std::string const &imagePath, std::string const &mount
 }
 
 bool IsFirmareUpgradeInProgress() {
+    if (AreAbsent({lockFile}))
+        return false;
     struct stat info {};
     if (::lstat(lockFile, &info) != 0 || !IsTrustedUser(info.st_uid))
         return false;

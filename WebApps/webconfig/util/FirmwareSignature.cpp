@@ -1,10 +1,5 @@
 #include "WebApps/webconfig/util/FirmwareSignature.h"
 
-#include <openssl/err.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -15,6 +10,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "WebApps/webconfig/util/CryptoLibrary.h"
 #include "WebApps/webconfig/util/Digest.h"
 #include "WebApps/webconfig/util/Files.h"
 #include "WebApps/webconfig/util/Log.h"
@@ -38,20 +34,20 @@ constexpr char keyNames[] = "\\.pem$";
 constexpr std::size_t maxKeys = 32;
 constexpr std::uintmax_t maxKeySize = 4096;  // bytes
 
-using Key = std::unique_ptr<EVP_PKEY, decltype([](EVP_PKEY *key) { EVP_PKEY_free(key); })>;
+using Key = std::unique_ptr<EVP_PKEY, CryptoFree<&CryptoLibrary::EVP_PKEY_free>>;
 
 Key ReadKey(std::string const &path) {
     std::error_code problem;
     if (!std::filesystem::is_regular_file(path, problem) || FileSize(path) > maxKeySize)
         return {};
-    std::unique_ptr<BIO, decltype([](BIO *file) { BIO_free(file); })> const file(
-        BIO_new_file(path.c_str(), "r"));
+    std::unique_ptr<BIO, CryptoFree<&CryptoLibrary::BIO_free>> const file(
+        Crypto().BIO_new_file(path.c_str(), "r"));
     auto *const noPassword = +[](char * /*buffer*/, int /*size*/, int /*writing*/, void * /*unused*/) {
         return -1;  // the default would ask at the terminal
     };
-    Key key(file ? PEM_read_bio_PUBKEY(file.get(), nullptr, noPassword, nullptr) : nullptr);
-    ERR_clear_error();
-    if (!key || EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_ED25519)
+    Key key(file ? Crypto().PEM_read_bio_PUBKEY(file.get(), nullptr, noPassword, nullptr) : nullptr);
+    Crypto().ERR_clear_error();
+    if (!key || Crypto().EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_ED25519)
         return {};
     return key;
 }
@@ -59,9 +55,8 @@ Key ReadKey(std::string const &path) {
 /// The first bytes of the SHA-256 of the key in DER.
 std::string IdOf(EVP_PKEY *key) {
     unsigned char *der = nullptr;
-    int const size = i2d_PUBKEY(key, &der);
-    std::unique_ptr<unsigned char, decltype([](unsigned char *bytes) { OPENSSL_free(bytes); })> const kept(
-        der);
+    int const size = Crypto().i2d_PUBKEY(key, &der);
+    std::unique_ptr<unsigned char, CryptoFreeMemory> const kept(der);
     if (size <= 0)
         return {};
     std::istringstream text(std::string(reinterpret_cast<char const *>(der), static_cast<std::size_t>(size)));
@@ -94,12 +89,13 @@ bool Verify(EVP_PKEY *key, std::string_view signature, std::string const &messag
     auto const bytes = [](std::string_view text) {
         return reinterpret_cast<unsigned char const *>(text.data());
     };
-    std::unique_ptr<EVP_MD_CTX, decltype([](EVP_MD_CTX *digest) { EVP_MD_CTX_free(digest); })> const context(
-        EVP_MD_CTX_new());
-    bool const valid = context && EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, key) == 1 &&
-                       EVP_DigestVerify(context.get(), bytes(signature), signature.size(), bytes(message),
-                                        message.size()) == 1;
-    ERR_clear_error();
+    std::unique_ptr<EVP_MD_CTX, CryptoFree<&CryptoLibrary::EVP_MD_CTX_free>> const context(
+        Crypto().EVP_MD_CTX_new());
+    bool const valid = context &&
+                       Crypto().EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, key) == 1 &&
+                       Crypto().EVP_DigestVerify(context.get(), bytes(signature), signature.size(),
+                                                 bytes(message), message.size()) == 1;
+    Crypto().ERR_clear_error();
     return valid;
 }
 

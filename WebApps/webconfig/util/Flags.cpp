@@ -7,6 +7,7 @@
 
 #include "WebApps/webconfig/util/Commands.h"
 #include "WebApps/webconfig/util/Files.h"
+#include "WebApps/webconfig/util/FolderStates.h"
 #include "WebApps/webconfig/util/Log.h"
 
 namespace webconfig::util {
@@ -41,6 +42,8 @@ void MarkRebootRequired() {
 }
 
 bool IsRebootRequired() {
+    if (AreAbsent({rebootFlag.c_str(), upgradeStatusFile.c_str()}))
+        return false;
     if (IsTrustedFile(rebootFlag))
         return true;
     std::string const status = ReadTrusted(upgradeStatusFile, maxStatusLine).value_or("");

@@ -1,7 +1,9 @@
 #include "WebApps/webconfig/util/FolderStates.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
+#include <map>
 
 namespace webconfig::util {
 
@@ -31,6 +33,24 @@ bool FolderStates::AreUnchanged() const {
                now.st_dev == before.state.st_dev && now.st_ino == before.state.st_ino &&
                IsSame(now.st_mtim, before.state.st_mtim) && IsSame(now.st_ctim, before.state.st_ctim);
     });
+}
+
+bool AreAbsent(std::initializer_list<char const *> paths) {
+    // By the first path: the folder as it was when nothing was there.
+    thread_local std::map<std::string, FolderStates, std::less<>> without;
+    std::string const first = *paths.begin();
+    FolderStates &folder = without[first];
+    if (folder.AreUnchanged())
+        return true;
+    folder.Clear();
+    folder.Add(first.substr(0, first.rfind('/')));
+    bool const absent = std::all_of(paths.begin(), paths.end(), [](char const *path) {
+        struct stat info {};
+        return ::lstat(path, &info) != 0 && errno == ENOENT;
+    });
+    if (!absent)
+        folder.Clear();
+    return absent;
 }
 
 }  // namespace webconfig::util

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -27,5 +28,10 @@ class FolderStates {
 
     std::vector<Folder> _folders;
 };
+
+/// Whether there is nothing at any of \a paths, all of them in the folder of the first. For what is hardly
+/// ever there, and asked for again and again: a thread that has found nothing needs one look at the folder
+/// until something comes or goes in it.
+bool AreAbsent(std::initializer_list<char const *> paths);
 
 }  // namespace webconfig::util

@@ -1,12 +1,11 @@
 #include "WebApps/webconfig/util/PasswordHash.h"
 
-#include <openssl/evp.h>
-
 #include <array>
 #include <string_view>
 
 #include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/CryptoLibrary.h"
 #include "WebApps/webconfig/util/Digest.h"
 #include "WebApps/webconfig/util/Strings.h"
 
@@ -21,7 +20,8 @@ std::string WebHash(EVP_MD const *algorithm, std::string const &password) {
     std::string const account = webAccount + password;
     std::array<unsigned char, EVP_MAX_MD_SIZE> sum{};
     unsigned size = 0;
-    bool const made = EVP_Digest(account.data(), account.size(), sum.data(), &size, algorithm, nullptr) == 1;
+    bool const made =
+        Crypto().EVP_Digest(account.data(), account.size(), sum.data(), &size, algorithm, nullptr) == 1;
     return made ? Hex(std::string(sum.begin(), sum.begin() + size)) : "";
 }
 
@@ -39,13 +39,13 @@ std::string HashIn(std::string const &printed) {
 
 std::string WebPasswordHash(std::string const &password) {
     if (AreSecretsHiddenFromCommands())
-        return WebHash(EVP_md5(), password);
+        return WebHash(Crypto().EVP_md5(), password);
     return HashIn(ShellCommand(
         Command("echo -n").DoubleQuoted(webAccount + password).Then("| md5sum | cut -d' ' -f1"), maxOutput));
 }
 
 std::string WebPasswordSha256(std::string const &hash, std::string const &password) {
-    std::string const sha256 = WebHash(EVP_sha256(), password);
+    std::string const sha256 = WebHash(Crypto().EVP_sha256(), password);
     return sha256.empty() ? sha256 : hash + ':' + sha256;
 }
 

@@ -90,14 +90,14 @@ void ProvisioningClient::Acknowledge() {
 bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::value const &request,
                                    cppcms::json::value *answer) {
     auto const *const library = CurlLibrary::Load();
-    std::unique_ptr<CURL, void (*)(CURL *)> const curl(library ? library->easyInit() : nullptr,
-                                                       library ? library->easyCleanup : nullptr);
+    std::unique_ptr<CURL, void (*)(CURL *)> const curl(library ? library->curl_easy_init() : nullptr,
+                                                       library ? library->curl_easy_cleanup : nullptr);
     if (!curl) {
         WEBCONFIG_LOG(error, logTag) << "Unable to create CURL handle";
         return Fail(noCommunication);
     }
-    std::unique_ptr<curl_slist, decltype(library->slistFreeAll)> const headers(
-        library->slistAppend(nullptr, "Content-Type: application/json"), library->slistFreeAll);
+    std::unique_ptr<curl_slist, decltype(library->curl_slist_free_all)> const headers(
+        library->curl_slist_append(nullptr, "Content-Type: application/json"), library->curl_slist_free_all);
     std::string const body = request.save();
     bool const encrypted = server_.starts_with(tls);
     std::string const url =
@@ -106,7 +106,9 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
               << std::endl;
 
     std::stringstream received;
-    auto const set = [&](CURLoption option, auto value) { library->easySetopt(curl.get(), option, value); };
+    auto const set = [&](CURLoption option, auto value) {
+        library->curl_easy_setopt(curl.get(), option, value);
+    };
     set(CURLOPT_URL, url.c_str());
     set(CURLOPT_POSTFIELDS, body.c_str());
     set(CURLOPT_HTTPHEADER, headers.get());
@@ -125,14 +127,14 @@ bool ProvisioningClient::PostQuery(std::string const &endpoint, cppcms::json::va
     set(CURLOPT_WRITEFUNCTION, &Receive);
     set(CURLOPT_WRITEDATA, static_cast<void *>(static_cast<std::ostream *>(&received)));
 
-    if (CURLcode const result = library->easyPerform(curl.get()); result != CURLE_OK) {
-        WEBCONFIG_LOG(error, logTag) << "curl_easy_perform() failed: " << library->easyStrerror(result);
+    if (CURLcode const result = library->curl_easy_perform(curl.get()); result != CURLE_OK) {
+        WEBCONFIG_LOG(error, logTag) << "curl_easy_perform() failed: " << library->curl_easy_strerror(result);
         return Fail(noCommunication);
     }
     long code = 0;
-    if (CURLcode const result = library->easyGetinfo(curl.get(), CURLINFO_RESPONSE_CODE, &code);
+    if (CURLcode const result = library->curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &code);
         result != CURLE_OK) {
-        WEBCONFIG_LOG(error, logTag) << "curl_easy_getinfo() failed: " << library->easyStrerror(result);
+        WEBCONFIG_LOG(error, logTag) << "curl_easy_getinfo() failed: " << library->curl_easy_strerror(result);
         return Fail(noCommunication);
     }
     std::cout << "Response code was: " << code << std::endl;

@@ -33,7 +33,7 @@ std::string Filled(std::string const &text, std::initializer_list<std::string> v
 
 std::string Translate(std::string const &english) {
     // Without a catalogue, all that is not ASCII would be left out.
-    return Language().empty() ? english : booster::locale::translate(english).str(Here().locale);
+    return Language().empty() ? english : booster::locale::translate(english.c_str()).str(Here().locale);
 }
 
 std::string const &Language() {

@@ -1,9 +1,5 @@
 #include "WebApps/webconfig/util/Wifi.h"
 
-#include <openssl/err.h>
-#include <openssl/evp.h>
-#include <openssl/provider.h>
-
 #include <array>
 #include <boost/locale/utf.hpp>
 #include <iterator>
@@ -16,6 +12,7 @@
 
 #include "WebApps/webconfig/util/Command.h"
 #include "WebApps/webconfig/util/Commands.h"
+#include "WebApps/webconfig/util/CryptoLibrary.h"
 #include "WebApps/webconfig/util/Digest.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "WebApps/webconfig/util/Strings.h"
@@ -52,17 +49,9 @@ std::optional<Bytes> Utf16(std::string const &text) {
     return bytes;
 }
 
-/// Frees an object of OpenSSL with the function that is made for it.
-template <auto Free>
-struct FreeWith {
-    template <typename Object>
-    void operator()(Object *object) const {
-        Free(object);
-    }
-};
-using Library = std::unique_ptr<OSSL_LIB_CTX, FreeWith<OSSL_LIB_CTX_free>>;
-using Provider = std::unique_ptr<OSSL_PROVIDER, FreeWith<OSSL_PROVIDER_unload>>;
-using Digest = std::unique_ptr<EVP_MD, FreeWith<EVP_MD_free>>;
+using Library = std::unique_ptr<OSSL_LIB_CTX, CryptoFree<&CryptoLibrary::OSSL_LIB_CTX_free>>;
+using Provider = std::unique_ptr<OSSL_PROVIDER, CryptoFree<&CryptoLibrary::OSSL_PROVIDER_unload>>;
+using Digest = std::unique_ptr<EVP_MD, CryptoFree<&CryptoLibrary::EVP_MD_free>>;
 
 constexpr std::size_t md4Size = 16;
 
@@ -70,13 +59,13 @@ constexpr std::size_t md4Size = 16;
 /// context of its own: what the rest of the process may use does not change.
 std::optional<std::array<unsigned char, md4Size>> Md4(Bytes const &text) {
     std::array<unsigned char, md4Size> sum{};
-    Library const library(OSSL_LIB_CTX_new());
-    Provider const legacy(OSSL_PROVIDER_load(library.get(), "legacy"));
-    Digest const md4(legacy ? EVP_MD_fetch(library.get(), "MD4", nullptr) : nullptr);
-    if (!md4 || EVP_Digest(text.data(), text.size(), sum.data(), nullptr, md4.get(), nullptr) != 1) {
+    Library const library(Crypto().OSSL_LIB_CTX_new());
+    Provider const legacy(Crypto().OSSL_PROVIDER_load(library.get(), "legacy"));
+    Digest const md4(legacy ? Crypto().EVP_MD_fetch(library.get(), "MD4", nullptr) : nullptr);
+    if (!md4 || Crypto().EVP_Digest(text.data(), text.size(), sum.data(), nullptr, md4.get(), nullptr) != 1) {
         std::array<char, 256> reason{};
-        ERR_error_string_n(ERR_get_error(), reason.data(), reason.size());
-        ERR_clear_error();
+        Crypto().ERR_error_string_n(Crypto().ERR_get_error(), reason.data(), reason.size());
+        Crypto().ERR_clear_error();
         WEBCONFIG_LOG(error, logTag) << "No MD4, which is in the legacy provider of OpenSSL: "
                                      << reason.data();
         return std::nullopt;
@@ -121,10 +110,10 @@ std::string DerivedKey(std::string const &ssid, std::string const &passPhrase) {
     constexpr std::size_t size = 32;
     bool const typed = !passPhrase.empty() && !HasControls(passPhrase);
     std::array<unsigned char, size> key{};
-    bool const derived =
-        typed && PKCS5_PBKDF2_HMAC_SHA1(passPhrase.data(), static_cast<int>(passPhrase.size()),
-                                        reinterpret_cast<unsigned char const *>(ssid.data()),
-                                        static_cast<int>(ssid.size()), rounds, size, key.data()) == 1;
+    bool const derived = typed && Crypto().PKCS5_PBKDF2_HMAC_SHA1(
+                                      passPhrase.data(), static_cast<int>(passPhrase.size()),
+                                      reinterpret_cast<unsigned char const *>(ssid.data()),
+                                      static_cast<int>(ssid.size()), rounds, size, key.data()) == 1;
     return derived ? Hex(std::string(key.begin(), key.end())) : "";
 }
 

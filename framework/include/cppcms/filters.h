@@ -6,9 +6,17 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <type_traits>
 
 /// Filters are written to a stream: `out << filters::escape(x)` writes what `out << x` would, changed.
 namespace cppcms::filters {
+
+namespace details {
+
+/// Whatever changes a text: its own is had without a stream.
+struct filter {};
+
+}  // namespace details
 
 /// Anything that can be written to a stream. Keeps a pointer: the object must outlive it.
 class streamable {
@@ -31,6 +39,8 @@ class streamable {
     }
     template <typename T>
     static std::string read_object(std::ios &format, void const *object) {
+        if constexpr (std::is_base_of_v<details::filter, T>)
+            return static_cast<T const *>(object)->get(format);
         std::ostringstream text;
         text.copyfmt(format);
         write_object<T>(text, object);
@@ -54,36 +64,37 @@ inline std::ostream &operator<<(std::ostream &out, streamable const &object) {
 
 namespace details {
 
-/// A filter that writes the text of an object its own way.
-template <void (*Write)(std::ostream &out, std::string const &text)>
-class text_filter {
+/// A filter of texts.
+template <std::string (*Change)(std::string text)>
+class text_filter : public filter {
   public:
     text_filter(streamable const &object) : object_(object) {}
 
+    std::string get(std::ios &format) const { return Change(object_.get(format)); }
+
     friend std::ostream &operator<<(std::ostream &out, text_filter const &filter) {
-        Write(out, filter.object_.get(out));
-        return out;
+        return out << filter.get(out);
     }
 
   private:
     streamable object_;
 };
 
-void write_raw(std::ostream &out, std::string const &text);
-void write_escaped(std::ostream &out, std::string const &text);
-void write_urlencoded(std::ostream &out, std::string const &text);
-void write_jsescaped(std::ostream &out, std::string const &text);
+std::string unchanged(std::string text);
+std::string escaped(std::string text);
+std::string urlencoded(std::string text);
+std::string jsescaped(std::string text);
 
 }  // namespace details
 
 /// As it is.
-using raw = details::text_filter<details::write_raw>;
+using raw = details::text_filter<details::unchanged>;
 /// For HTML text and attributes, see util::escape().
-using escape = details::text_filter<details::write_escaped>;
+using escape = details::text_filter<details::escaped>;
 /// For URLs, see util::urlencode().
-using urlencode = details::text_filter<details::write_urlencoded>;
+using urlencode = details::text_filter<details::urlencoded>;
 /// For strings of either quote in scripts. `<` and `/` pass: a text with `</script>` is not safe.
-using jsescape = details::text_filter<details::write_jsescaped>;
+using jsescape = details::text_filter<details::jsescaped>;
 
 using locale::format;
 using locale::translate;

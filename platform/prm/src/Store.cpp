@@ -25,6 +25,7 @@ using sqlite::Transaction;
 
 constexpr auto busyTimeout = 5s;
 constexpr auto reportInterval = 1min;
+constexpr int mostOpenings = 3;  // of one operation, while others replace the file
 
 /// What is kept of what was read: as much as pages and polls ask for again and again.
 constexpr std::size_t mostKnown = 64;
@@ -97,18 +98,20 @@ struct Store::Database {
             known_.clear();
         mark_ = mark;
         if (auto const found = known_.find(key); found != known_.end()) {
-            value = found->second;
-            return Status::Ok;
+            if (found->second)
+                value = *found->second;
+            return found->second ? Status::Ok : Status::NotFound;
         }
         Query query(read);
-        if (!query.Bind(1, key).Step())
-            return Status::NotFound;
-        value.text = query.Bytes(0);
-        value.type = static_cast<Type>(query.Number(1));
-        value.mode = static_cast<unsigned>(query.Number(2));
-        if (mark && known_.size() < mostKnown && key.size() + value.text.size() <= longestKnown)
-            known_.emplace(key, value);
-        return Status::Ok;
+        bool const exists = query.Bind(1, key).Step();
+        if (exists)
+            value = {.text = std::string(query.Bytes(0)),
+                     .type = static_cast<Type>(query.Number(1)),
+                     .mode = static_cast<unsigned>(query.Number(2))};
+        std::size_t const size = key.size() + (exists ? value.text.size() : 0);
+        if (mark && known_.size() < mostKnown && size <= longestKnown)
+            known_.emplace(key, exists ? std::optional(value) : std::nullopt);
+        return exists ? Status::Ok : Status::NotFound;
     }
 
     void Forget() {
@@ -131,8 +134,8 @@ struct Store::Database {
     }
 
   private:
-    std::optional<sqlite::Connection::Mark> mark_;  // what is known was read since
-    std::map<std::string, Value, std::less<>> known_;
+    std::optional<sqlite::Connection::Mark> mark_;                    // what is known was read since
+    std::map<std::string, std::optional<Value>, std::less<>> known_;  // nothing: there is no such key
 };
 
 Store::Store(std::string path, Report report) : path_(std::move(path)), report_(std::move(report)) {}
@@ -145,10 +148,11 @@ std::string Store::DefaultPath() {
 }
 
 Store::Database &Store::Open() {
-    if (database_ && database_->connection.IsReplaced())
+    // The log is opened by its path, too: where another file took the place meanwhile, it is that one's.
+    for (int left = mostOpenings; left > 0 && (!database_ || database_->connection.IsReplaced()); --left) {
         database_.reset();
-    if (!database_)
         database_ = std::make_unique<Database>(path_);
+    }
     return *database_;
 }
 

@@ -24,8 +24,11 @@ constexpr char durable[] =
 /// The library maps the index of the log in blocks of so many bytes.
 constexpr int indexBlock = 32768;
 
-/// The head of the log's index, which all processes share: its counter of commits, sizes, salt and sums.
-/// Somebody may be writing it: what is read in between is no head that was there before, nor one that stays.
+/// The head of the log's index, which all processes share: its counter of commits, sizes, salt and sums. By
+/// the same bytes the library tells whether the pages that it keeps still hold. Somebody may be writing it:
+/// what is read in between is no head that was there before, nor one that stays. What is read from the file
+/// afterwards is never older: the library begins with the same bytes, and no processor reads one twice in the
+/// wrong order.
 [[gnu::no_sanitize_thread]] Connection::Mark HeadOf(void const volatile *index) {
     auto const *const bytes = static_cast<unsigned char const volatile *>(index);
     Connection::Mark mark{};

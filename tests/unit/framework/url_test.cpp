@@ -108,6 +108,15 @@ TEST_F(UrlTest, KeysAreLookedUpFromTheTopFromHereAndFromTheParent) {
     std::ostringstream out;
     root.mapper().map(out, "/settings/about", "a b", 7);
     EXPECT_EQ(out.str(), "/config/settings/about/7/a b");
+
+    root.mapper().root("/now");
+    EXPECT_EQ(Mapped(root, "/settings/general"), "/now/settings/general");
+    settings->mapper().assign("general", "/{where}");
+    EXPECT_EQ(Mapped(root, "/settings/general"), "/now/settings/");
+    network->mapper().set_value("where", "here");
+    EXPECT_EQ(Mapped(root, "/settings/general"), "/now/settings/here");
+    root.mapper().clear_value("where");
+    EXPECT_EQ(Mapped(root, "/settings/general"), "/now/settings/");
 }
 
 TEST(UrlErrorTest, FailedMappingIsLoggedAndGivesTheInvalidUrl) {

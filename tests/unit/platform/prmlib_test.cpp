@@ -1,10 +1,16 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <prm/prmlib.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <array>
 #include <climits>
+#include <csignal>
+#include <cstdio>
+#include <functional>
+#include <utility>
 #include <vector>
 
 #include "Store.h"
@@ -162,6 +168,63 @@ TEST_F(PrmLib, AStoreThatWasReplacedIsNotWrittenToInVain) {
     std::string value;
     EXPECT_EQ(other.getPar("k", value), Ok);
     EXPECT_EQ(value, "new");
+}
+
+/// Whatever is remembered of reads, be it that a key is not there, goes with the next commit of anybody.
+TEST_F(PrmLib, AReadSeesWhatOthersHaveCommittedBefore) {
+    std::string value;
+    cPrmLib other(otherClient);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(client.getPar("k", value), NotFound) << round;
+        EXPECT_EQ(client.getPar("k", value), NotFound) << round;
+        other.setPar("k", round);
+        EXPECT_EQ(Text("k"), std::to_string(round));
+        EXPECT_EQ(Text("k"), std::to_string(round));
+        other.delPar("k");
+    }
+}
+
+/// Runs something once, before the library opens the next log.
+std::function<void()> beforeLog;
+
+int OpenHooked(sqlite3_vfs *hooked, char const *name, sqlite3_file *file, int flags, int *out) {
+    if ((flags & SQLITE_OPEN_WAL) != 0 && beforeLog)
+        std::exchange(beforeLog, nullptr)();
+    auto *const system = static_cast<sqlite3_vfs *>(hooked->pAppData);
+    return system->xOpen(system, name, file, flags, out);
+}
+
+TEST_F(PrmLib, AStoreThatIsReplacedWhileItIsOpenedIsNotReadWithoutItsLog) {
+    std::array<int, 2> ready{};
+    ASSERT_EQ(::pipe(ready.data()), 0);
+    pid_t const writer = ::fork();
+    if (writer == 0) {
+        cPrmLib(otherClient).setPar("k", 1);
+        cPrmLib second(otherClient);
+        second.setPar("k", 2);  // which is in the log only
+        ::close(ready[::write(ready[1], "x", 1) == 1 ? 0 : 1]);
+        ::pause();
+    }
+    char sign = 0;
+    ASSERT_EQ(::read(ready[0], &sign, 1), 1);
+    std::string const other = folder / "other";
+    prm::Store(other + "/prm.db", {}).Write("k", {"3"});
+
+    sqlite3_vfs *const system = sqlite3_vfs_find(nullptr);
+    static sqlite3_vfs hooked = *system;  // what was opened by it outlives the test
+    hooked.zName = "hooked";
+    hooked.pAppData = system;
+    hooked.xOpen = OpenHooked;
+    sqlite3_vfs_register(&hooked, 1);
+    beforeLog = [&] {
+        ::renameat2(AT_FDCWD, other.c_str(), AT_FDCWD, (folder / "folder").c_str(), RENAME_EXCHANGE);
+    };
+    EXPECT_EQ(Text("k"), "3");
+    EXPECT_FALSE(beforeLog);
+    sqlite3_vfs_unregister(&hooked);
+    sqlite3_vfs_register(system, 1);
+    ::kill(writer, SIGKILL);
+    ::waitpid(writer, nullptr, 0);
 }
 
 TEST(PrmStore, TellsAReasonOnceNotPerCall) {

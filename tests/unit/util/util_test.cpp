@@ -9,9 +9,12 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
+#include "WebApps/webconfig/util/FolderStates.h"
 #include "WebApps/webconfig/util/Partition.h"
 #include "tests/unit/platform/SignalDisposition.h"
 #include "tests/unit/platform/TemporaryFolder.h"
@@ -188,6 +191,20 @@ class Flags : public testing::Test {
             ::unlink(path);
     }
 };
+
+TEST_F(Files, AreAbsentUntilTheyCome) {
+    std::string const one = folder_ / "one";
+    std::string const other = folder_ / "other";
+    auto const absent = [&] { return AreAbsent({one.c_str(), other.c_str()}); };
+    EXPECT_TRUE(absent());
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100));  // older folders are remembered
+    for (std::string const &path : {one, other, one}) {
+        EXPECT_TRUE(absent() && absent());
+        fs::create_symlink("/none", path);
+        EXPECT_FALSE(absent() || absent());
+        fs::remove(path);
+    }
+}
 
 TEST_F(Flags, AFinishedUpgradeNeedsAReboot) {
     std::pair<char const *, bool> const cases[] = {

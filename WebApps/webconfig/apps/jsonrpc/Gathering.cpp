@@ -3,6 +3,7 @@
 #include <cppcms/http_context.h>
 #include <cppcms/http_response.h>
 
+#include <chrono>
 #include <memory>
 #include <system_error>
 
@@ -14,6 +15,8 @@ namespace webconfig::apps {
 namespace {
 
 constexpr char logTag[] = "WebApps/webconfig/apps/JsonRpc";
+/// Longer than pages wait between two polls.
+constexpr auto patience = std::chrono::seconds(3);
 constexpr char internalError[] = "Internal Service Error";  // as the framework says it
 
 void LogFailure(std::exception const &problem) {
@@ -60,22 +63,46 @@ void AnswerCall(cppcms::rpc::json_call &call, Outcome const &outcome) {
 }
 
 Gathering::~Gathering() {
+    {
+        std::lock_guard const lock(_guard);
+        _ends = true;
+    }
+    _changed.notify_one();
     if (_thread.joinable())
         _thread.join();
 }
 
 void Gathering::Start(Gather const &gather, Done const &done) {
+    std::lock_guard const lock(_guard);
+    _next = [this, gather, done] {
+        auto const outcome = std::make_shared<Outcome>(OutcomeOf(gather));
+        _service.post([outcome, done] { done(*outcome); });
+    };
+    if (_works) {
+        _changed.notify_one();
+        return;
+    }
     if (_thread.joinable())
-        _thread.join();  // it has posted its answer: there is nothing to wait for
+        _thread.join();  // it has nothing more to do, and does not ask for the lock again
     try {
-        _thread = std::thread([this, gather, done] {
-            auto const outcome = std::make_shared<Outcome>(OutcomeOf(gather));
-            _service.post([outcome, done] { done(*outcome); });
-        });
+        _thread = std::thread([this] { _Work(); });
+        _works = true;
     } catch (std::system_error const &problem) {
         WEBCONFIG_LOG(error, logTag) << "No thread for a status call: " << problem.what();
-        done({false, internalError});
+        _next = nullptr;
+        _service.post([done] { done({false, internalError}); });
     }
+}
+
+void Gathering::_Work() {
+    std::unique_lock lock(_guard);
+    while (_changed.wait_for(lock, patience, [this] { return _next || _ends; }) && _next) {
+        auto const work = std::exchange(_next, nullptr);
+        lock.unlock();
+        work();
+        lock.lock();
+    }
+    _works = false;
 }
 
 }  // namespace webconfig::apps

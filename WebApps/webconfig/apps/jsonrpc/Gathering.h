@@ -6,8 +6,10 @@
 #include <cppcms/rpc_json.h>
 #include <cppcms/service.h>
 
+#include <condition_variable>
 #include <exception>
 #include <functional>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -34,8 +36,8 @@ struct Outcome {
 /// Answers \a call, a released one. For the service's event loop only, where nothing may be thrown.
 void AnswerCall(cppcms::rpc::json_call &call, Outcome const &outcome);
 
-/// Gathers an answer on a thread of its own, which lives only as long as that takes, so that a silent daemon
-/// holds up nobody who asks for something else.
+/// Gathers answers on a thread of its own, so that a silent daemon holds up nobody who asks for something
+/// else. The thread is kept while polls go on: to make one costs more than most answers.
 class Gathering : public booster::noncopyable {
   public:
     explicit Gathering(cppcms::service &service) : _service(service) {}
@@ -49,7 +51,14 @@ class Gathering : public booster::noncopyable {
     void Start(Gather const &gather, Done const &done);
 
   private:
+    void _Work();
+
     cppcms::service &_service;
+    std::mutex _guard;
+    std::condition_variable _changed;
+    std::function<void()> _next;  // what the thread is to do, if anything
+    bool _works = false;          // whether the thread looks at that again
+    bool _ends = false;
     std::thread _thread;
 };
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <typeinfo>
 
 namespace booster::locale {
 
@@ -14,6 +15,15 @@ namespace {
 int domain_place() {
     static int const place = std::ios_base::xalloc();
     return place;
+}
+
+/// Null in a locale that no generator made, which is rare enough to be told by an exception.
+message_format<char> const *catalogues_of(std::locale const &locale) {
+    try {
+        return &std::use_facet<message_format<char>>(locale);
+    } catch (std::bad_cast const &) {
+        return nullptr;
+    }
 }
 
 }  // namespace
@@ -32,15 +42,15 @@ char const *message::find(std::locale const &locale, int domain_id, std::string 
     char const *const original = is_counted_ && n_ != 1 ? plural_.get() : text;
     if (!*text)  // names the head of a catalogue
         return original;
-    if (!std::has_facet<message_format<char>>(locale)) {
+    auto const *const catalogues = catalogues_of(locale);
+    if (!catalogues) {
         std::string_view const bytes = original;
         std::copy_if(bytes.begin(), bytes.end(), std::back_inserter(buffer),
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
         return buffer.c_str();
     }
-    auto const &catalogues = std::use_facet<message_format<char>>(locale);
-    char const *const translation =
-        is_counted_ ? catalogues.get(domain_id, context, text, n_) : catalogues.get(domain_id, context, text);
+    char const *const translation = is_counted_ ? catalogues->get(domain_id, context, text, n_)
+                                                : catalogues->get(domain_id, context, text);
     return translation ? translation : original;
 }
 
