@@ -20,10 +20,13 @@ std::string escaped(std::string text) {
     return plain ? std::move(text) : util::escape(text);
 }
 
+// Filters are of one type.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string urlencoded(std::string text) {
     return util::urlencode(text);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string jsescaped(std::string text) {
     std::ostringstream out;
     std::string_view rest = text;
