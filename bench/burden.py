@@ -138,7 +138,7 @@ def size_of(*paths):
 def sample(burden):
     latencies, burden.latencies = burden.latencies, []
     process = Path(f"/proc/{measure.backend_pid()}")
-    resident, written = measure.memory()
+    resident, written = measure.memory(measure.backend_pid())
     return {"resident": resident, "written": written,
             "descriptors": len(os.listdir(process / "fd")), "threads": len(os.listdir(process / "task")),
             "log": size_of(*LOGS), "files": size_of(*SPOOLS),

@@ -89,8 +89,8 @@ def median_ratio(pairs):
 
 
 @contextlib.contextmanager
-def running(*command):
-    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+def running(*command, stderr=None):
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=stderr)
     try:
         yield process
     finally:
@@ -206,16 +206,16 @@ def measure_calls(options):
                           lambda other, method=method: Load(other or "/status/rpc", method=method))
 
 
-def memory():
+def memory(pid):
     """Resident, and the private memory that was written, in KiB; private memory that was not is code which no other
     process happens to run."""
-    rollup = Path(f"/proc/{backend_pid()}/smaps_rollup").read_text()
+    rollup = Path(f"/proc/{pid}/smaps_rollup").read_text()
     fields = dict(re.findall(r"^(\w+):\s+(\d+) kB$", rollup, re.M))
     return int(fields["Rss"]), int(fields["Private_Dirty"])
 
 
 def tell_memory(when):
-    resident, written = memory()
+    resident, written = memory(backend_pid())
     tell(f"memory {when}, resident", resident, "KiB", limit=RESIDENT_LIMIT)
     tell(f"memory {when}, written", written, "KiB", limit=WRITTEN_LIMIT)
 

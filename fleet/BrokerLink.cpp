@@ -203,6 +203,11 @@ void BrokerLink::_Subscribe(std::string const &topic) {
         mosquitto_subscribe_v5(_connection.get(), nullptr, topic.c_str(), atLeastOnce, 0, nullptr);
 }
 
+void BrokerLink::_Unsubscribe(std::string const &topic) {
+    if (_connection)
+        mosquitto_unsubscribe_v5(_connection.get(), nullptr, topic.c_str(), nullptr);
+}
+
 int BrokerLink::_Publish(std::string const &topic, std::string const &message, bool retained) {
     if (!_connection)
         return 0;

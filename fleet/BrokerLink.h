@@ -51,6 +51,7 @@ class BrokerLink {
     /// Why the broker is about to end the connection.
     void _SetReason(std::string const &why, int reason);
     void _Subscribe(std::string const &topic);
+    void _Unsubscribe(std::string const &topic);
     /// The number of the message that is to be acknowledged; 0 where it was not sent.
     int _Publish(std::string const &topic, std::string const &message, bool retained);
     /// Breaks the connection off, so that the broker sends again what was not acknowledged.

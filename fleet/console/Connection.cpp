@@ -25,6 +25,7 @@ constexpr auto interval = 50ms;
 /// drop what it has to hold back for one client, and should have little to hold back.
 constexpr char const *subjects[] = {topics::result, topics::online, topics::reported, topics::health};
 constexpr auto quiet = 200ms;
+constexpr std::size_t mostReports = 100;  // that are asked for at once
 constexpr std::uint16_t receiveMaximum = 65535;
 constexpr auto complaintInterval = 60s;
 constexpr char connected[] = "connected";
@@ -118,20 +119,34 @@ Connection::Status Connection::Now() const {
 void Connection::_Taken(bool /*known*/) {
     _registry.Lost();
     _subscribed = 0;
+    _askedUpTo.clear();
     _SubscribeNext();
 }
 
 void Connection::_GoOn() {
     _isGranted = false;
-    if (_subscribed < static_cast<int>(std::size(subjects))) {
+    if (_subscribed < static_cast<int>(std::size(subjects)))
         _SubscribeNext();
+    else
+        _AskForReports();
+}
+
+/// Of the devices whose report is missing, some at a time: a subscription to its topic alone brings what is
+/// retained there. Devices would not say it again until something of them changes.
+void Connection::_AskForReports() {
+    auto const devices = _registry.Unreported(_askedUpTo, mostReports);
+    if (devices.empty())
         return;
-    }
-    if (auto const unreported = _registry.CountUnreported(); unreported > 0)
+    if (_askedUpTo.empty())
         WEBCONFIG_LOG(warning, logTag)
-            << unreported
+            << _registry.CountUnreported()
             << " devices have not told what they are. Where they have done so before, the broker "
-            << "throws away what it has to hold back for the console";
+            << "throws away what it has to hold back for the console; it is asked for each of them";
+    for (auto const &device : devices) {
+        _Subscribe(Topic(device, topics::reported));
+        _Unsubscribe(Topic(device, topics::reported));
+    }
+    _askedUpTo = devices.back();
 }
 
 void Connection::_SubscribeNext() {

@@ -45,6 +45,7 @@ class Connection : public BrokerLink, public Publisher {
     void _Work();
     void _GoOn();
     void _SubscribeNext();
+    void _AskForReports();
     void _Complain(std::string const &about);
     void _Tell();
 
@@ -58,6 +59,7 @@ class Connection : public BrokerLink, public Publisher {
     using Time = std::chrono::steady_clock::time_point;
     int _subscribed = 0;      // how many of the topics
     bool _isGranted = false;  // the last of them
+    std::string _askedUpTo;   // the last device whose report was missing
     Time _lastMessage{};      // of those that were said before
     Time _lastWork{};
     Time _nextComplaint{};

@@ -320,6 +320,17 @@ std::size_t Registry::CountUnreported() const {
         _entries.begin(), _entries.end(), [](auto const &entry) { return entry.second.settings.empty(); }));
 }
 
+std::vector<std::string> Registry::Unreported(std::string const &after, std::size_t most) const {
+    std::vector<std::string> devices;
+    std::shared_lock const lock(_guard);
+    for (auto entry = _entries.upper_bound(after); entry != _entries.end() && devices.size() < most;
+         ++entry) {
+        if (entry->second.settings.empty())
+            devices.push_back(entry->first);
+    }
+    return devices;
+}
+
 json::value Registry::_ValueOf(Entry const &entry, std::string const &key) const {
     std::string const start = PairStart(key);
     for (Pool::Index const pair : entry.settings) {

@@ -43,6 +43,8 @@ class Registry {
     std::vector<std::string> TagsOf(std::string const &device) const;
     std::array<std::size_t, 2> Count() const;  ///< devices, and those that are online
     std::size_t CountUnreported() const;       ///< devices that have not told what they are
+    /// Their ids, in order, behind \a after; at most \a most.
+    std::vector<std::string> Unreported(std::string const &after, std::size_t most) const;
 
     /// What \a device has for the keys of \a patch: null where there is no such setting. Empty where it has
     /// not reported.

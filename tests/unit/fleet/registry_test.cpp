@@ -148,6 +148,8 @@ TEST_F(RegistryTest, TakesNoRubbish) {
     EXPECT_EQ(Found("{}"), "abcd/4");
     registry.Take("e", topics::online, "true", false, now);
     EXPECT_THROW(registry.Take("late", topics::online, "true", false, now), Malformed);  // one too many
+    EXPECT_EQ(registry.Unreported("", 1), std::vector<std::string>{"d"});
+    EXPECT_EQ(registry.Unreported("d", 9), std::vector<std::string>{"e"});
     Report("a", "two\nlines\x01" + std::string(1000, 'x'), "1.0", "{}");
     std::string const name = registry.NameOf("a");
     EXPECT_EQ(name.substr(0, 9), "two lines");
