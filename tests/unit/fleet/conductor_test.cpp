@@ -155,8 +155,10 @@ struct Process {
             json::value reported;
             reported["settings"]["net/hostname"] = device.value;
             registry.Take(id, topics::online, device.online ? "true" : "false", true, fleet.now);
-            registry.Take(id, topics::reported, reported.save(), true, fleet.now);
+            if (hasHeard)  // that comes later
+                registry.Take(id, topics::reported, reported.save(), true, fleet.now);
         }
+        hasHeard = true;
         for (int const message : std::exchange(fleet.acknowledgements, {}))
             conductor.Acknowledged(message);
         for (auto const &[id, result] : std::exchange(fleet.results, {}))
@@ -164,6 +166,7 @@ struct Process {
     }
 
     FakeFleet &fleet;
+    bool hasHeard = false;
     Registry registry{100};
     CutStore store;
     Conductor conductor;
