@@ -240,7 +240,9 @@ void Conductor::_Send(std::int64_t now) {
     std::vector<OpenChange *> due;
     std::size_t const room = _Room();
     for (std::size_t i = 0; i < _open.size() && due.size() < room; ++i) {
-        if (_open[i].state == State::Waiting && _online[i] && _IsRunning(_open[i].rollout))
+        // What it has now is what a rollout is taken back to.
+        if (_open[i].state == State::Waiting && _online[i] && _IsRunning(_open[i].rollout) &&
+            _registry.HasReported(_open[i].device))
             due.push_back(&_open[i]);
     }
     if (due.empty())

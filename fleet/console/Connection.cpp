@@ -23,7 +23,7 @@ constexpr char logTag[] = "fleet/console/Connection";
 constexpr auto interval = 50ms;
 /// What devices have said comes by kinds, the next one when that of the one before is there: a broker may
 /// drop what it has to hold back for one client, and should have little to hold back.
-constexpr char const *subjects[] = {topics::result, topics::online, topics::reported, topics::health};
+constexpr char const *subjects[] = {topics::result, topics::reported, topics::online, topics::health};
 constexpr auto quiet = 200ms;
 constexpr std::size_t mostReports = 100;  // that are asked for at once
 constexpr std::uint16_t receiveMaximum = 65535;

@@ -282,6 +282,12 @@ bool Registry::IsOnline(std::string const &device) const {
     return AreOnline({device}).front();
 }
 
+bool Registry::HasReported(std::string const &device) const {
+    std::shared_lock const lock(_guard);
+    Entry const *const entry = _Find(device);
+    return entry && !entry->settings.empty();
+}
+
 std::vector<bool> Registry::AreOnline(std::vector<std::string> const &devices) const {
     std::shared_lock const lock(_guard);
     std::vector<bool> online;

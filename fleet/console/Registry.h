@@ -37,6 +37,7 @@ class Registry {
 
     bool Knows(std::string const &device) const;
     bool IsOnline(std::string const &device) const;
+    bool HasReported(std::string const &device) const;
     /// Whether they are online, for many at once; in their order.
     std::vector<bool> AreOnline(std::vector<std::string> const &devices) const;
     std::string NameOf(std::string const &device) const;

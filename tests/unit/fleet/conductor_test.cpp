@@ -155,8 +155,10 @@ struct Process {
             json::value reported;
             reported["settings"]["net/hostname"] = device.value;
             registry.Take(id, topics::online, device.online ? "true" : "false", true, fleet.now);
-            registry.Take(id, topics::reported, reported.save(), true, fleet.now);
+            if (heard > 1)  // that comes later
+                registry.Take(id, topics::reported, reported.save(), true, fleet.now);
         }
+        ++heard;
         for (int const message : std::exchange(fleet.acknowledgements, {}))
             conductor.Acknowledged(message);
         for (auto const &[id, result] : std::exchange(fleet.results, {}))
@@ -164,6 +166,7 @@ struct Process {
     }
 
     FakeFleet &fleet;
+    int heard = 0;
     Registry registry{100};
     CutStore store;
     Conductor conductor;
@@ -373,6 +376,7 @@ TEST(Conductor, WaitsForMembersThatGoOffline) {
 TEST(Conductor, GivesUpAndListensOn) {
     World world({{"a", Kind::Done}, {"b", Kind::Done}, {"c", Kind::Done}});
     world.fleet.devices["b"].online = false;
+    world.Pass(2);
     json::value nobody;
     nobody["search"] = "nobody";
     world.Do([&](Conductor &conductor) {
