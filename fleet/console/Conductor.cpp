@@ -22,7 +22,8 @@ constexpr std::int64_t grace = 10;
 constexpr std::int64_t behindTrial = 60;
 constexpr std::int64_t behindRestart = 300;
 /// Who has fallen silent is listened to for so long: what has become of it?
-constexpr std::int64_t lateAnswers = 24 * 60 * 60;
+constexpr std::int64_t day = 24 * 60 * 60;
+constexpr std::int64_t lateAnswers = day;
 /// Has expired anyway.
 constexpr std::int64_t longAgo = 1;
 
@@ -31,6 +32,7 @@ constexpr std::size_t mostUnacknowledged = 500;
 constexpr std::size_t mostResults = 500;      // are written down at once
 constexpr std::size_t mostUnwritten = 5000;   // are kept while the store takes nothing
 constexpr std::size_t mostForgotten = 1000;   // wait to be
+constexpr std::int64_t mostDropped = 10000;   // changes at once
 constexpr std::int64_t loadInterval = 2;      // seconds
 constexpr std::size_t mostMessageText = 500;  // bytes
 constexpr std::size_t mostReasons = 16 << 10;
@@ -68,8 +70,12 @@ bool IsToTakeBack(State state) {
 
 }  // namespace
 
-Conductor::Conductor(Store &store, Registry &registry, Publisher &publisher, Clock clock)
-    : _store(store), _registry(registry), _publisher(publisher), _clock(std::move(clock)) {}
+Conductor::Conductor(Store &store, Registry &registry, Publisher &publisher, int keep, Clock clock)
+    : _store(store),
+      _registry(registry),
+      _publisher(publisher),
+      _keep(keep * day),
+      _clock(std::move(clock)) {}
 
 void Conductor::Reached() {
     _reached = true;
@@ -123,6 +129,7 @@ void Conductor::Work(bool leads) {
     _Load(now);
     _GiveUp(now);
     _Drive(now);
+    _DropEnded(now);
     if (!_reached)
         return;
     _LookWhoIsOnline();
@@ -198,6 +205,15 @@ void Conductor::_Load(std::int64_t now) {
             told.insert(*found);
     }
     _told = std::move(told);
+}
+
+void Conductor::_DropEnded(std::int64_t now) {
+    if (now < _nextDrop)
+        return;
+    Store::Writing writing(_store);
+    bool const isAll = writing->DropEnded(now - _keep, mostDropped);
+    writing.Commit();
+    _nextDrop = now + (isAll ? day : 1);
 }
 
 void Conductor::_LookWhoIsOnline() {

@@ -36,8 +36,9 @@ class Conductor {
   public:
     using Clock = std::function<std::int64_t()>;  ///< seconds of UTC
 
+    /// What has ended is dropped after \a keep days.
     Conductor(
-        Store &store, Registry &registry, Publisher &publisher,
+        Store &store, Registry &registry, Publisher &publisher, int keep,
         Clock clock = [] { return std::time(nullptr); });
 
     // For one thread, that of the connection.
@@ -78,6 +79,7 @@ class Conductor {
     void _Record(Store::Writing &writing, Result const &result);
     void _LoadTags(std::int64_t now);
     void _Load(std::int64_t now);
+    void _DropEnded(std::int64_t now);
     void _LookWhoIsOnline();
     void _Send(std::int64_t now);
     void _AskAgain(std::int64_t now);
@@ -102,6 +104,7 @@ class Conductor {
     Store &_store;
     Registry &_registry;
     Publisher &_publisher;
+    std::int64_t const _keep;  // seconds
     Clock const _clock;
 
     bool _reached = false;
@@ -116,6 +119,7 @@ class Conductor {
     std::map<std::int64_t, std::int64_t> _settling;  // rollouts, since when
     std::optional<sqlite::Connection::Mark> _mark;
     std::int64_t _loaded = 0;
+    std::int64_t _nextDrop = 0;
     std::int64_t _lookedForTags = 0;
     std::string _tags = "none";  // which state of them the registry has
     std::int64_t _driven = 0;

@@ -108,7 +108,7 @@ void Serve(json::value configuration, webconfig::StopSignals &stop) {
     Store store(settings.file);
     Registry registry(static_cast<std::size_t>(settings.most));
     Connection connection(settings, registry);
-    Conductor conductor(store, registry, connection);
+    Conductor conductor(store, registry, connection, settings.keep);
     Console const console{store, registry, conductor, connection};
     service.applications_pool().mount(cppcms::applications_factory<Rpc>(&console),
                                       cppcms::mount_point(rpc + "()", 1));

@@ -7,6 +7,7 @@ namespace fleet::console {
 namespace {
 
 constexpr int mostDevices = 1000000;
+constexpr int mostDays = 36500;
 
 }  // namespace
 
@@ -17,6 +18,7 @@ Settings ReadSettings(cppcms::json::value const &configuration) {
     reader.Read("group", settings.group);
     reader.Read("root", settings.root);
     reader.Read("most", settings.most);
+    reader.Read("keep", settings.keep);
     settings.broker = ReadBroker(reader);
     if (settings.file.empty())
         reader.Refuse("file", "no file");
@@ -26,6 +28,8 @@ Settings ReadSettings(cppcms::json::value const &configuration) {
         reader.Refuse("root", "not 1 to 64 letters, digits, '-', '_' and '.'");
     if (settings.most < 1 || settings.most > mostDevices)
         reader.Refuse("most", "not 1 to " + std::to_string(mostDevices) + " devices");
+    if (settings.keep < 1 || settings.keep > mostDays)
+        reader.Refuse("keep", "not 1 to " + std::to_string(mostDays) + " days");
     return settings;
 }
 

@@ -15,6 +15,7 @@ struct Settings {
     std::string group;           ///< of consoles that share results; empty: there is one
     std::string root = "fleet";  ///< of the pages' paths
     int most = 100000;           ///< devices
+    int keep = 365;              ///< days that changes and rollouts stay when they have ended
 };
 
 /// Throws std::runtime_error with what is wrong: with a member, or with a file that one names.

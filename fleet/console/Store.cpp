@@ -215,6 +215,12 @@ struct Tables::Statements {
                               " WHERE rollout = ?1 AND wave = ?2 AND state < 2"};
     Statement const withdraw{connection,
                              "UPDATE change SET state = 9, time = ?2 WHERE rollout = ?1 AND state = 0"};
+    Statement const dropRollouts{connection, "DELETE FROM rollout WHERE state >= 3 AND time < ?1"};
+    Statement const dropLogs{connection, "DELETE FROM log WHERE rollout NOT IN (SELECT number FROM rollout)"};
+    Statement const dropChanges{connection,
+                                "DELETE FROM change WHERE number IN (SELECT number FROM change"
+                                " WHERE CASE rollout WHEN 0 THEN state >= 3 AND time < ?1"
+                                " ELSE rollout NOT IN (SELECT number FROM rollout) END LIMIT ?2)"};
     Statement const dropTags{connection, "DELETE FROM tag WHERE device = ?1"};
     Statement const addTag{connection, "INSERT OR IGNORE INTO tag(device, tag) VALUES(?1, ?2)"};
     Statement const setNote{connection, "INSERT OR REPLACE INTO note(device, note) VALUES(?1, ?2)"};
@@ -442,6 +448,13 @@ void Tables::BeginWave(std::int64_t rollout, std::int64_t wave, std::int64_t now
     Query query(_statements->beginWave);
     query.Bind(1, rollout).Bind(2, wave).Bind(3, now).Bind(4, expires);
     query.Step();
+}
+
+bool Tables::DropEnded(std::int64_t before, std::int64_t most) {
+    Query(_statements->dropRollouts).Bind(1, before).Step();
+    Query(_statements->dropLogs).Step();
+    Query(_statements->dropChanges).Bind(1, before).Bind(2, most).Step();
+    return Database().Changes() < most;
 }
 
 void Tables::Withdraw(std::int64_t rollout, std::int64_t now) {

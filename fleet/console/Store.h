@@ -142,6 +142,9 @@ class Tables {
     /// The members of a wave that have told nothing get their turn, or another end of it.
     void BeginWave(std::int64_t rollout, std::int64_t wave, std::int64_t now, std::int64_t expires);
     void Withdraw(std::int64_t rollout, std::int64_t now);
+    /// Drops rollouts that have ended and were begun before \a before, with their members, and single changes
+    /// that have ended before it: \a most changes at once. Returns whether that was all.
+    bool DropEnded(std::int64_t before, std::int64_t most);
     /// The value of this name is another one then.
     static constexpr char tagsName[] = "tags";
     void SetTags(std::string const &device, std::vector<std::string> const &tags);

@@ -18,6 +18,8 @@ using namespace fleet::console;
 namespace json = cppcms::json;
 
 constexpr std::int64_t begin = 1000000;
+constexpr int keep = 10;
+constexpr std::int64_t day = 24 * 60 * 60;
 
 struct PowerCut {};
 
@@ -141,7 +143,7 @@ class CutStore : public Store {
 /// A console's process, with what it is told by the broker when it comes.
 struct Process {
     Process(std::string const &path, FakeFleet &all, Cut *cut)
-        : fleet(all), store(path, cut), conductor(store, registry, all, [&all] { return all.now; }) {}
+        : fleet(all), store(path, cut), conductor(store, registry, all, keep, [&all] { return all.now; }) {}
 
     void Connect() {
         fleet.connected = true;
@@ -409,6 +411,31 @@ TEST(Conductor, GivesUpAndListensOn) {
         EXPECT_THROW(world.process->conductor.TakeResult("a", rubbish), Malformed) << rubbish;
     world.Pass(1);
     EXPECT_EQ(state(1) + ' ' + state(2), "done silent");
+}
+
+TEST(Conductor, DropsWhatHasEndedLongAgo) {
+    World world({{"a", Kind::Done}, {"b", Kind::Done}});
+    world.Pass(2);
+    Begin(world, Rollout("new", 3, 60));
+    world.Do([](Conductor &conductor) { conductor.Change("anna", "a", {{"net/hostname", "x"}}, "", false); });
+    world.Pass(30);
+    world.fleet.now += (keep - 1) * day;
+    world.Do([](Conductor &conductor) {
+        conductor.Pause(conductor.RollOut(Rollout("newer", 3, 60), {}), "anna");
+    });
+    auto const left = [&] {
+        Store::Reading const reading(world.process->store);
+        return std::to_string(reading->CountRollouts()) + ' ' + std::to_string(reading->CountChanges("", 0)) +
+               ' ' + std::to_string(reading->Log(1).size()) + ' ' +
+               std::to_string(reading->Members(2, {}, 0, -1).size());
+    };
+    world.Pass(2);
+    EXPECT_EQ(left(), "2 3 2 2");
+    for (int days : {2, 2 * keep}) {  // what is paused stays
+        world.fleet.now += days * day;
+        world.Pass(2);
+        EXPECT_EQ(left(), "1 0 0 2");
+    }
 }
 
 }  // namespace
