@@ -11,6 +11,7 @@
 #include <iostream>
 #include <memory>
 
+#include "WebApps/webconfig/main/CommandLine.h"
 #include "WebApps/webconfig/main/SystemLog.h"
 #include "WebApps/webconfig/util/Log.h"
 #include "ctl/Status.h"
@@ -27,6 +28,18 @@ namespace json = cppcms::json;
 constexpr char logTag[] = "fleet/agent/Main";
 constexpr auto interval = 1s;
 constexpr long ok = 200;
+
+constexpr char usage[] =
+    R"(Usage: webconfig-agent [-c FILE] [--NAME=VALUE]... | --help | --version
+
+Makes the device one of a fleet, over the MQTT broker that the configuration names;
+without one it ends at once.
+
+  -c FILE         the service's configuration, JSON; without it the file that the
+                  variable CPPCMS_CONFIG names
+  --a-b=VALUE     sets "a.b" of the configuration to another value
+)";
+constexpr webconfig::Program program{"webconfig-agent " WEBCONFIG_VERSION, usage};
 
 volatile std::sig_atomic_t stopped = 0;
 
@@ -98,6 +111,8 @@ void Run(Settings settings) {
 }  // namespace
 
 int main(int argc, char *argv[]) {
+    if (webconfig::AnswersForItself(argc, argv, program))
+        return EXIT_SUCCESS;
     openlog("webconfig-agent", 0, LOG_DAEMON);
     booster::log::logger::instance().add_sink(std::make_shared<webconfig::SystemLog>());
     booster::log::logger::instance().set_default_level(booster::log::notice);
@@ -113,7 +128,9 @@ int main(int argc, char *argv[]) {
         }
         Run(ReadSettings(configuration));
     } catch (std::exception const &failure) {
-        std::cerr << "webconfig-agent: " << failure.what() << "\nUsage: webconfig-agent -c FILE\n";
+        std::cerr << "webconfig-agent: " << failure.what() << '\n';
+        if (argc < 2)
+            webconfig::ShowUsage(program);
         WEBCONFIG_LOG(error, logTag) << failure.what();
         return EXIT_FAILURE;
     }
